@@ -1,0 +1,99 @@
+#ifndef PHOTOLIB_BOUNDARY_PHOTO_MANAGER_INT_H
+#define PHOTOLIB_BOUNDARY_PHOTO_MANAGER_INT_H
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QtGlobal>
+
+class albumItem;
+class photoItem;
+
+/// The photo library of one connected device.
+///
+/// `getPhotolib` makes the object. The host calls `parseLib` once, on any thread, and
+/// then queries and edits. Hosts bind to the order of the virtual operations, so it
+/// never changes.
+///
+/// Keys are unsigned 64-bit numbers that the library gives out. Records that a caller
+/// passes in stay the caller's. No operation throws.
+///
+/// Threads: `cancleParse` may be called while another thread parses; nothing else may.
+/// For iOS devices `getPhoto`, `getAlbum` and the album edits may run on several
+/// threads at a time. The list and count queries take no lock and show the library as
+/// it stands. For classic iPods all calls belong on one thread at a time.
+class photo_manager_int
+{
+public:
+    /// Reads the device's photo library into memory. Returns true on success; a
+    /// failure is logged and leaves a library that was never parsed empty.
+    virtual bool parseLib() = 0;
+
+    /// Asks a running `parseLib` to stop, and returns once it has ended; at once when
+    /// none runs. Does nothing for classic iPods. The copying of an iOS database is
+    /// stopped by the free function `cancleParse` alone; call that one first.
+    virtual void cancleParse() = 0;
+
+    /// The identifier of the device's photo library; empty when nothing is parsed.
+    virtual QString getUUID() = 0;
+
+    /// The number of photos and videos; 0 before a successful parse.
+    virtual int photoCnt() = 0;
+
+    /// The keys of all photos and videos; empty before a successful parse.
+    virtual QList<quint64> photoIDs() = 0;
+
+    /// Fills `*item` for the photo or video `id`. Returns false for an unknown key, a
+    /// null `item` (both leave `*item` alone), or a file that is gone, which leaves
+    /// the fields from `thumbPath` on as they were.
+    virtual bool getPhoto(const quint64 &id, photoItem *item) = 0;
+
+    /// Puts the thumbnail of `id`, an image file's bytes, into `data`. Returns 0 when
+    /// done or when there is nothing to do, and -1 after a logged failure; `data` is
+    /// untouched unless there is an image.
+    virtual int getPhotoThumbnail(const quint64 &id, QByteArray &data) = 0;
+
+    /// Puts the stored image of `id` into `data` for a classic iPod: its largest
+    /// variant. Leaves `data` untouched for an iOS device, whose host reads the file
+    /// at `photoItem::path` itself. Always returns 0.
+    virtual int getSourcePhoto(const quint64 &id, QByteArray &data) = 0;
+
+    /// The number of albums shown to the host; 0 before a successful parse.
+    virtual int albumCnt() = 0;
+
+    /// The keys of those albums in display order.
+    virtual QList<quint64> albumIDs() = 0;
+
+    /// Fills `*item` for the album `id`. Returns false for an album that is not
+    /// listed, a null `item`, or an album of a kind that is not shown.
+    virtual bool getAlbum(const quint64 &id, albumItem *item) = 0;
+
+    // The five edits below change only the library in memory. They return 0 and
+    // change nothing for classic iPods, which are read-only.
+
+    /// Adds `*photo` to the album `albumId`. A photo with the id 0 is new: it joins the
+    /// library, and `photo->id` and `photo->uuid` are set. Returns 0, or -1 after a
+    /// logged failure.
+    virtual int addPhoto2Album(photoItem *photo, const quint64 &albumId) = 0;
+
+    /// The same for the album `album->id`, and appends the photo's key to
+    /// `album->photoIDs`. Returns 0 or -1.
+    virtual int addPhoto2Album(photoItem *photo, albumItem *album) = 0;
+
+    /// Creates an album with `album->name` and `album->photoIDs`, and sets `album->id`,
+    /// `uuid` and `type`. Returns the low 32 bits of the new key, or -1.
+    virtual int addAlbum(albumItem *album) = 0;
+
+    /// Takes the album `id` out of the list shown to the host. Returns 0, also when it
+    /// was not listed, or -1 on failure.
+    virtual int rmAlbum(const quint64 &id) = 0;
+
+    /// Renames the album `album->id` to `album->name` and removes the photos that
+    /// `album->photoIDs` lacks. Returns 0 or -1.
+    virtual int updateAlbum(albumItem *album) = 0;
+
+    // Last, so that the operations above keep slots 1 to 16.
+    virtual ~photo_manager_int() {}
+};
+
+#endif // PHOTOLIB_BOUNDARY_PHOTO_MANAGER_INT_H

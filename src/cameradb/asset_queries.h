@@ -1,0 +1,53 @@
+#ifndef PHOTOLIB_CAMERADB_ASSET_QUERIES_H
+#define PHOTOLIB_CAMERADB_ASSET_QUERIES_H
+
+#include "cameradb/camera_db.h"
+#include "photolib_export.h"
+
+#include <glib.h>
+#include <sqlite3.h>
+
+/// The queries that fill a `CameraDB` from one open connection to a copied
+/// Photos.sqlite. Columns that only some database versions have are probed first and
+/// replaced by a literal when they are missing.
+///
+/// Each runs on the calling thread; a connection and a model belong to one thread at a
+/// time. A null argument is warned about through `g_return_if_fail_warning` and gives
+/// the failure value. Double-quoted literals must be enabled on the connection. An
+/// error in the middle of the rows ends a query like the end of the rows.
+
+/// Whether the definition of the table ZGENERICASSET contains the text `column`,
+/// case-sensitively. False, after logging, when the schema can not be read. `db` must
+/// not be null.
+PHOTOLIB_EXPORT bool assetsHasSpecialCol(sqlite3 *db, const QString &column);
+
+/// A new asset record, for the caller to own, from the current row of a photo or video
+/// statement. Null when the row lacks a directory, a file name or a uuid, or when
+/// `stmt` is null.
+PHOTOLIB_EXPORT Camera_Data *selectCameraData(CameraDB *cameraDb, sqlite3_stmt *stmt);
+
+/// A new album record, for the caller to own, from the current row of an album
+/// statement. Null only when `stmt` is null.
+PHOTOLIB_EXPORT Camera_Album *selectCameraAblumValues(sqlite3_stmt *stmt);
+
+/// Files all photos, oldest modification first, into `assets` and `panoramas`, makes
+/// their modification dates pairwise distinct, and raises `maxAssetPk`. Returns 1, or
+/// 0 with the model untouched, after logging, when the statement does not prepare.
+PHOTOLIB_EXPORT gboolean queryCameraPhotos(sqlite3 *db, CameraDB *cameraDb);
+
+/// Files all videos whose key is still free into `assets` and `videos`, and raises
+/// `maxAssetPk`. Returns 1, or 0 with the model untouched, after logging, when the
+/// statement does not prepare.
+PHOTOLIB_EXPORT gboolean queryCameraVideo(sqlite3 *db, CameraDB *cameraDb);
+
+/// Files the albums that a person may see into `albums`, and raises `maxAlbumPk`.
+/// Returns 1, or 0 with the model untouched, after logging, when the statement does
+/// not prepare.
+PHOTOLIB_EXPORT gboolean queryCameraAlbum(sqlite3 *db, CameraDB *cameraDb);
+
+/// Sets the duration and the original file size of the records in `assets` that the
+/// additional attributes name. Returns 1, or 0 with the records untouched, without a
+/// log line, when the statement does not prepare.
+PHOTOLIB_EXPORT gboolean queryCameraExtendInfo(sqlite3 *db, QMap<quint64, Camera_Data *> assets);
+
+#endif // PHOTOLIB_CAMERADB_ASSET_QUERIES_H
