@@ -42,6 +42,10 @@ public:
 private:
     Q_DISABLE_COPY(iPodPhotoManager)
 
+    typedef const itdb_photo *(*variant_choice)(const QList<itdb_photo> &variants);
+
+    int getVariant(const quint64 &id, variant_choice choose, QByteArray &data);
+
     /// Reads the stored image `entry` from the iPod's disk and has the host decode it
     /// into `out`; `out` is untouched when its file is missing or too short.
     void getThumb(const itdb_photo &entry, QByteArray &out);

@@ -66,6 +66,11 @@ public:
 private:
     Q_DISABLE_COPY(photo_manager)
 
+    static void fillStatics();
+    void setCancel(bool cancel);
+    void mergeLibrary();
+    void readLibraryUuid();
+
     static QMap<int, AlbumKindProp> m_mapAlbumKind2Type; ///< by album kind of the database
     static QByteArray m_photoLibUUID;                    ///< uuid of the Photo Library album
 

@@ -1,0 +1,400 @@
+#include "cameradb/asset_queries.h"
+
+#include "cameradb/ordered_insert.h"
+#include "cameradb/sqlite_statement.h"
+#include "cameradb/unique_dates.h"
+#include "host/host_log.h"
+#include "no_throw.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace {
+
+// Holds the longest statement, the photos with all their optional columns.
+const int sqlSize = 1024;
+
+// Stands in for a column that the database does not have; SQLite reads it as the text 0.
+const char *const missingColumn = "\"0\"";
+
+quint64 keyColumn(sqlite3_stmt *stmt, int column)
+{
+    return static_cast<quint64>(static_cast<qint64>(sqlite3_column_int(stmt, column)));
+}
+
+const char *textColumn(sqlite3_stmt *stmt, int column)
+{
+    return reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
+}
+
+QByteArray bytesColumn(sqlite3_stmt *stmt, int column)
+{
+    // SQLite wants the value's form settled before its length is asked.
+    const char *bytes = static_cast<const char *>(sqlite3_column_blob(stmt, column));
+    return bytes ? QByteArray(bytes, sqlite3_column_bytes(stmt, column)) : QByteArray();
+}
+
+const char *columnOrMissing(sqlite3 *db, const char *column, const char *selectItem)
+{
+    return assetsHasSpecialCol(db, QString::fromLatin1(column)) ? selectItem : missingColumn;
+}
+
+// A text that neighbouring rows mostly repeat: equal neighbours share one string.
+class repeated_text
+{
+public:
+    const QString &share(const char *text)
+    {
+        if (m_text.isNull() || m_text != QLatin1String(text))
+            m_text = QString::fromLatin1(text);
+        return m_text;
+    }
+
+private:
+    QString m_text;
+};
+
+// Makes asset records of one statement's rows.
+class asset_reader
+{
+public:
+    asset_reader(CameraDB *cameraDb, sqlite3_stmt *stmt)
+        : m_cameraDb(cameraDb), m_stmt(stmt), m_noBurst(QString::fromLatin1("0"))
+    {
+    }
+
+    // The current row as a record, or null when it lacks a text or its uuid.
+    std::unique_ptr<Camera_Data> read();
+
+private:
+    bool readFile(Camera_Data &data);
+    void readNumbers(Camera_Data &data);
+    void readBurst(Camera_Data &data);
+
+    CameraDB *m_cameraDb;
+    sqlite3_stmt *m_stmt;
+    repeated_text m_directory;
+    repeated_text m_burst;
+    const QString m_noBurst;
+};
+
+std::unique_ptr<Camera_Data> asset_reader::read()
+{
+    // Value-initialised: what the database does not tell (dates of creation, durations)
+    // reads as 0.
+    std::unique_ptr<Camera_Data> data(new Camera_Data());
+    data->db = m_cameraDb;
+    if (!readFile(*data))
+        return nullptr;
+    readNumbers(*data);
+    readBurst(*data);
+    return data;
+}
+
+bool asset_reader::readFile(Camera_Data &data)
+{
+    const char *directory = textColumn(m_stmt, 6);
+    if (!directory)
+        return false;
+    data.directory = m_directory.share(directory);
+    const char *fileName = textColumn(m_stmt, 7);
+    if (!fileName)
+        return false;
+    data.fileName = QString::fromLatin1(fileName);
+    data.name = data.fileName;
+    data.uuid = bytesColumn(m_stmt, 9);
+    return !data.uuid.isNull();
+}
+
+void asset_reader::readNumbers(Camera_Data &data)
+{
+    data.pk = keyColumn(m_stmt, 0);
+    data.kind = sqlite3_column_int(m_stmt, 1);
+    data.height = sqlite3_column_int(m_stmt, 2);
+    data.width = sqlite3_column_int(m_stmt, 3);
+    data.thumbnailIndex = sqlite3_column_int(m_stmt, 4);
+    data.orientation = sqlite3_column_int(m_stmt, 5);
+    data.modificationDate = static_cast<qint32>(sqlite3_column_int64(m_stmt, 8));
+    data.originalFileSize = sqlite3_column_int64(m_stmt, 10);
+    data.kindSubtype = sqlite3_column_int(m_stmt, 11);
+    data.trashedDate = sqlite3_column_int64(m_stmt, 12);
+}
+
+void asset_reader::readBurst(Camera_Data &data)
+{
+    const char *burst = textColumn(m_stmt, 13);
+    data.avalancheUUID = burst ? m_burst.share(burst) : m_noBurst;
+    data.sortToken = burst ? sqlite3_column_double(m_stmt, 14) : 0.0;
+}
+
+// The highest key so far, with `pk` counted in. The counters are 32-bit, keys are
+// compared as the unsigned 64-bit numbers that the maps sort by.
+qint32 raised(qint32 maxPk, quint64 pk)
+{
+    return pk > static_cast<quint64>(static_cast<qint64>(maxPk)) ? static_cast<qint32>(pk) : maxPk;
+}
+
+// A record with its key at hand, so that sorting does not visit the records.
+struct keyed_record {
+    quint64 pk;
+    Camera_Data *data;
+};
+
+bool keyLess(const keyed_record &left, const keyed_record &right)
+{
+    return left.pk < right.pk;
+}
+
+// In key order, so that the maps grow at their end. A stable sort keeps the last of
+// several rows of one key the winner.
+void filePhotos(CameraDB *cameraDb, std::vector<keyed_record> &photos)
+{
+    std::stable_sort(photos.begin(), photos.end(), keyLess);
+    for (const keyed_record &photo : photos) {
+        insertLast(cameraDb->assets, photo.pk, photo.data);
+        if (photo.data->kindSubtype == 1)
+            insertLast(cameraDb->panoramas, photo.pk, photo.data);
+        cameraDb->maxAssetPk = raised(cameraDb->maxAssetPk, photo.pk);
+    }
+}
+
+gboolean readPhotos(sqlite3 *db, CameraDB *cameraDb)
+{
+    const char *subtype = cameraDb->hasKindSubtype ? "A.ZKINDSUBTYPE" : missingColumn;
+    const char *trashed = columnOrMissing(db, "ZTRASHEDDATE", "A.ZTRASHEDDATE");
+    const char *burst = columnOrMissing(db, "ZAVALANCHEUUID", "A.ZAVALANCHEUUID");
+    const char *token = columnOrMissing(db, "ZSORTTOKEN", "A.ZSORTTOKEN");
+    char sql[sqlSize];
+    sqlite3_snprintf(
+        sqlSize, sql,
+        "select A.Z_PK,A.ZKIND,A.ZHEIGHT,A.ZWIDTH, A.ZTHUMBNAILINDEX,A.ZORIENTATION,A.ZDIRECTORY,"
+        "A.ZFILENAME,A.ZMODIFICATIONDATE,A.ZUUID, T.ZORIGINALFILESIZE, %s, %s, %s, %s from "
+        "ZGENERICASSET as A left join ZADDITIONALASSETATTRIBUTES as T on A.Z_PK = T.Z_PK where "
+        "(A.ZKIND = 0 and ((A.ZSAVEDASSETTYPE = 3) or (A.ZSAVEDASSETTYPE = 256) or "
+        "(A.ZSAVEDASSETTYPE = 1) or (A.ZSAVEDASSETTYPE = 5))) order by A.ZMODIFICATIONDATE ASC",
+        subtype, trashed, burst, token);
+    sqlite_statement statement(db, sql);
+    if (!statement.isPrepared()) {
+        Log("PHOTOLIB", 2, "photo sql error #%d: %s", statement.result(), sqlite3_errmsg(db));
+        return 0;
+    }
+
+    asset_reader reader(cameraDb, statement.get());
+    unique_dates dates;
+    std::vector<keyed_record> photos;
+    while (statement.nextRow()) {
+        std::unique_ptr<Camera_Data> photo = reader.read();
+        if (!photo)
+            continue;
+        photo->modificationDate = dates.take(photo->modificationDate);
+        photos.push_back(keyed_record{photo->pk, photo.get()});
+        photo.release();
+    }
+    filePhotos(cameraDb, photos);
+    return 1;
+}
+
+void fileVideo(CameraDB *cameraDb, std::unique_ptr<Camera_Data> video)
+{
+    // A photo of that key wins.
+    if (cameraDb->assets.contains(video->pk))
+        return;
+    insertLast(cameraDb->assets, video->pk, video.get());
+    insertLast(cameraDb->videos, video->pk, video.get());
+    cameraDb->maxAssetPk = raised(cameraDb->maxAssetPk, video->pk);
+    video.release();
+}
+
+gboolean readVideos(sqlite3 *db, CameraDB *cameraDb)
+{
+    const char *trashed = columnOrMissing(db, "ZTRASHEDDATE", "A.ZTRASHEDDATE");
+    char sql[sqlSize];
+    sqlite3_snprintf(
+        sqlSize, sql,
+        "select A.Z_PK,ZKIND,A.ZHEIGHT,A.ZWIDTH,A.ZTHUMBNAILINDEX, A.ZORIENTATION,A.ZDIRECTORY,"
+        "A.ZFILENAME,A.ZMODIFICATIONDATE,A.ZUUID, T.ZORIGINALFILESIZE, \"0\", %s from "
+        "ZGENERICASSET as A left join ZADDITIONALASSETATTRIBUTES as T on A.Z_PK = T.Z_PK where "
+        "(A.ZKIND = 1 and (A.ZSAVEDASSETTYPE = 256 or A.ZSAVEDASSETTYPE = 3 or "
+        "A.ZSAVEDASSETTYPE = 0))",
+        trashed);
+    sqlite_statement statement(db, sql);
+    if (!statement.isPrepared()) {
+        Log("PHOTOLIB", 2, "Can not parse camera video");
+        return 0;
+    }
+
+    asset_reader reader(cameraDb, statement.get());
+    while (statement.nextRow()) {
+        std::unique_ptr<Camera_Data> video = reader.read();
+        if (video)
+            fileVideo(cameraDb, std::move(video));
+    }
+    return 1;
+}
+
+gboolean readAlbums(sqlite3 *db, CameraDB *cameraDb)
+{
+    // Hosts rely on the probe looking at the assets here too: a database whose assets
+    // alone know the trash fails to parse.
+    const bool hasTrash = assetsHasSpecialCol(db, QString::fromLatin1("ZTRASHEDSTATE"));
+    char sql[sqlSize];
+    sqlite3_snprintf(sqlSize, sql,
+                     "select Z_PK,ZTITLE,ZKIND,ZUUID%s from ZGENERICALBUM where (ZKIND=1000 or "
+                     "(ZKIND < 1600 and ZKIND > 1000) or ZKIND=2)",
+                     hasTrash ? ",ZTRASHEDSTATE" : "");
+    sqlite_statement statement(db, sql);
+    if (!statement.isPrepared()) {
+        Log("PHOTOLIB", 2, "Can not parse camera album");
+        return 0;
+    }
+
+    while (statement.nextRow()) {
+        Camera_Album *album = selectCameraAblumValues(statement.get());
+        if (!album)
+            break;
+        delete cameraDb->albums.value(album->pk);
+        insertLast(cameraDb->albums, album->pk, album);
+        cameraDb->maxAlbumPk = raised(cameraDb->maxAlbumPk, album->pk);
+    }
+    return 1;
+}
+
+qint32 wholeSeconds(double seconds)
+{
+    const double rounded = seconds + 0.5;
+    // Beyond the range the conversion is undefined; such a duration is nonsense anyway.
+    if (!(rounded > std::numeric_limits<qint32>::min()))
+        return std::numeric_limits<qint32>::min();
+    if (!(rounded < std::numeric_limits<qint32>::max()))
+        return std::numeric_limits<qint32>::max();
+    return static_cast<qint32>(rounded);
+}
+
+typedef QMap<quint64, Camera_Data *> asset_map;
+
+// The attributes mostly come in the order of their assets, so the next key is tried
+// before the map is searched.
+asset_map::const_iterator findFrom(const asset_map &assets, asset_map::const_iterator last,
+                                   quint64 key)
+{
+    if (last != assets.constEnd())
+        ++last;
+    if (last != assets.constEnd() && last.key() == key)
+        return last;
+    return assets.constFind(key);
+}
+
+gboolean readExtendInfo(sqlite3 *db, const asset_map &assets)
+{
+    sqlite_statement statement(
+        db, "select Z_PK,ZASSET,ZDURATION,ZORIGINALFILESIZE from ZADDITIONALASSETATTRIBUTES");
+    if (!statement.isPrepared())
+        return 0;
+
+    asset_map::const_iterator last = assets.constEnd();
+    while (statement.nextRow()) {
+        const asset_map::const_iterator asset =
+            findFrom(assets, last, keyColumn(statement.get(), 1));
+        if (asset == assets.constEnd())
+            continue;
+        asset.value()->duration = wholeSeconds(sqlite3_column_double(statement.get(), 2));
+        asset.value()->originalFileSize = sqlite3_column_int64(statement.get(), 3);
+        last = asset;
+    }
+    return 1;
+}
+
+// Warns about the first argument that is null, as GLib's precondition checks would, but
+// with the texts that hosts know.
+bool hasArguments(const char *function, const sqlite3 *db, const CameraDB *cameraDb)
+{
+    if (db && cameraDb)
+        return true;
+    g_return_if_fail_warning(nullptr, function, db ? "camera_db" : "sql_db");
+    return false;
+}
+
+} // namespace
+
+bool assetsHasSpecialCol(sqlite3 *db, const QString &column)
+{
+    sqlite_statement statement(db, "SELECT sql FROM sqlite_master where tbl_name = 'ZGENERICASSET' "
+                                   "and name = 'ZGENERICASSET'");
+    if (!statement.isPrepared()) {
+        Log("PHOTOLIB", 2, "get assets table name sql error #%d: %s", statement.result(),
+            sqlite3_errmsg(db));
+        return false;
+    }
+    while (statement.nextRow()) {
+        const char *definition = statement.text(0);
+        if (definition)
+            return withoutThrowing(
+                false, [&] { return QString::fromUtf8(definition).indexOf(column) >= 0; });
+    }
+    return false;
+}
+
+Camera_Data *selectCameraData(CameraDB *cameraDb, sqlite3_stmt *stmt)
+{
+    if (!stmt) {
+        g_return_if_fail_warning(
+            nullptr, "Camera_Data *selectCameraData(CameraDB *, sqlite3_stmt *)", "stmt");
+        return nullptr;
+    }
+    return withoutThrowing<Camera_Data *>(
+        nullptr, [&] { return asset_reader(cameraDb, stmt).read().release(); });
+}
+
+Camera_Album *selectCameraAblumValues(sqlite3_stmt *stmt)
+{
+    if (!stmt) {
+        g_return_if_fail_warning(nullptr, "Camera_Album *selectCameraAblumValues(sqlite3_stmt *)",
+                                 "stmt");
+        return nullptr;
+    }
+    return withoutThrowing<Camera_Album *>(nullptr, [&] {
+        std::unique_ptr<Camera_Album> album(new Camera_Album());
+        album->pk = keyColumn(stmt, 0);
+        album->kind = sqlite3_column_int(stmt, 2);
+        album->trashedState = sqlite3_column_int(stmt, 4);
+        if (const char *title = textColumn(stmt, 1))
+            album->title = QString::fromUtf8(title);
+        album->uuid = bytesColumn(stmt, 3);
+        return album.release();
+    });
+}
+
+gboolean queryCameraPhotos(sqlite3 *db, CameraDB *cameraDb)
+{
+    if (!hasArguments("gboolean queryCameraPhotos(sqlite3 *, CameraDB *)", db, cameraDb))
+        return 0;
+    return withoutThrowing<gboolean>(0, [&] { return readPhotos(db, cameraDb); });
+}
+
+gboolean queryCameraVideo(sqlite3 *db, CameraDB *cameraDb)
+{
+    if (!hasArguments("gboolean queryCameraVideo(sqlite3 *, CameraDB *)", db, cameraDb))
+        return 0;
+    return withoutThrowing<gboolean>(0, [&] { return readVideos(db, cameraDb); });
+}
+
+gboolean queryCameraAlbum(sqlite3 *db, CameraDB *cameraDb)
+{
+    if (!hasArguments("gboolean queryCameraAlbum(sqlite3 *, CameraDB *)", db, cameraDb))
+        return 0;
+    return withoutThrowing<gboolean>(0, [&] { return readAlbums(db, cameraDb); });
+}
+
+gboolean queryCameraExtendInfo(sqlite3 *db, QMap<quint64, Camera_Data *> assets)
+{
+    if (!db) {
+        g_return_if_fail_warning(
+            nullptr,
+            "gboolean queryCameraExtendInfo(sqlite3 *, QMap<unsigned long long, Camera_Data *>)",
+            "sql_db");
+        return 0;
+    }
+    return withoutThrowing<gboolean>(0, [&] { return readExtendInfo(db, assets); });
+}

@@ -1,0 +1,37 @@
+#ifndef PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H
+#define PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H
+
+#include <QString>
+#include <QtGlobal>
+
+#include <sqlite3.h>
+
+/// Owns one connection to a copied Photos.sqlite, set up for reading a file that comes
+/// from a device and can not be trusted.
+///
+/// The statements on one connection share an allowance of work in proportion to the
+/// file's size: honest databases use a small part of it, and one made to run for ever
+/// (a view over an endless query, say) ends with an error instead.
+class sqlite_connection
+{
+public:
+    explicit sqlite_connection(const QString &path);
+    ~sqlite_connection();
+
+    sqlite_connection(const sqlite_connection &) = delete;
+    sqlite_connection &operator=(const sqlite_connection &) = delete;
+
+    bool isOpen() const { return m_result == SQLITE_OK; }
+    sqlite3 *get() const { return m_db; }
+
+private:
+    void setUp();
+    qint64 pragma(const char *sql) const;
+    static int isExhausted(void *connection);
+
+    sqlite3 *m_db;
+    int m_result;
+    qint64 m_allowance; // virtual-machine instructions left, in units of `progressStep`
+};
+
+#endif // PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H

@@ -1,0 +1,31 @@
+#ifndef PHOTOLIB_CAMERADB_UNIQUE_DATES_H
+#define PHOTOLIB_CAMERADB_UNIQUE_DATES_H
+
+#include <QtGlobal>
+
+#include <map>
+
+/// Hands out pairwise distinct dates: photos stamped in the same second get consecutive
+/// seconds in the order in which they ask. For one thread.
+///
+/// Dates handed out are kept as runs of consecutive seconds. Asking in ascending order,
+/// as the photo query does, takes constant time on average, any other order
+/// logarithmic time, whatever the dates are: a device can not make it slow.
+class unique_dates
+{
+public:
+    /// The first of `date`, `date` + 1, ... (going on at the lowest date after the
+    /// highest) that has not been handed out yet.
+    qint32 take(qint32 date);
+
+private:
+    typedef std::map<qint32, qint32> run_map; // first date of a run to its last one
+
+    run_map::iterator runAfter(qint32 date);
+    qint32 firstFree(qint32 date);
+    void markTaken(qint32 date);
+
+    run_map m_runs;
+};
+
+#endif // PHOTOLIB_CAMERADB_UNIQUE_DATES_H
