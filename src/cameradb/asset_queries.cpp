@@ -41,27 +41,43 @@ const char *columnOrMissing(sqlite3 *db, const char *column, const char *selectI
     return assetsHasSpecialCol(db, QString::fromLatin1(column)) ? selectItem : missingColumn;
 }
 
-// A text that neighbouring rows mostly repeat: equal neighbours share one string.
-class repeated_text
+// Texts that many rows repeat, such as a folder's name: equal ones share one string. It
+// remembers the last text of each hash only, so a device can not make it grow.
+class repeated_texts
 {
 public:
-    const QString &share(const char *text)
+    repeated_texts() : m_last(slotCount) {}
+
+    QString share(const char *text)
     {
-        if (m_text.isNull() || m_text != QLatin1String(text))
-            m_text = QString::fromLatin1(text);
-        return m_text;
+        QString &last = m_last[slot(text)];
+        if (last.isNull() || last != QLatin1String(text))
+            last = QString::fromLatin1(text);
+        return last;
     }
 
 private:
-    QString m_text;
+    // A camera fills up to 900 folders; in four times as many slots few of them collide.
+    static const std::size_t slotCount = 4096;
+
+    static std::size_t slot(const char *text)
+    {
+        std::size_t hash = 0;
+        for (; *text; ++text)
+            hash = hash * 31 + static_cast<unsigned char>(*text);
+        return hash % slotCount;
+    }
+
+    std::vector<QString> m_last;
 };
 
 // Makes asset records of one statement's rows.
 class asset_reader
 {
 public:
-    asset_reader(CameraDB *cameraDb, sqlite3_stmt *stmt)
-        : m_cameraDb(cameraDb), m_stmt(stmt), m_noBurst(QString::fromLatin1("0"))
+    // Texts are shared through `texts`, which may be null.
+    asset_reader(CameraDB *cameraDb, sqlite3_stmt *stmt, repeated_texts *texts)
+        : m_cameraDb(cameraDb), m_stmt(stmt), m_texts(texts), m_noBurst(QString::fromLatin1("0"))
     {
     }
 
@@ -72,11 +88,14 @@ private:
     bool readFile(Camera_Data &data);
     void readNumbers(Camera_Data &data);
     void readBurst(Camera_Data &data);
+    QString repeated(const char *text) const
+    {
+        return m_texts ? m_texts->share(text) : QString::fromLatin1(text);
+    }
 
     CameraDB *m_cameraDb;
     sqlite3_stmt *m_stmt;
-    repeated_text m_directory;
-    repeated_text m_burst;
+    repeated_texts *m_texts;
     const QString m_noBurst;
 };
 
@@ -98,7 +117,7 @@ bool asset_reader::readFile(Camera_Data &data)
     const char *directory = textColumn(m_stmt, 6);
     if (!directory)
         return false;
-    data.directory = m_directory.share(directory);
+    data.directory = repeated(directory);
     const char *fileName = textColumn(m_stmt, 7);
     if (!fileName)
         return false;
@@ -125,7 +144,7 @@ void asset_reader::readNumbers(Camera_Data &data)
 void asset_reader::readBurst(Camera_Data &data)
 {
     const char *burst = textColumn(m_stmt, 13);
-    data.avalancheUUID = burst ? m_burst.share(burst) : m_noBurst;
+    data.avalancheUUID = burst ? repeated(burst) : m_noBurst;
     data.sortToken = burst ? sqlite3_column_double(m_stmt, 14) : 0.0;
 }
 
@@ -181,7 +200,8 @@ gboolean readPhotos(sqlite3 *db, CameraDB *cameraDb)
         return 0;
     }
 
-    asset_reader reader(cameraDb, statement.get());
+    repeated_texts texts;
+    asset_reader reader(cameraDb, statement.get(), &texts);
     unique_dates dates;
     std::vector<keyed_record> photos;
     while (statement.nextRow()) {
@@ -225,7 +245,8 @@ gboolean readVideos(sqlite3 *db, CameraDB *cameraDb)
         return 0;
     }
 
-    asset_reader reader(cameraDb, statement.get());
+    repeated_texts texts;
+    asset_reader reader(cameraDb, statement.get(), &texts);
     while (statement.nextRow()) {
         std::unique_ptr<Camera_Data> video = reader.read();
         if (video)
@@ -344,7 +365,7 @@ Camera_Data *selectCameraData(CameraDB *cameraDb, sqlite3_stmt *stmt)
         return nullptr;
     }
     return withoutThrowing<Camera_Data *>(
-        nullptr, [&] { return asset_reader(cameraDb, stmt).read().release(); });
+        nullptr, [&] { return asset_reader(cameraDb, stmt, nullptr).read().release(); });
 }
 
 Camera_Album *selectCameraAblumValues(sqlite3_stmt *stmt)

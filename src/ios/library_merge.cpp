@@ -1,6 +1,5 @@
 #include "ios/library_merge.h"
 
-#include "cameradb/ordered_insert.h"
 #include "host/host_log.h"
 #include "ios/key_lists.h"
 #include "ios/synthetic_albums.h"
@@ -43,15 +42,14 @@ library_merge::library_merge(const CameraDB &model, const view &target)
 
 void library_merge::collectUsedUuids(const QByteArray &photoLibraryUuid)
 {
-    // In byte order, so that the set grows at its end. The videos are among the assets.
+    // The videos are among the assets.
     uuid_order uuids(m_model.albums.size() + m_model.assets.size() + 1);
     for (const Camera_Album *album : m_model.albums)
         uuids.add(album->uuid);
     for (const Camera_Data *asset : m_model.assets)
         uuids.add(asset->uuid);
     uuids.add(photoLibraryUuid);
-    for (const QByteArray *uuid : uuids.sorted())
-        insertLast(m_view.usedUuids, *uuid, true);
+    uuids.insertInto(m_view.usedUuids);
 }
 
 void library_merge::listSyntheticAlbums()

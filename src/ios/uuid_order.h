@@ -2,27 +2,29 @@
 #define PHOTOLIB_IOS_UUID_ORDER_H
 
 #include <QByteArray>
+#include <QMap>
 #include <QtGlobal>
 
 #include <vector>
 
-/// Sorts uuids byte by byte, a shorter one before a longer one that it begins. It keeps
-/// pointers: the uuids must stay where they are.
+/// Enters uuids into a set in byte order, a shorter one before a longer one that it
+/// begins: in that order the set grows at its end, without searching.
 class uuid_order
 {
 public:
+    /// Makes room for `expected` uuids.
     explicit uuid_order(int expected);
 
     void add(const QByteArray &uuid);
 
-    /// All uuids added, in order, repetitions included.
-    std::vector<const QByteArray *> sorted();
+    /// Inserts all uuids added, each with the value true.
+    void insertInto(QMap<QByteArray, bool> &set);
 
 private:
     // The first bytes as a number spare most comparisons the way to the bytes.
     struct entry {
         quint64 prefix;
-        const QByteArray *uuid;
+        QByteArray uuid;
     };
 
     static bool isLess(const entry &left, const entry &right);

@@ -1,0 +1,17 @@
+#ifndef PHOTOLIB_BENCH_BENCH_DATABASE_H
+#define PHOTOLIB_BENCH_BENCH_DATABASE_H
+
+#include <string>
+
+/// What a measured library holds.
+struct Library {
+    int assets = 0;
+    bool hasCameraRoll = true; ///< an album of kind 1000 with every asset
+    bool hasOneDate = false;   ///< all photos bear one modification date
+};
+
+/// Writes PhotoData/Photos.sqlite with a write-ahead log below `root`. Exits the program
+/// with a message on any error: there is nothing to measure then.
+void writeLibrary(const std::string &root, const Library &library);
+
+#endif // PHOTOLIB_BENCH_BENCH_DATABASE_H
