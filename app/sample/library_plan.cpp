@@ -1,0 +1,305 @@
+#include "sample/library_plan.h"
+
+#include "sample/random.h"
+
+namespace sample {
+
+namespace {
+
+constexpr int outingSize = 20;
+constexpr int stepSeconds = 75; // from one asset of an outing to the next
+constexpr qint64 shortestSpacing = outingSize * stepSeconds;
+
+/// What the twenty assets of an outing are.
+enum Slot {
+    FirstView = 0,
+    Portrait = 1,
+    Film = 2,
+    EditedLater = 3,
+    BurstFirst = 4,
+    BurstLast = 6,
+    UpsideDown = 7,
+    Panorama = 8,
+    ImportFirst = 9, // three photos that came in one import, all in the same second
+    ImportSecond = 10,
+    ImportLast = 11,
+    SecondFilm = 12,
+    Screenshot = 13,
+    ThrownAway = 14,
+    SyncedPhoto = 15,
+    ReceivedPhoto = 16,
+    LeftOut = 17, // readers leave this one out for its saved type
+    LivePhoto = 18,
+    SizeUnknown = 19,
+};
+
+enum Purpose : quint64 {
+    UuidPurpose = 1,
+    BurstPurpose,
+    DatePurpose,
+    ScenePurpose,
+    SizePurpose,
+    OutingPurpose
+};
+
+enum SavedType { StreamType = 1, LocalType = 3, SharedType = 4, BoothType = 5, CloudType = 6 };
+constexpr int syncedType = 256;
+constexpr int undefinedType = 0;
+
+bool isBurst(int slot)
+{
+    return slot >= BurstFirst && slot <= BurstLast;
+}
+bool isImport(int slot)
+{
+    return slot >= ImportFirst && slot <= ImportLast;
+}
+
+void setSize(AssetPlan &plan, int width, int height)
+{
+    plan.width = width;
+    plan.height = height;
+}
+
+void makeVideo(AssetPlan &plan, int subtype)
+{
+    plan.kind = 1;
+    plan.kindSubtype = subtype;
+    setSize(plan, 320, 180);
+}
+
+void makeLeftOut(AssetPlan &plan, int outing)
+{
+    switch (outing % 3) {
+    case 0:
+        plan.savedType = SharedType;
+        break;
+    case 1: // still in the cloud only
+        plan.savedType = CloudType;
+        plan.hasSource = false;
+        break;
+    default:
+        makeVideo(plan, 0);
+        plan.savedType = StreamType;
+    }
+}
+
+void makeReceived(AssetPlan &plan, int outing)
+{
+    plan.savedType = outing % 2 == 0 ? StreamType : BoothType;
+    setSize(plan, 96, 64); // smaller than any thumbnail frame
+}
+
+void makeSecondFilm(AssetPlan &plan, int outing)
+{
+    makeVideo(plan, 101);
+    const int types[] = {LocalType, undefinedType, syncedType};
+    plan.savedType = types[outing % 3];
+}
+
+void makeUnsized(AssetPlan &plan, int outing)
+{
+    plan.hasAttributes = outing % 2 == 0;
+    plan.sizeRecorded = false;
+}
+
+/// What follows from the slot alone, for the commoner slots.
+void giveShape(AssetPlan &plan)
+{
+    switch (plan.slot) {
+    case Portrait:
+        plan.orientation = 6;
+        setSize(plan, 300, 400);
+        break;
+    case UpsideDown:
+        plan.orientation = 3;
+        break;
+    case Panorama:
+        plan.kindSubtype = 1;
+        setSize(plan, 900, 225);
+        break;
+    case ImportSecond:
+        setSize(plan, 300, 300);
+        break;
+    case Screenshot:
+        plan.kindSubtype = 10;
+        plan.subject = Subject::Screen;
+        setSize(plan, 225, 400);
+        break;
+    case LivePhoto:
+        plan.kindSubtype = 2;
+        break;
+    default:
+        break;
+    }
+}
+
+void giveKind(AssetPlan &plan, int outing)
+{
+    setSize(plan, 400, 300);
+    giveShape(plan);
+    switch (plan.slot) {
+    case Film:
+        makeVideo(plan, 0);
+        break;
+    case SecondFilm:
+        makeSecondFilm(plan, outing);
+        break;
+    case SyncedPhoto:
+        plan.savedType = syncedType;
+        break;
+    case ReceivedPhoto:
+        makeReceived(plan, outing);
+        break;
+    case LeftOut:
+        makeLeftOut(plan, outing);
+        break;
+    case SizeUnknown:
+        makeUnsized(plan, outing);
+        break;
+    default:
+        break;
+    }
+}
+
+QString directoryOf(const AssetPlan &plan)
+{
+    switch (plan.savedType) {
+    case syncedType:
+        return QStringLiteral("PhotoData/Sync/100SYNCD");
+    case SharedType:
+        return QStringLiteral("PhotoData/PhotoCloudSharingData/100CLOUD");
+    case CloudType:
+        return QStringLiteral("PhotoData/CPLAssets/group%1").arg(plan.index % 256);
+    case StreamType:
+        return QStringLiteral("PhotoData/PhotoStreamsData/100APPLE");
+    default:
+        // A folder takes a thousand files; the first one was begun late, so that small
+        // samples have two.
+        return QStringLiteral("DCIM/%1APPLE").arg(100 + (plan.index + 960) / 1000);
+    }
+}
+
+/// 600ths of a second; the first films of a library end close to a half second, where
+/// rounding shows.
+int filmTicks(int index, Random &random)
+{
+    if (index == Film)
+        return 1500; // 2.5 s
+    if (index == Film + outingSize)
+        return 1494; // 2.49 s
+    return random.between(600, 600 * 40);
+}
+
+double withMillis(qint64 seconds, int millis)
+{
+    return static_cast<double>(seconds) + static_cast<double>(millis) / 1000.0;
+}
+
+} // namespace
+
+LibraryPlan::LibraryPlan(const SampleOptions &options) : m_options(options)
+{
+    // Three years, as long as outings keep at least 25 minutes and at most a month apart.
+    const qint64 outings = options.assets / outingSize + 1;
+    m_outingSpacing = qBound<qint64>(shortestSpacing, 3 * 365 * 86400LL / outings, 30 * 86400LL);
+}
+
+qint64 LibraryPlan::outingStart(int outing) const
+{
+    const qint64 june2013 = 391780800 + 8 * 3600; // eight in the morning
+    const qint64 march2017 = 510019200 + 8 * 3600;
+    // Somewhat irregular, but never into the next outing.
+    const qint64 slack = m_outingSpacing - shortestSpacing;
+    Random random(m_options.seed, OutingPurpose, static_cast<quint64>(outing));
+    const qint64 days = random.below(static_cast<int>(slack / 86400) + 1) / 2;
+    const qint64 seconds = random.below(static_cast<int>(qMin<qint64>(slack, 36000)) / 2 + 1);
+    return (isLate() ? march2017 : june2013) + m_outingSpacing * outing + 86400 * days + seconds;
+}
+
+qint64 LibraryPlan::endDate() const
+{
+    return outingStart(m_options.assets / outingSize + 1) + 400 * 86400LL;
+}
+
+AssetPlan LibraryPlan::asset(int index) const
+{
+    AssetPlan plan;
+    plan.index = index;
+    plan.slot = index % outingSize;
+    plan.pk = index + 1 + index / 16; // every seventeenth photo was deleted for good
+    plan.attributesPk = plan.pk;
+    giveKind(plan, index / outingSize);
+    // Attribute rows have keys of their own, which need not be their assets' keys.
+    if (plan.slot == ImportFirst || plan.slot == ImportSecond) {
+        const int other = plan.slot == ImportFirst ? index + 1 : index - 1;
+        plan.attributesPk = other + 1 + other / 16;
+    }
+    plan.uuid = Random(m_options.seed, UuidPurpose, static_cast<quint64>(index)).uuid();
+    placeFile(plan);
+    giveDates(plan);
+    giveScene(plan);
+    giveThumbnails(plan);
+    return plan;
+}
+
+void LibraryPlan::placeFile(AssetPlan &plan) const
+{
+    Random random(m_options.seed, SizePurpose, static_cast<quint64>(plan.index));
+    plan.directory = directoryOf(plan);
+    plan.fileName = QStringLiteral("IMG_%1.%2")
+                        .arg((plan.index + 1) % 10000, 4, 10, QLatin1Char('0'))
+                        .arg(QLatin1String(plan.isVideo() ? "MOV" : "JPG"));
+    if (plan.isVideo())
+        plan.durationTicks = filmTicks(plan.index, random);
+    plan.claimedSize = plan.isVideo() ? 30LL * plan.durationTicks + random.between(5000, 90000)
+                                      : random.between(8000, 48000);
+    plan.hasLiveFilm = isLate() && plan.slot == LivePhoto;
+    if (plan.index == UpsideDown) // one photo whose file got lost
+        plan.hasSource = false;
+}
+
+void LibraryPlan::giveDates(AssetPlan &plan) const
+{
+    Random random(m_options.seed, DatePurpose, static_cast<quint64>(plan.index));
+    // The frames of a burst and the photos of an import share the second of the first one.
+    int slot = isBurst(plan.slot) ? int(BurstFirst) : plan.slot;
+    slot = isImport(slot) ? int(ImportFirst) : slot;
+    const qint64 start = outingStart(plan.index / outingSize);
+    const qint64 second = start + slot * stepSeconds;
+    const int millis = isImport(slot) ? 0 : random.below(300);
+    const int frame = isBurst(plan.slot) ? plan.slot - BurstFirst : 0;
+
+    plan.created = withMillis(second, millis + 200 * frame);
+    plan.modified = plan.created;
+    if (plan.slot == EditedLater)
+        plan.modified = withMillis(second + random.between(86400, 200 * 86400), random.below(1000));
+    if (isLate() && plan.slot == ThrownAway)
+        plan.trashed = withMillis(second + random.between(86400, 30 * 86400), random.below(1000));
+    if (isBurst(plan.slot)) {
+        const auto outing = static_cast<quint64>(plan.index / outingSize);
+        plan.burst = Random(m_options.seed, BurstPurpose, outing).uuid();
+        plan.burstFrame = frame;
+    }
+}
+
+void LibraryPlan::giveScene(AssetPlan &plan) const
+{
+    int scene = plan.index;
+    if (isBurst(plan.slot))
+        scene -= plan.slot - BurstFirst; // all frames show one scene
+    plan.sceneSeed = Random(m_options.seed, ScenePurpose, static_cast<quint64>(scene)).next();
+    plan.scenePhase = 60 * plan.burstFrame;
+}
+
+void LibraryPlan::giveThumbnails(AssetPlan &plan) const
+{
+    plan.hasLargeThumbnail = plan.slot == EditedLater || plan.index % 3 != 2;
+    // An edited photo loses its record of the packed file.
+    if (plan.slot == EditedLater)
+        return;
+    const int outing = plan.index / outingSize;
+    plan.thumbnailIndex = plan.index - outing - (plan.slot > EditedLater ? 1 : 0);
+}
+
+} // namespace sample

@@ -1,0 +1,88 @@
+#ifndef PHOTOLIB_SAMPLE_LIBRARY_PLAN_H
+#define PHOTOLIB_SAMPLE_LIBRARY_PLAN_H
+
+#include "sample/sample_writer.h"
+
+#include <QByteArray>
+#include <QString>
+
+namespace sample {
+
+/// What a photo shows, where that follows from the asset and not from chance.
+enum class Subject { Landscape, Screen };
+
+/// One row of the asset table and the files that belong to it.
+struct AssetPlan {
+    int index = 0; ///< from 0, in the order of taking
+    int slot = 0;  ///< the asset's part in its outing, 0 to 19
+    qint64 pk = 0;
+    qint64 attributesPk = 0;
+    bool hasAttributes = true;
+
+    int kind = 0; ///< 0 photo, 1 video
+    int kindSubtype = 0;
+    int savedType = 3;
+    int width = 0; ///< pixels, upright
+    int height = 0;
+    int orientation = 1; ///< EXIF code
+    QString directory;   ///< relative to the media root
+    QString fileName;
+    QByteArray uuid; ///< 16 bytes
+
+    double created = 0; ///< seconds since 2001-01-01 00:00:00 UTC, as all dates here
+    double modified = 0;
+    double trashed = 0; ///< 0 when not in the trash
+    QByteArray burst;   ///< 16 bytes, empty outside a burst
+    int burstFrame = 0;
+    int durationTicks = 0; ///< 600ths of a second, videos only
+
+    int thumbnailIndex = -1; ///< record of the packed thumbnail file
+    bool hasLargeThumbnail = false;
+    bool hasSource = true;
+    bool hasLiveFilm = false;
+    bool sizeRecorded = true;
+    qint64 claimedSize = 0; ///< bytes, for a source that is not written
+
+    Subject subject = Subject::Landscape;
+    quint64 sceneSeed = 0;
+    int scenePhase = 0; ///< thousandths of the way through the scene's movement
+
+    bool isVideo() const { return kind == 1; }
+    bool isInCameraRoll() const { return directory.startsWith(QLatin1String("DCIM/")); }
+    QString path() const { return directory + QLatin1Char('/') + fileName; }
+    QString stem() const { return fileName.section(QLatin1Char('.'), 0, 0); }
+};
+
+/// Makes the assets of a sample one by one, so that a large sample needs no more memory than
+/// a small one. Assets come in outings of twenty, each with one of every kind of asset.
+class LibraryPlan
+{
+public:
+    explicit LibraryPlan(const SampleOptions &options);
+
+    const SampleOptions &options() const { return m_options; }
+    bool isLate() const { return m_options.schema == SampleSchema::Late; }
+
+    /// The asset `index`, 0 to options().assets - 1.
+    AssetPlan asset(int index) const;
+
+    /// Assets before this index are in the main database file, the others only in its log.
+    int firstLoggedAsset() const { return m_options.assets - (m_options.assets + 4) / 5; }
+
+    /// Later than all dates of the library, whole seconds since 2001-01-01 00:00:00 UTC.
+    qint64 endDate() const;
+
+private:
+    qint64 outingStart(int outing) const;
+    void placeFile(AssetPlan &plan) const;
+    void giveDates(AssetPlan &plan) const;
+    void giveScene(AssetPlan &plan) const;
+    void giveThumbnails(AssetPlan &plan) const;
+
+    SampleOptions m_options;
+    qint64 m_outingSpacing;
+};
+
+} // namespace sample
+
+#endif // PHOTOLIB_SAMPLE_LIBRARY_PLAN_H

@@ -1,0 +1,93 @@
+#include "sample/picture_files.h"
+
+#include "sample/canvas.h"
+#include "sample/jpeg.h"
+#include "sample/movie.h"
+#include "sample/scenes.h"
+
+#include <QSize>
+
+namespace sample {
+
+namespace {
+
+constexpr QSize largeThumbnail(256, 256);
+constexpr int thumbnailQuality = 80;
+constexpr int frameQuality = 70;
+constexpr int liveFilmTicks = 1800; // 3 s
+
+/// Two frames a second, up to a dozen.
+int frameCount(int ticks)
+{
+    return qBound(2, ticks / 300, 12);
+}
+
+QByteArray film(const AssetPlan &asset, int ticks)
+{
+    Movie movie;
+    movie.size = QSize(asset.width, asset.height);
+    movie.ticks = static_cast<quint32>(ticks);
+    movie.createdAt = static_cast<qint64>(asset.created);
+    const int count = frameCount(ticks);
+    for (int i = 0; i < count; ++i)
+        movie.frames.append(jpeg(paintScene(asset, i * 1000 / count), frameQuality));
+    return quickTimeFile(movie);
+}
+
+} // namespace
+
+PictureFiles::PictureFiles(OutputFolder &folder, const LibraryPlan &plan)
+    : m_folder(folder), m_format(thumbnailFormat(plan.options().schema)),
+      m_packedFile(folder.prepare(QLatin1String(m_format.path))),
+      m_largeName(plan.isLate() ? QStringLiteral("5005.JPG") : QStringLiteral("5003.JPG")),
+      m_endDate(plan.endDate())
+{
+}
+
+qint64 PictureFiles::write(const AssetPlan &asset)
+{
+    const QImage picture = paintScene(asset, asset.scenePhase);
+    writeThumbnails(asset, picture);
+    if (asset.isVideo())
+        writePoster(asset, picture);
+    return asset.hasSource ? writeSource(asset, picture) : asset.claimedSize;
+}
+
+qint64 PictureFiles::writeSource(const AssetPlan &asset, const QImage &picture)
+{
+    const auto date = static_cast<qint64>(asset.created);
+    if (asset.hasLiveFilm)
+        m_folder.writeFile(asset.directory + QLatin1Char('/') + asset.stem() +
+                               QLatin1String(".MOV"),
+                           film(asset, liveFilmTicks), date);
+    const QByteArray file = asset.isVideo() ? film(asset, asset.durationTicks)
+                                            : cameraJpeg(picture, asset.orientation, date);
+    m_folder.writeFile(asset.path(), file, date);
+    return file.size();
+}
+
+void PictureFiles::writeThumbnails(const AssetPlan &asset, const QImage &picture)
+{
+    if (asset.hasLargeThumbnail)
+        m_folder.writeFile(
+            QStringLiteral("PhotoData/Thumbnails/V2/%1/%2").arg(asset.path(), m_largeName),
+            jpeg(fitted(picture, largeThumbnail), thumbnailQuality),
+            static_cast<qint64>(asset.modified));
+    if (asset.thumbnailIndex >= 0)
+        m_packedFile.write(thumbnailRecord(fitted(picture, {m_format.width, m_format.height}),
+                                           asset.uuid, m_format));
+}
+
+void PictureFiles::writePoster(const AssetPlan &asset, const QImage &picture)
+{
+    m_folder.writeFile(
+        QStringLiteral("PhotoData/Metadata/%1/%2.JPG").arg(asset.directory, asset.stem()),
+        jpeg(picture, thumbnailQuality), static_cast<qint64>(asset.created));
+}
+
+void PictureFiles::finish()
+{
+    m_packedFile.close(m_endDate);
+}
+
+} // namespace sample

@@ -1,0 +1,18 @@
+#ifndef PHOTOLIB_SAMPLE_PROPERTY_LISTS_H
+#define PHOTOLIB_SAMPLE_PROPERTY_LISTS_H
+
+#include <QByteArray>
+
+namespace sample {
+
+/// The sync plist, as XML: a dictionary with libraryUUID.
+/// `uuid` is the text form. Throws SampleError.
+QByteArray currentLibraryPlist(const QByteArray &uuid);
+
+/// The binary plist that a database keeps about itself, with its model's version.
+/// Throws SampleError.
+QByteArray storeMetadata(const QByteArray &modelVersion);
+
+} // namespace sample
+
+#endif // PHOTOLIB_SAMPLE_PROPERTY_LISTS_H
