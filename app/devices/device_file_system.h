@@ -1,0 +1,103 @@
+#ifndef PHOTOLIB_DEVICES_DEVICE_FILE_SYSTEM_H
+#define PHOTOLIB_DEVICES_DEVICE_FILE_SYSTEM_H
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QtGlobal>
+
+#include <memory>
+
+/// Why an operation on files failed.
+struct FileError {
+    enum Kind {
+        None,
+        NotFound,     ///< no such file or folder
+        Denied,       ///< the caller may not read it, or the device is locked
+        WrongType,    ///< a folder where a file is needed, or the other way round, or neither
+        Outside,      ///< the path leads out of the device
+        Disconnected, ///< the device is gone: every later operation will fail as well
+        Failed,       ///< anything else
+    };
+
+    Kind kind = None;
+    QString text; ///< the cause in a few words, such as "Permission denied"
+
+    /// The error for a system call's `errno`.
+    static FileError fromErrno(int code);
+};
+
+/// What a device tells of a file or folder without opening it.
+struct FileInfo {
+    enum Type { File, Folder, Other };
+
+    Type type = Other;
+    qint64 size = 0;     ///< bytes of a file
+    qint64 modified = 0; ///< nanoseconds since 1970-01-01 UTC
+};
+
+/// A file that is open for reading, with a position of its own that starts at 0.
+///
+/// One thread at a time. The file system that opened it outlives it. Each operation that
+/// fails fills `*error`, which must not be null, and leaves the position where it was.
+class DeviceFile
+{
+public:
+    virtual ~DeviceFile() {}
+
+    /// Reads up to `length` bytes and moves the position past them. Returns fewer only at
+    /// the end of the file or before an error that the next call reports; 0 at the end;
+    /// -1 on failure.
+    virtual qint64 read(char *buffer, qint64 length, FileError *error) = 0;
+
+    /// Moves the position to `offset` bytes from the start, also beyond the end. Returns
+    /// false for a negative offset and on failure.
+    virtual bool seek(qint64 offset, FileError *error) = 0;
+
+    /// The position in bytes from the start.
+    virtual qint64 tell() const = 0;
+
+    /// The file's size in bytes, or -1 on failure.
+    virtual qint64 size(FileError *error) = 0;
+};
+
+/// The files of one device, below its media root, for reading.
+///
+/// A path is a sequence of names separated by "/", counted from the media root whether it
+/// begins with "/" or not; "" and "/" are the root itself. Names are the bytes that the
+/// device uses, without a "/" or a NUL, and differ by case where the device says so. A
+/// path that leads out of the device, by ".." or by a link, is refused with
+/// `FileError::Outside`.
+///
+/// Threads: every operation may be called from several threads at a time, and each open
+/// file belongs to one thread at a time. An implementation over one connection serialises
+/// the calls itself. Devices run out of handles, so callers close files soon and keep few
+/// open; an implementation may also hold none between two calls.
+///
+/// Each operation that fails fills `*error`, which must not be null, and nothing else.
+/// Operations may block for as long as the device takes; they may throw only
+/// std::bad_alloc.
+class DeviceFileSystem
+{
+public:
+    virtual ~DeviceFileSystem() {}
+
+    /// Opens a regular file for reading; anything else is `FileError::WrongType`, and no
+    /// pipe or device node is waited for. Returns null on failure.
+    virtual std::unique_ptr<DeviceFile> open(const QByteArray &path, FileError *error) = 0;
+
+    /// Fills `*info` for a file or folder. Returns false on failure.
+    virtual bool info(const QByteArray &path, FileInfo *info, FileError *error) = 0;
+
+    /// Fills `*names` with what a folder holds, in byte order, without "." and "..".
+    /// Returns false on failure.
+    virtual bool list(const QByteArray &path, QList<QByteArray> *names, FileError *error) = 0;
+
+    /// Whether the files must not be read now, for instance because the device is locked.
+    virtual bool isBlocked() { return false; }
+
+    /// `path` as a person knows it, for messages: for a folder its name on the host.
+    virtual QByteArray displayName(const QByteArray &path) const = 0;
+};
+
+#endif // PHOTOLIB_DEVICES_DEVICE_FILE_SYSTEM_H

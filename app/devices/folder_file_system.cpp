@@ -1,0 +1,197 @@
+#include "devices/folder_file_system.h"
+
+#include "devices/local_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+namespace
+{
+
+// Neither a terminal nor a pipe must catch the program or keep it waiting; with O_PATH
+// nothing is opened, and openat2 refuses flags that are for opening.
+int completeFlags(int flags)
+{
+    return flags | O_CLOEXEC | (flags & O_PATH ? 0 : O_NOCTTY | O_NONBLOCK);
+}
+
+struct FolderCloser {
+    void operator()(DIR *folder) const { ::closedir(folder); }
+};
+using FolderStream = std::unique_ptr<DIR, FolderCloser>;
+
+// The names of `path`, without the empty ones and ".": none for the root itself.
+QList<QByteArray> namesOf(const QByteArray &path)
+{
+    QList<QByteArray> names;
+    for (const QByteArray &name : path.split('/')) {
+        if (!name.isEmpty() && name != ".")
+            names.append(name);
+    }
+    return names;
+}
+
+int openConfined(int folder, const QByteArray &path, int flags)
+{
+    struct open_how how = {};
+    how.flags = static_cast<quint64>(completeFlags(flags));
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+    // EAGAIN: something was renamed meanwhile, so that the kernel could not be sure.
+    constexpr int mostTries = 100;
+    int fd = -1;
+    for (int i = 0; i < mostTries; ++i) {
+        fd = static_cast<int>(
+            ::syscall(SYS_openat2, folder, path.constData(), &how, sizeof(how)));
+        if (fd >= 0 || (errno != EAGAIN && errno != EINTR))
+            break;
+    }
+    return fd;
+}
+
+bool kernelConfines(int folder)
+{
+    // Older kernels lack the call, and sandboxes forbid it.
+    return UniqueFd(openConfined(folder, ".", O_PATH)).isOpen();
+}
+
+// Refuses every link, for what a link names can not be confined between two calls.
+UniqueFd openNameByName(int root, const QList<QByteArray> &names, int flags)
+{
+    UniqueFd folder(::openat(root, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    for (int i = 0; folder.isOpen() && i + 1 < names.size(); ++i) {
+        folder = UniqueFd(::openat(folder.get(), names[i].constData(),
+                                   O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    }
+    if (!folder.isOpen())
+        return UniqueFd();
+    const QByteArray last = names.isEmpty() ? QByteArray(".") : names.last();
+    return UniqueFd(
+        ::openat(folder.get(), last.constData(), completeFlags(flags) | O_NOFOLLOW));
+}
+
+FileInfo::Type typeOf(mode_t mode)
+{
+    if (S_ISREG(mode))
+        return FileInfo::File;
+    return S_ISDIR(mode) ? FileInfo::Folder : FileInfo::Other;
+}
+
+// 0 for a time beyond the years that nanoseconds can count.
+qint64 nanoseconds(const timespec &time)
+{
+    qint64 result = 0;
+    if (__builtin_mul_overflow(qint64(time.tv_sec), qint64(1000000000), &result) ||
+        __builtin_add_overflow(result, qint64(time.tv_nsec), &result))
+        return 0;
+    return result;
+}
+
+bool readNames(DIR *folder, QList<QByteArray> *names)
+{
+    errno = 0;
+    while (const dirent *entry = ::readdir(folder)) {
+        const QByteArray name = entry->d_name;
+        if (name != "." && name != "..")
+            names->append(name);
+        errno = 0;
+    }
+    return errno == 0;
+}
+
+} // namespace
+
+std::unique_ptr<FolderFileSystem>
+FolderFileSystem::openFolder(const QByteArray &root, FileError *error, Confinement confinement)
+{
+    UniqueFd fd(::open(root.constData(), O_PATH | O_CLOEXEC));
+    struct stat status = {};
+    if (!fd.isOpen() || ::fstat(fd.get(), &status) != 0) {
+        *error = FileError::fromErrno(errno);
+        return nullptr;
+    }
+    if (!S_ISDIR(status.st_mode)) {
+        *error = FileError::fromErrno(ENOTDIR);
+        error->kind = FileError::WrongType;
+        return nullptr;
+    }
+    return std::unique_ptr<FolderFileSystem>(
+        new FolderFileSystem(root, std::move(fd), confinement));
+}
+
+FolderFileSystem::FolderFileSystem(QByteArray root, UniqueFd fd, Confinement confinement)
+    : m_root(std::move(root)), m_fd(std::move(fd)),
+      m_kernelConfines(confinement == Confinement::BestAvailable && kernelConfines(m_fd.get()))
+{
+}
+
+UniqueFd FolderFileSystem::openBelow(const QByteArray &path, int flags, FileError *error) const
+{
+    const QList<QByteArray> names = namesOf(path);
+    if (names.contains("..")) {
+        *error = {FileError::Outside, QStringLiteral("a path with \"..\" in it")};
+        return UniqueFd();
+    }
+    UniqueFd fd;
+    if (m_kernelConfines)
+        fd = UniqueFd(openConfined(m_fd.get(), names.isEmpty() ? "." : names.join('/'), flags));
+    else
+        fd = openNameByName(m_fd.get(), names, flags);
+    if (!fd.isOpen())
+        *error = FileError::fromErrno(errno);
+    return fd;
+}
+
+std::unique_ptr<DeviceFile> FolderFileSystem::open(const QByteArray &path, FileError *error)
+{
+    UniqueFd fd = openBelow(path, O_RDONLY, error);
+    return fd.isOpen() ? LocalFile::fromFd(std::move(fd), error) : nullptr;
+}
+
+bool FolderFileSystem::info(const QByteArray &path, FileInfo *info, FileError *error)
+{
+    const UniqueFd fd = openBelow(path, O_PATH, error);
+    if (!fd.isOpen())
+        return false;
+    struct stat status = {};
+    if (::fstat(fd.get(), &status) != 0) {
+        *error = FileError::fromErrno(errno);
+        return false;
+    }
+    if (S_ISLNK(status.st_mode)) {
+        *error = FileError::fromErrno(ELOOP);
+        return false;
+    }
+    info->type = typeOf(status.st_mode);
+    info->size = info->type == FileInfo::File ? status.st_size : 0;
+    info->modified = nanoseconds(status.st_mtim);
+    return true;
+}
+
+bool FolderFileSystem::list(const QByteArray &path, QList<QByteArray> *names, FileError *error)
+{
+    UniqueFd fd = openBelow(path, O_RDONLY | O_DIRECTORY, error);
+    if (!fd.isOpen())
+        return false;
+    const FolderStream folder(::fdopendir(fd.get()));
+    if (folder)
+        fd.release(); // the stream owns it now
+    QList<QByteArray> found;
+    if (!folder || !readNames(folder.get(), &found)) {
+        *error = FileError::fromErrno(errno);
+        return false;
+    }
+    std::sort(found.begin(), found.end());
+    *names = found;
+    return true;
+}
+
+QByteArray FolderFileSystem::displayName(const QByteArray &path) const
+{
+    const QByteArray root = m_root.endsWith('/') ? m_root.left(m_root.size() - 1) : m_root;
+    return root + '/' + namesOf(path).join('/');
+}

@@ -1,0 +1,104 @@
+#include "devices/local_file.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+static_assert(sizeof(off_t) == 8, "files over 2 GiB need 64-bit offsets");
+
+namespace
+{
+
+// Neither a terminal nor a pipe must catch the program or keep it waiting.
+constexpr int openFlags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+
+// What one system call moves at most is a little less than 2 GiB.
+size_t portion(qint64 length)
+{
+    constexpr qint64 most = 1 << 30;
+    return static_cast<size_t>(length < most ? length : most);
+}
+
+} // namespace
+
+std::unique_ptr<LocalFile> LocalFile::fromFd(UniqueFd fd, FileError *error)
+{
+    struct stat status = {};
+    if (!fd.isOpen() || ::fstat(fd.get(), &status) != 0) {
+        *error = FileError::fromErrno(errno);
+        return nullptr;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        *error = {FileError::WrongType, QStringLiteral("not a regular file")};
+        return nullptr;
+    }
+    return std::unique_ptr<LocalFile>(new LocalFile(std::move(fd)));
+}
+
+std::unique_ptr<LocalFile> LocalFile::openForReading(const QByteArray &path, FileError *error)
+{
+    return fromFd(UniqueFd(::open(path.constData(), O_RDONLY | openFlags)), error);
+}
+
+std::unique_ptr<LocalFile> LocalFile::openForWriting(const QByteArray &path, FileError *error)
+{
+    const int flags = O_WRONLY | O_CREAT | O_TRUNC | openFlags;
+    return fromFd(UniqueFd(::open(path.constData(), flags, 0666)), error);
+}
+
+qint64 LocalFile::read(char *buffer, qint64 length, FileError *error)
+{
+    qint64 done = 0;
+    while (done < length) {
+        const ssize_t count =
+            ::pread(m_fd.get(), buffer + done, portion(length - done), m_position + done);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0 && done == 0) {
+            *error = FileError::fromErrno(errno);
+            return -1;
+        }
+        if (count <= 0)
+            break;
+        done += count;
+    }
+    m_position += done;
+    return done;
+}
+
+qint64 LocalFile::write(const char *buffer, qint64 length, FileError *error)
+{
+    qint64 done = 0;
+    while (done < length) {
+        const ssize_t count =
+            ::pwrite(m_fd.get(), buffer + done, portion(length - done), m_position + done);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0) {
+            *error = FileError::fromErrno(count < 0 ? errno : ENOSPC);
+            break;
+        }
+        done += count;
+    }
+    m_position += done;
+    return done;
+}
+
+bool LocalFile::seek(qint64 offset, FileError *error)
+{
+    if (offset < 0) {
+        *error = FileError::fromErrno(EINVAL);
+        return false;
+    }
+    m_position = offset;
+    return true;
+}
+
+qint64 LocalFile::size(FileError *error)
+{
+    struct stat status = {};
+    if (::fstat(m_fd.get(), &status) == 0)
+        return status.st_size;
+    *error = FileError::fromErrno(errno);
+    return -1;
+}

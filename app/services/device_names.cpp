@@ -1,0 +1,46 @@
+#include "services/device_names.h"
+
+#include <algorithm>
+
+namespace
+{
+
+// The other name under which to look after `error`; empty when there is none.
+QByteArray otherName(const QByteArray &path, const FileError &error)
+{
+    return error.kind == FileError::NotFound ? undoneEncoding(path) : QByteArray();
+}
+
+} // namespace
+
+QByteArray undoneEncoding(const QByteArray &name)
+{
+    const QString text = QString::fromUtf8(name);
+    const bool isLatin1 = std::all_of(text.begin(), text.end(),
+                                      [](QChar letter) { return letter.unicode() <= 0xff; });
+    if (!isLatin1 || text.toUtf8() != name)
+        return QByteArray();
+    const QByteArray undone = text.toLatin1();
+    return undone == name ? QByteArray() : undone;
+}
+
+std::unique_ptr<DeviceFile> openDeviceFile(DeviceFileSystem &files, const QByteArray &path,
+                                           FileError *error)
+{
+    std::unique_ptr<DeviceFile> file = files.open(path, error);
+    if (file)
+        return file;
+    const QByteArray other = otherName(path, *error);
+    FileError ignored;
+    return other.isEmpty() ? nullptr : files.open(other, &ignored);
+}
+
+bool deviceFileInfo(DeviceFileSystem &files, const QByteArray &path, FileInfo *info,
+                    FileError *error)
+{
+    if (files.info(path, info, error))
+        return true;
+    const QByteArray other = otherName(path, *error);
+    FileError ignored;
+    return !other.isEmpty() && files.info(other, info, &ignored);
+}

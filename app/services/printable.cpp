@@ -1,0 +1,52 @@
+#include "services/printable.h"
+
+namespace
+{
+
+// Bytes of the UTF-8 sequence that begins at `at`; 0 when none does.
+int sequenceLength(const QByteArray &text, int at)
+{
+    const auto first = static_cast<uchar>(text[at]);
+    const int length = first < 0x80 ? 1 : first < 0xc2 ? 0 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+    if (length == 0 || at + length > text.size())
+        return 0;
+    const QByteArray sequence = text.mid(at, length);
+    return QString::fromUtf8(sequence).toUtf8() == sequence ? length : 0;
+}
+
+bool isShown(uint character)
+{
+    const bool isDirection = (character >= 0x202a && character <= 0x202e) ||
+                             (character >= 0x2066 && character <= 0x2069) ||
+                             character == 0x200e || character == 0x200f;
+    const bool isLineBreak = character == 0x2028 || character == 0x2029;
+    return !isDirection && !isLineBreak && QChar::category(character) != QChar::Other_Control;
+}
+
+QByteArray escaped(const QByteArray &bytes)
+{
+    QByteArray result;
+    for (const char byte : bytes)
+        result += "\\x" + QByteArray(1, byte).toHex();
+    return result;
+}
+
+} // namespace
+
+QByteArray printable(const QByteArray &text)
+{
+    QByteArray result;
+    for (int at = 0; at < text.size();) {
+        const int length = sequenceLength(text, at);
+        const QByteArray sequence = text.mid(at, qMax(length, 1));
+        const bool show = length > 0 && isShown(QString::fromUtf8(sequence).toUcs4().first());
+        result += show ? sequence : escaped(sequence);
+        at += sequence.size();
+    }
+    return result;
+}
+
+QString printable(const QString &text)
+{
+    return QString::fromUtf8(printable(text.toUtf8()));
+}
