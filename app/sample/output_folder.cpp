@@ -67,8 +67,13 @@ OutputFile::OutputFile(const QString &path) : m_file(path)
 
 void OutputFile::write(const QByteArray &bytes)
 {
-    if (m_file.write(bytes) != bytes.size())
-        fail();
+    // A short count comes without its cause; writing the rest brings it out.
+    for (int done = 0; done < bytes.size();) {
+        const qint64 count = m_file.write(bytes.constData() + done, bytes.size() - done);
+        if (count <= 0)
+            fail();
+        done += static_cast<int>(count);
+    }
 }
 
 void OutputFile::close(qint64 seconds)

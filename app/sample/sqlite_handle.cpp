@@ -64,8 +64,10 @@ void Database::closeKeepingLog()
 
 void Database::fail() const
 {
-    throw SampleError(QStringLiteral("cannot write %1: %2")
-                          .arg(m_path, QString::fromUtf8(sqlite3_errmsg(handle()))));
+    QString cause = QString::fromUtf8(sqlite3_errmsg(handle()));
+    if (const int systemError = sqlite3_system_errno(handle()))
+        cause += QStringLiteral(" (%1)").arg(qt_error_string(systemError));
+    throw SampleError(QStringLiteral("cannot write %1: %2").arg(m_path, cause));
 }
 
 void Statement::Finalizer::operator()(sqlite3_stmt *handle) const

@@ -1,0 +1,79 @@
+#include "cli/command.h"
+#include "cli/command_error.h"
+#include "sample/sample_writer.h"
+
+#include <QFile>
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <memory>
+
+namespace {
+
+struct SampleArguments {
+    std::string folder; ///< the bytes of the command line
+    int assets = SampleOptions().assets;
+    quint32 seed = SampleOptions().seed;
+    std::string schema = "late";
+    bool noPictures = false;
+};
+
+SampleOptions optionsFrom(const SampleArguments &arguments)
+{
+    SampleOptions options;
+    options.assets = arguments.assets;
+    options.seed = arguments.seed;
+    options.schema = arguments.schema == "early" ? SampleSchema::Early : SampleSchema::Late;
+    options.pictures = !arguments.noPictures;
+    return options;
+}
+
+int runSample(const SampleArguments &arguments, const CommonOptions &common)
+{
+    const auto bytes = QByteArray::fromStdString(arguments.folder);
+    const QString folder = QFile::decodeName(bytes);
+    // Qt names files in the locale's encoding; another name would end up elsewhere.
+    if (QFile::encodeName(folder) != bytes)
+        throw CommandError(arguments.folder, "this locale has no such characters");
+    QString error;
+    if (!writeSample(folder, optionsFrom(arguments), &error))
+        throw CommandError(error);
+    if (!common.quiet)
+        std::cout << "Wrote a sample device with " << arguments.assets << " assets to "
+                  << arguments.folder << '\n';
+    return 0;
+}
+
+void addArguments(CLI::App &command, SampleArguments &arguments)
+{
+    command.add_option("DIR", arguments.folder, "The folder to make; may exist if it is empty")
+        ->required();
+    command.add_option("--assets", arguments.assets, "How many photos and videos")
+        ->check(CLI::Range(0, maxSampleAssets))
+        ->capture_default_str();
+    command.add_option("--seed", arguments.seed, "Another seed gives another library")
+        ->capture_default_str();
+    command.add_option("--schema", arguments.schema, "Generation of the database")
+        ->check(CLI::IsMember({"early", "late"}))
+        ->capture_default_str();
+    command.add_flag("--no-pictures", arguments.noPictures,
+                     "Write the database only, not the files that it names");
+}
+
+} // namespace
+
+void addSampleCommand(CLI::App &app, CommandContext &context)
+{
+    CLI::App *command = app.add_subcommand(
+        "sample", "Write a sample device; the same arguments give the same bytes");
+    const auto arguments = std::make_shared<SampleArguments>();
+    addArguments(*command, *arguments);
+    command->footer("Examples:\n"
+                    "  photolib sample phone\n"
+                    "  photolib sample phone --assets 500 --seed 7 --schema early\n"
+                    "  photolib sample large --assets 100000 --no-pictures");
+    command->callback([arguments, &context] {
+        context.run = [arguments, &context] { return runSample(*arguments, context.options); };
+    });
+}
