@@ -1,6 +1,7 @@
 #include "cameradb/asset_queries.h"
 
 #include "cameradb/ordered_insert.h"
+#include "cameradb/prefetch.h"
 #include "cameradb/sqlite_statement.h"
 #include "cameradb/unique_dates.h"
 #include "host/host_log.h"
@@ -166,17 +167,15 @@ bool keyLess(const keyed_record &left, const keyed_record &right)
     return left.pk < right.pk;
 }
 
-// In key order, so that the maps grow at their end. A stable sort keeps the last of
-// several rows of one key the winner.
-void filePhotos(CameraDB *cameraDb, std::vector<keyed_record> &photos)
+typedef QMap<quint64, Camera_Data *> asset_map;
+
+// In key order, so that the map grows at its end. A stable sort keeps the last of several
+// rows of one key the winner.
+void fileByKey(asset_map &map, std::vector<keyed_record> &records)
 {
-    std::stable_sort(photos.begin(), photos.end(), keyLess);
-    for (const keyed_record &photo : photos) {
-        insertLast(cameraDb->assets, photo.pk, photo.data);
-        if (photo.data->kindSubtype == 1)
-            insertLast(cameraDb->panoramas, photo.pk, photo.data);
-        cameraDb->maxAssetPk = raised(cameraDb->maxAssetPk, photo.pk);
-    }
+    std::stable_sort(records.begin(), records.end(), keyLess);
+    for (const keyed_record &record : records)
+        insertLast(map, record.pk, record.data);
 }
 
 gboolean readPhotos(sqlite3 *db, CameraDB *cameraDb)
@@ -204,15 +203,20 @@ gboolean readPhotos(sqlite3 *db, CameraDB *cameraDb)
     asset_reader reader(cameraDb, statement.get(), &texts);
     unique_dates dates;
     std::vector<keyed_record> photos;
+    std::vector<keyed_record> panoramas;
     while (statement.nextRow()) {
         std::unique_ptr<Camera_Data> photo = reader.read();
         if (!photo)
             continue;
         photo->modificationDate = dates.take(photo->modificationDate);
-        photos.push_back(keyed_record{photo->pk, photo.get()});
-        photo.release();
+        cameraDb->maxAssetPk = raised(cameraDb->maxAssetPk, photo->pk);
+        const keyed_record record = {photo->pk, photo.release()};
+        photos.push_back(record);
+        if (record.data->kindSubtype == 1)
+            panoramas.push_back(record);
     }
-    filePhotos(cameraDb, photos);
+    fileByKey(cameraDb->assets, photos);
+    fileByKey(cameraDb->panoramas, panoramas);
     return 1;
 }
 
@@ -293,18 +297,17 @@ qint32 wholeSeconds(double seconds)
     return static_cast<qint32>(rounded);
 }
 
-typedef QMap<quint64, Camera_Data *> asset_map;
-
 // The attributes mostly come in the order of their assets, so the next key is tried
-// before the map is searched.
+// before the map is searched, and the record behind it is fetched meanwhile.
 asset_map::const_iterator findFrom(const asset_map &assets, asset_map::const_iterator last,
                                    quint64 key)
 {
-    if (last != assets.constEnd())
-        ++last;
-    if (last != assets.constEnd() && last.key() == key)
-        return last;
-    return assets.constFind(key);
+    if (last == assets.constEnd() || ++last == assets.constEnd() || last.key() != key)
+        return assets.constFind(key);
+    const asset_map::const_iterator next = last + 1;
+    if (next != assets.constEnd())
+        prefetch(&next.value()->duration);
+    return last;
 }
 
 gboolean readExtendInfo(sqlite3 *db, const asset_map &assets)

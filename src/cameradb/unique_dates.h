@@ -4,13 +4,14 @@
 #include <QtGlobal>
 
 #include <map>
+#include <vector>
 
 /// Hands out pairwise distinct dates: photos stamped in the same second get consecutive
 /// seconds in the order in which they ask. For one thread.
 ///
 /// Dates handed out are kept as runs of consecutive seconds. Asking in ascending order,
-/// as the photo query does, takes constant time on average, any other order
-/// logarithmic time, whatever the dates are: a device can not make it slow.
+/// as the photo query does, takes constant time, any other order logarithmic time,
+/// whatever the dates are: a device can not make it slow.
 class unique_dates
 {
 public:
@@ -19,13 +20,20 @@ public:
     qint32 take(qint32 date);
 
 private:
+    struct run {
+        qint32 first;
+        qint32 last;
+    };
     typedef std::map<qint32, qint32> run_map; // first date of a run to its last one
 
-    run_map::iterator runAfter(qint32 date);
-    qint32 firstFree(qint32 date);
+    bool takeAscending(qint32 date, qint32 *taken);
+    void leaveAscending();
+    qint32 firstFree(qint32 date) const;
     void markTaken(qint32 date);
 
-    run_map m_runs;
+    std::vector<run> m_ascending; // the runs, ascending, until a date breaks the order
+    bool m_isAscending = true;
+    run_map m_runs; // the runs from then on
 };
 
 #endif // PHOTOLIB_CAMERADB_UNIQUE_DATES_H

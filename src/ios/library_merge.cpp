@@ -1,5 +1,6 @@
 #include "ios/library_merge.h"
 
+#include "cameradb/prefetch.h"
 #include "host/host_log.h"
 #include "ios/key_lists.h"
 #include "ios/synthetic_albums.h"
@@ -40,13 +41,13 @@ library_merge::library_merge(const CameraDB &model, const view &target)
 {
 }
 
-void library_merge::collectUsedUuids(const QByteArray &photoLibraryUuid)
+void library_merge::collectUsedUuids(QByteArray &photoLibraryUuid)
 {
     // The videos are among the assets.
     uuid_order uuids(m_model.albums.size() + m_model.assets.size() + 1);
-    for (const Camera_Album *album : m_model.albums)
+    for (Camera_Album *album : m_model.albums)
         uuids.add(album->uuid);
-    for (const Camera_Data *asset : m_model.assets)
+    for (Camera_Data *asset : m_model.assets)
         uuids.add(asset->uuid);
     uuids.add(photoLibraryUuid);
     uuids.insertInto(m_view.usedUuids);
@@ -108,19 +109,34 @@ void library_merge::mergeLooseAssets()
     // There is a synthetic Camera Roll also where an earlier parse made and filled one.
     const bool hasCameraRoll = m_view.albumPhotos.contains(cameraRollKey);
     const key_set earlier(m_view.albumPhotos.value(cameraRollKey));
-    QList<quint64> &library = m_view.albumPhotos[photoLibraryKey];
-    for (const Camera_Data *asset : looseAssets()) {
-        const long long key = static_cast<long long>(asset->pk);
-        // The lines carry the uuid's bytes as they are: hosts search their logs for them.
-        // The library holds none of these yet, for what it holds is in an album.
-        if (hasCameraRoll && isCameraPicture(*asset) && !earlier.contains(asset->pk)) {
-            Log("PHOTOLIB", 1, "Add some photo not in album but as Camera roll: %lld, uuid: %s",
-                key, asset->uuid.constData());
-            m_view.albumPhotos[cameraRollKey].append(asset->pk);
-        } else {
-            Log("PHOTOLIB", 1, "Add some photo not in album: %lld, uuid: %s", key,
-                asset->uuid.constData());
-            library.append(asset->pk);
+    const std::size_t stepsAhead = 8;
+    const std::vector<const Camera_Data *> loose = looseAssets();
+    for (std::size_t i = 0; i < loose.size(); ++i) {
+        if (i + stepsAhead < loose.size()) {
+            prefetch(&loose[i + stepsAhead]->uuid);
+            prefetch(&loose[i + stepsAhead]->directory);
         }
+        const Camera_Data &asset = *loose[i];
+        if (hasCameraRoll && isCameraPicture(asset) && !earlier.contains(asset.pk))
+            fileCameraPicture(asset);
+        else
+            fileLooseAsset(asset);
     }
+}
+
+// Both lines carry the uuid's bytes as they are: hosts search their logs for them.
+
+void library_merge::fileCameraPicture(const Camera_Data &asset)
+{
+    Log("PHOTOLIB", 1, "Add some photo not in album but as Camera roll: %lld, uuid: %s",
+        static_cast<long long>(asset.pk), asset.uuid.constData());
+    m_view.albumPhotos[cameraRollKey].append(asset.pk);
+}
+
+// The library does not hold the asset yet, for what it holds is in an album.
+void library_merge::fileLooseAsset(const Camera_Data &asset)
+{
+    Log("PHOTOLIB", 1, "Add some photo not in album: %lld, uuid: %s",
+        static_cast<long long>(asset.pk), asset.uuid.constData());
+    m_view.albumPhotos[photoLibraryKey].append(asset.pk);
 }

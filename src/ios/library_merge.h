@@ -21,7 +21,7 @@ public:
     library_merge(const CameraDB &model, const view &target);
 
     /// Enters the uuids of all albums and assets, and `photoLibraryUuid`.
-    void collectUsedUuids(const QByteArray &photoLibraryUuid);
+    void collectUsedUuids(QByteArray &photoLibraryUuid);
 
     /// Lists the synthetic albums and fills those of videos and panoramas.
     void listSyntheticAlbums();
@@ -36,6 +36,8 @@ public:
 
 private:
     std::vector<const Camera_Data *> looseAssets();
+    void fileCameraPicture(const Camera_Data &asset);
+    void fileLooseAsset(const Camera_Data &asset);
 
     const CameraDB &m_model;
     view m_view;

@@ -1,12 +1,16 @@
 #include "ios/uuid_order.h"
 
 #include "cameradb/ordered_insert.h"
+#include "cameradb/prefetch.h"
 
 #include <algorithm>
 
 namespace {
 
 const int prefixBytes = 8;
+
+// Steps between the fetch of a uuid and its use.
+const std::size_t stepsAhead = 8;
 
 // Big-endian and padded with zeros, so that prefixes order as the bytes do; equal ones
 // decide nothing.
@@ -20,25 +24,11 @@ quint64 prefixOf(const QByteArray &uuid)
     return prefix;
 }
 
-void prefetch(const void *address)
-{
-#if defined(__GNUC__)
-    __builtin_prefetch(address);
-#else
-    (void)address;
-#endif
-}
-
 } // namespace
 
 uuid_order::uuid_order(int expected)
 {
-    m_entries.reserve(static_cast<std::size_t>(expected));
-}
-
-void uuid_order::add(const QByteArray &uuid)
-{
-    m_entries.push_back(entry{prefixOf(uuid), uuid});
+    m_uuids.reserve(static_cast<std::size_t>(expected));
 }
 
 bool uuid_order::isLess(const entry &left, const entry &right)
@@ -46,14 +36,28 @@ bool uuid_order::isLess(const entry &left, const entry &right)
     return left.prefix != right.prefix ? left.prefix < right.prefix : left.uuid < right.uuid;
 }
 
+std::vector<uuid_order::entry> uuid_order::sortedEntries() const
+{
+    std::vector<entry> entries;
+    entries.reserve(m_uuids.size());
+    for (std::size_t i = 0; i < m_uuids.size(); ++i) {
+        // First the record, some steps later the bytes that it points to.
+        if (i + 2 * stepsAhead < m_uuids.size()) {
+            prefetch(m_uuids[i + 2 * stepsAhead]);
+            prefetch(m_uuids[i + stepsAhead]->data_ptr());
+        }
+        entries.push_back(entry{prefixOf(*m_uuids[i]), *m_uuids[i]});
+    }
+    std::sort(entries.begin(), entries.end(), isLess);
+    return entries;
+}
+
 void uuid_order::insertInto(QMap<QByteArray, bool> &set)
 {
-    std::sort(m_entries.begin(), m_entries.end(), isLess);
-    // In this order the bytes lie all over the memory: they are fetched some steps ahead.
-    const std::size_t ahead = 8;
-    for (std::size_t i = 0; i < m_entries.size(); ++i) {
-        if (i + ahead < m_entries.size())
-            prefetch(m_entries[i + ahead].uuid.constData());
-        insertLast(set, m_entries[i].uuid, true);
+    std::vector<entry> entries = sortedEntries();
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (i + stepsAhead < entries.size())
+            prefetch(entries[i + stepsAhead].uuid.data_ptr());
+        insertLast(set, entries[i].uuid, true);
     }
 }

@@ -15,9 +15,10 @@ public:
     /// Makes room for `expected` uuids.
     explicit uuid_order(int expected);
 
-    void add(const QByteArray &uuid);
+    /// Notes `uuid`, which must stay where it is until it is inserted.
+    void add(QByteArray &uuid) { m_uuids.push_back(&uuid); }
 
-    /// Inserts all uuids added, each with the value true.
+    /// Inserts all uuids noted, each with the value true.
     void insertInto(QMap<QByteArray, bool> &set);
 
 private:
@@ -28,8 +29,9 @@ private:
     };
 
     static bool isLess(const entry &left, const entry &right);
+    std::vector<entry> sortedEntries() const;
 
-    std::vector<entry> m_entries;
+    std::vector<QByteArray *> m_uuids;
 };
 
 #endif // PHOTOLIB_IOS_UUID_ORDER_H
