@@ -35,7 +35,7 @@ public:
 
     void stop();
 
-    /// The blocks' addresses, at most the first sixteen.
+    /// The blocks' addresses, at most the first 64.
     std::vector<std::uintptr_t> deleted() const;
 
     /// How many blocks went through the plain operator delete(void *).

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int RecordedBlocks = 16;
+constexpr int RecordedBlocks = 64;
 
 // Plain data, since operator new may run before any constructor of this program.
 struct ThreadState {
