@@ -25,6 +25,5 @@ PKG_CONFIG_PATH="$work/tree/$libraries/pkgconfig"
 export PKG_CONFIG_PATH
 # shellcheck disable=SC2046,SC2086
 "${CXX:-c++}" -std=c++17 -fPIC $flags "$sources/small_host.cpp" -o "$work/small_host" \
-    $(pkg-config --define-variable=prefix="$work/tree" --cflags --libs photolib)
+    $(pkg-config --cflags --libs photolib)
 expect_failed_parse "$work/small_host"
-echo "1 passed, 0 failed"
