@@ -81,7 +81,7 @@ Cost measure(const std::function<bool()> &work)
     return cost;
 }
 
-Cost median(std::vector<Cost> runs)
+Cost median(const std::vector<Cost> &runs)
 {
     std::vector<double> seconds, bytes;
     for (const Cost &run : runs) {

@@ -15,6 +15,6 @@ struct Cost {
 Cost measure(const std::function<bool()> &work);
 
 /// The medians of several runs' times and memory, each for itself.
-Cost median(std::vector<Cost> runs);
+Cost median(const std::vector<Cost> &runs);
 
 #endif // PHOTOLIB_BENCH_MEASURE_H

@@ -46,7 +46,7 @@ struct Attributes {
 
 void copyFile(const std::string &from, const std::string &to)
 {
-    const std::size_t blockSize = 4 * 1024 * 1024;
+    const std::size_t blockSize = 4194304;
     const int source = open(from.c_str(), O_RDONLY);
     if (source < 0)
         return;

@@ -225,10 +225,10 @@ void fileVideo(CameraDB *cameraDb, std::unique_ptr<Camera_Data> video)
     // A photo of that key wins.
     if (cameraDb->assets.contains(video->pk))
         return;
-    insertLast(cameraDb->assets, video->pk, video.get());
-    insertLast(cameraDb->videos, video->pk, video.get());
-    cameraDb->maxAssetPk = raised(cameraDb->maxAssetPk, video->pk);
-    video.release();
+    Camera_Data *record = video.release();
+    insertLast(cameraDb->assets, record->pk, record);
+    insertLast(cameraDb->videos, record->pk, record);
+    cameraDb->maxAssetPk = raised(cameraDb->maxAssetPk, record->pk);
 }
 
 gboolean readVideos(sqlite3 *db, CameraDB *cameraDb)

@@ -37,7 +37,7 @@ QByteArray assetsTableName(sqlite3 *db)
     const QRegExp exactName = assetNames();
     QByteArray lookAlike;
     while (statement.nextRow()) {
-        const QByteArray name = statement.text(0);
+        QByteArray name = statement.text(0);
         if (exactName.exactMatch(QString::fromLatin1(name.constData())))
             return name;
         if (lookAlike.isEmpty())

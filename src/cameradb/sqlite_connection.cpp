@@ -11,7 +11,7 @@ const int progressStep = 10000;
 
 // Reading a library takes about two instructions a byte of its file.
 const qint64 instructionsPerByte = 32;
-const qint64 instructionsAlways = 100 * 1000 * 1000;
+const qint64 instructionsAlways = 100000000;
 
 // No text or blob of a photo database comes near it.
 const int longestValue = 64 * 1024 * 1024;
