@@ -1,7 +1,6 @@
 #include "devices/device.h"
 
-namespace
-{
+namespace {
 
 // False and `*error` filled when the device does not say; a missing file is an answer.
 bool look(DeviceFileSystem &files, const QByteArray &path, bool *isThere, FileError *error)

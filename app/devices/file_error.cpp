@@ -3,8 +3,7 @@
 #include <cerrno>
 #include <system_error>
 
-namespace
-{
+namespace {
 
 FileError::Kind kindOf(int code)
 {

@@ -10,8 +10,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
-namespace
-{
+namespace {
 
 // Neither a terminal nor a pipe must catch the program or keep it waiting; with O_PATH
 // nothing is opened, and openat2 refuses flags that are for opening.
@@ -45,8 +44,7 @@ int openConfined(int folder, const QByteArray &path, int flags)
     constexpr int mostTries = 100;
     int fd = -1;
     for (int i = 0; i < mostTries; ++i) {
-        fd = static_cast<int>(
-            ::syscall(SYS_openat2, folder, path.constData(), &how, sizeof(how)));
+        fd = static_cast<int>(::syscall(SYS_openat2, folder, path.constData(), &how, sizeof(how)));
         if (fd >= 0 || (errno != EAGAIN && errno != EINTR))
             break;
     }
@@ -70,8 +68,7 @@ UniqueFd openNameByName(int root, const QList<QByteArray> &names, int flags)
     if (!folder.isOpen())
         return UniqueFd();
     const QByteArray last = names.isEmpty() ? QByteArray(".") : names.last();
-    return UniqueFd(
-        ::openat(folder.get(), last.constData(), completeFlags(flags) | O_NOFOLLOW));
+    return UniqueFd(::openat(folder.get(), last.constData(), completeFlags(flags) | O_NOFOLLOW));
 }
 
 FileInfo::Type typeOf(mode_t mode)

@@ -6,8 +6,7 @@
 
 static_assert(sizeof(off_t) == 8, "files over 2 GiB need 64-bit offsets");
 
-namespace
-{
+namespace {
 
 // Neither a terminal nor a pipe must catch the program or keep it waiting.
 constexpr int openFlags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;

@@ -12,8 +12,7 @@
 #include <cerrno>
 #include <sys/stat.h>
 
-namespace
-{
+namespace {
 
 constexpr int readMode = 0;
 constexpr int writeMode = 1;
@@ -162,9 +161,8 @@ qint64 vDevFileSize(VDev *dev, const char *path)
 {
     if (!dev || !path)
         return 0;
-    return withoutThrowing<qint64>(0, [&] {
-        return dev->files ? deviceFileSize(*dev->files, path) : hostFileSize(path);
-    });
+    return withoutThrowing<qint64>(
+        0, [&] { return dev->files ? deviceFileSize(*dev->files, path) : hostFileSize(path); });
 }
 
 VFile *vFileOpen(VDev *dev, const char *path, int mode)

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-namespace
-{
+namespace {
 
 // The other name under which to look after `error`; empty when there is none.
 QByteArray otherName(const QByteArray &path, const FileError &error)

@@ -4,8 +4,7 @@
 
 #include <map>
 
-namespace
-{
+namespace {
 
 // The devices of the process by name.
 class Registry

@@ -8,8 +8,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-namespace
-{
+namespace {
 
 // The formatted text, of any length.
 QByteArray formatted(const char *format, va_list arguments)

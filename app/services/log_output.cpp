@@ -5,8 +5,7 @@
 #include <mutex>
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 constexpr int failureLevel = 2;
 

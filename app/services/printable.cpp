@@ -1,13 +1,18 @@
 #include "services/printable.h"
 
-namespace
-{
+#include <QVector>
+
+namespace {
 
 // Bytes of the UTF-8 sequence that begins at `at`; 0 when none does.
 int sequenceLength(const QByteArray &text, int at)
 {
     const auto first = static_cast<uchar>(text[at]);
-    const int length = first < 0x80 ? 1 : first < 0xc2 ? 0 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+    const int length = first < 0x80   ? 1
+                       : first < 0xc2 ? 0
+                       : first < 0xe0 ? 2
+                       : first < 0xf0 ? 3
+                                      : 4;
     if (length == 0 || at + length > text.size())
         return 0;
     const QByteArray sequence = text.mid(at, length);
@@ -17,8 +22,8 @@ int sequenceLength(const QByteArray &text, int at)
 bool isShown(uint character)
 {
     const bool isDirection = (character >= 0x202a && character <= 0x202e) ||
-                             (character >= 0x2066 && character <= 0x2069) ||
-                             character == 0x200e || character == 0x200f;
+                             (character >= 0x2066 && character <= 0x2069) || character == 0x200e ||
+                             character == 0x200f;
     const bool isLineBreak = character == 0x2028 || character == 0x2029;
     return !isDirection && !isLineBreak && QChar::category(character) != QChar::Other_Control;
 }

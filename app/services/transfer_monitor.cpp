@@ -2,8 +2,7 @@
 
 #include <atomic>
 
-namespace
-{
+namespace {
 
 class NoObserver : public TransferObserver
 {

@@ -1,0 +1,94 @@
+#include "cli/library_command.h"
+#include "cli/library_session.h"
+#include "cli/output.h"
+#include "cli/photo_text.h"
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::ordered_json; // the keys stay in the order in which they are set
+
+// Always valid UTF-8: what a text can not express is replaced.
+std::string utf8(const QString &text)
+{
+    return text.toUtf8().toStdString();
+}
+
+Json idList(const QList<quint64> &ids)
+{
+    Json list = Json::array();
+    for (const quint64 id : ids)
+        list.push_back(id);
+    return list;
+}
+
+Json photoObject(LibrarySession &session, quint64 id)
+{
+    photoItem item;
+    if (!session.photo(id, &item))
+        return {{"id", id}, {"ok", false}};
+    return {
+        {"id", item.id},
+        {"ok", true},
+        {"uuid", item.uuid.toHex().toStdString()},
+        {"name", utf8(item.name)},
+        {"type", item.type},
+        {"path", utf8(item.path)},
+        {"thumbPath", utf8(item.thumbPath)},
+        {"orientation", item.orientation},
+        {"height", item.height},
+        {"width", item.width},
+        {"duration", item.duration},
+        {"fileSize", item.fileSize},
+        {"createDate", utf8(isoText(item.createDate))},
+        {"modifyDate", utf8(isoText(item.modifyDate))},
+        {"trashedDate", item.trashedDate},
+        {"avalancheUUID", utf8(item.avalancheUUID)},
+        {"sortToken", item.sortToken},
+    };
+}
+
+void writeMember(Output &output, const char *name, const Json &value)
+{
+    output.write(QByteArray::fromStdString(Json(name).dump() + ": " + value.dump() + ",\n"));
+}
+
+// One photo at a time, for a large library as one JSON value would take far more memory
+// than the library itself.
+void writePhotos(LibrarySession &session, Output &output)
+{
+    output.write("\"photos\": [");
+    const char *separator = "\n";
+    for (const quint64 id : session.library().photoIDs()) {
+        output.write(separator + QByteArray::fromStdString(photoObject(session, id).dump()));
+        separator = ",\n";
+    }
+    output.write("\n]");
+}
+
+void writeLibrary(LibrarySession &session, Output &output)
+{
+    photo_manager_int &library = session.library();
+    output.write("{\n");
+    writeMember(output, "parsed", true);
+    writeMember(output, "libraryUuid", utf8(library.getUUID()));
+    writeMember(output, "photoCount", library.photoCnt());
+    writeMember(output, "photoIds", idList(library.photoIDs()));
+    writeMember(output, "albumCount", library.albumCnt());
+    writeMember(output, "albumIds", idList(library.albumIDs()));
+    writePhotos(session, output);
+    output.write("\n}\n");
+}
+
+} // namespace
+
+void addDumpCommand(CLI::App &app, CommandContext &context)
+{
+    CLI::App *const command = app.add_subcommand("dump", "Print the whole library as JSON");
+    const auto device = addDeviceArgument(*command);
+    command->callback([&context, device] {
+        context.run = [&context, device] { return runOnLibrary(context, *device, writeLibrary); };
+    });
+}

@@ -1,0 +1,75 @@
+#include "cli/folder_tools.h"
+
+#include "cli/command_error.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <system_error>
+
+namespace {
+
+[[noreturn]] void fail(const QByteArray &path)
+{
+    throw CommandError(path.toStdString(), std::generic_category().message(errno));
+}
+
+bool isFolder(const QByteArray &path)
+{
+    struct stat status = {};
+    return ::stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+// Whether `path` still names the folder that `fd` holds open: the process that had the
+// lock may have removed it.
+bool isStillAt(const UniqueFd &fd, const QByteArray &path)
+{
+    struct stat opened = {};
+    struct stat named = {};
+    return ::fstat(fd.get(), &opened) == 0 && ::stat(path.constData(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+void lock(const UniqueFd &fd)
+{
+    while (::flock(fd.get(), LOCK_EX) != 0 && errno == EINTR) {
+    }
+}
+
+} // namespace
+
+EnsuredFolder::EnsuredFolder(const QByteArray &path)
+{
+    for (int end = path.indexOf('/', 1); end >= 0; end = path.indexOf('/', end + 1))
+        create(path.left(end));
+    create(path);
+}
+
+EnsuredFolder::~EnsuredFolder()
+{
+    while (!m_created.isEmpty())
+        ::rmdir(m_created.takeLast().constData());
+}
+
+void EnsuredFolder::create(const QByteArray &path)
+{
+    if (isFolder(path))
+        return;
+    if (::mkdir(path.constData(), 0700) == 0)
+        m_created.append(path);
+    else if (errno != EEXIST || !isFolder(path))
+        fail(path);
+}
+
+UniqueFd lockFolder(const QByteArray &path)
+{
+    for (;;) {
+        UniqueFd fd(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!fd.isOpen())
+            fail(path);
+        lock(fd);
+        if (isStillAt(fd, path))
+            return fd;
+    }
+}

@@ -1,0 +1,35 @@
+#ifndef PHOTOLIB_CLI_FOLDER_TOOLS_H
+#define PHOTOLIB_CLI_FOLDER_TOOLS_H
+
+#include "devices/unique_fd.h"
+
+#include <QByteArray>
+#include <QList>
+
+/// A folder that exists as long as the object lives, and after it when it was there before
+/// or is kept: what the object had to create, parents included, it removes at its end as
+/// far as it is empty.
+class EnsuredFolder
+{
+public:
+    /// Creates `path` and its missing parents for the user alone. Throws CommandError.
+    explicit EnsuredFolder(const QByteArray &path);
+    ~EnsuredFolder();
+
+    EnsuredFolder(const EnsuredFolder &) = delete;
+    EnsuredFolder &operator=(const EnsuredFolder &) = delete;
+
+    void keep() { m_created.clear(); }
+
+private:
+    void create(const QByteArray &path);
+
+    QList<QByteArray> m_created; // parents first
+};
+
+/// Opens the folder `path` and locks it against other processes that do the same, waiting
+/// for them; a file system without locks is used without one. Closing unlocks. Throws
+/// CommandError.
+UniqueFd lockFolder(const QByteArray &path);
+
+#endif // PHOTOLIB_CLI_FOLDER_TOOLS_H

@@ -1,0 +1,29 @@
+#include "cli/library_command.h"
+
+#include "cli/library_session.h"
+#include "cli/output.h"
+
+#include <CLI/CLI.hpp>
+
+std::shared_ptr<std::optional<std::string>> addDeviceArgument(CLI::App &command)
+{
+    auto device = std::make_shared<std::optional<std::string>>();
+    command
+        .add_option_function<std::string>(
+            "DEVICE", [device](const std::string &name) { *device = name; },
+            "Folder laid out as a device's media root: a mounted device or a copy.\n"
+            "Without it, a sample device is made and shown")
+        ->type_name("");
+    return device;
+}
+
+int runOnLibrary(const CommandContext &context, const std::optional<std::string> &device,
+                 const std::function<void(LibrarySession &, Output &)> &write)
+{
+    LibrarySession session(context.options, device);
+    Output output([&session] { session.announce(); });
+    write(session, output);
+    output.flush();
+    session.keepCopies();
+    return 0;
+}

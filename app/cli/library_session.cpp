@@ -1,0 +1,174 @@
+#include "cli/library_session.h"
+
+#include "cli/cache_folder.h"
+#include "cli/command_error.h"
+#include "cli/database_copy.h"
+#include "cli/default_device.h"
+#include "cli/parse_run.h"
+#include "cli/progress_bar.h"
+#include "devices/folder_file_system.h"
+#include "services/device_names.h"
+#include "services/log_output.h"
+
+#include <unistd.h>
+
+namespace {
+
+CommandError folderError(const std::string &name, const FileError &error)
+{
+    if (error.kind == FileError::NotFound)
+        return {name, "no such folder"};
+    if (error.kind == FileError::WrongType)
+        return {name, "not a folder"};
+    return {name, error.text.toStdString()};
+}
+
+void requireIosLibrary(DeviceFileSystem &files, const std::string &name)
+{
+    DeviceKind kind = DeviceKind::None;
+    FileError error;
+    if (!findDeviceKind(files, &kind, &error))
+        throw CommandError(name, error.text.toStdString());
+    if (kind == DeviceKind::None)
+        throw CommandError(name, "no photo database in it (PhotoData/Photos.sqlite)");
+    if (kind == DeviceKind::Classic)
+        throw CommandError(name, "the photo database of a classic iPod can not be read yet");
+    if (files.isBlocked())
+        throw CommandError(name, "locked");
+}
+
+std::shared_ptr<DeviceFileSystem> openFolder(const std::string &name)
+{
+    FileError error;
+    std::shared_ptr<DeviceFileSystem> files =
+        FolderFileSystem::openFolder(QByteArray::fromStdString(name), &error);
+    if (!files)
+        throw folderError(name, error);
+    return files;
+}
+
+// What the plug-in logged of a parse and matters to a person.
+QList<QByteArray> withoutHarmless(const QList<QByteArray> &failures, const DatabaseCopy &copy)
+{
+    QList<QByteArray> result;
+    for (const QByteArray &line : failures) {
+        if (!copy.isHarmless(line))
+            result.append(line);
+    }
+    return result;
+}
+
+[[noreturn]] void failInterrupted(const DatabaseCopy &copy)
+{
+    const QString amounts =
+        QStringLiteral("%1 of %2").arg(byteCountText(copy.done()), byteCountText(copy.total()));
+    throw CommandError(CommandError::interrupted,
+                       "interrupted: " + amounts.toStdString() +
+                           " of the database copied; the partial copy is " +
+                           copy.localDatabase().toStdString());
+}
+
+// The first line that the plug-in logged is the cause of the others.
+[[noreturn]] void failToParse(const DatabaseCopy &copy, const QList<QByteArray> &failures)
+{
+    const QByteArray cause = failures.isEmpty() ? "no cause is known" : failures.first();
+    throw CommandError(copy.deviceDatabase().toStdString(),
+                       "not readable as a photo library (" + cause.toStdString() + ")");
+}
+
+} // namespace
+
+LibrarySession::LibrarySession(const CommonOptions &options,
+                               const std::optional<std::string> &device)
+    : m_options(options)
+{
+    chooseDevice(device);
+    m_files = openFolder(m_name);
+    requireIosLibrary(*m_files, m_name);
+    parse();
+}
+
+void LibrarySession::chooseDevice(const std::optional<std::string> &device)
+{
+    if (device) {
+        m_name = *device;
+        return;
+    }
+    const DefaultDevice sample = defaultDevice();
+    m_name = sample.folder.toStdString();
+    m_isSample = true;
+    m_isNewSample = sample.isNew;
+}
+
+QByteArray LibrarySession::workFolderName() const
+{
+    if (!m_options.workFolder.empty())
+        return QByteArray::fromStdString(m_options.workFolder);
+    return defaultWorkFolder(QByteArray::fromStdString(m_name));
+}
+
+// All that can be found wrong without writing anything is looked at before the work folder
+// is touched.
+void LibrarySession::parse()
+{
+    const QByteArray workFolder = workFolderName();
+    DatabaseCopy copy(*m_files, workFolder + '/');
+    m_plugin = std::make_unique<Plugin>(m_options.plugin);
+    m_workFolder = std::make_unique<WorkFolder>(workFolder, QByteArray::fromStdString(m_name));
+    m_device = std::make_unique<Device>(m_files, DeviceKind::Ios, m_workFolder->localDataPath());
+    m_library = m_plugin->makeLibrary(m_device.get());
+    runParse(copy);
+    m_workFolder->unlock();
+}
+
+void LibrarySession::runParse(DatabaseCopy &copy)
+{
+    ParseResult result = ParseResult::Failed;
+    QList<QByteArray> failures;
+    {
+        const LogCapture log;
+        const TransferWatch watch(&copy);
+        ProgressBar bar(showsProgress(), copy.total());
+        result = parseLibrary(*m_library, *m_plugin, [&] { bar.show(copy.done()); });
+        failures = withoutHarmless(log.failures(), copy);
+    }
+    if (result == ParseResult::Interrupted) {
+        m_workFolder->keep();
+        failInterrupted(copy);
+    }
+    // A parse may well succeed on a copy that is not complete.
+    if (!copy.failure().isEmpty())
+        throw CommandError(CommandError::failed, copy.failure().toStdString());
+    if (result == ParseResult::Failed)
+        failToParse(copy, failures);
+    if (!m_options.verbose) { // which has shown them already
+        for (const QByteArray &line : failures)
+            logLine("PHOTOLIB", 2, line);
+    }
+}
+
+bool LibrarySession::showsProgress() const
+{
+    return !m_options.quiet && !m_options.verbose && ::isatty(STDERR_FILENO);
+}
+
+// The plug-in also takes a path for one of the host computer's own. What the database names
+// outside the device is none of its photos.
+bool LibrarySession::photo(quint64 id, photoItem *item)
+{
+    if (!m_library->getPhoto(id, item))
+        return false;
+    FileInfo info;
+    FileError error;
+    return deviceFileInfo(*m_files, item->path.toUtf8(), &info, &error) &&
+           info.type == FileInfo::File;
+}
+
+void LibrarySession::announce() const
+{
+    if (!m_isSample || m_options.quiet)
+        return;
+    const std::string note = m_isNewSample ? "no device named; made a sample device in "
+                                           : "no device named; showing the sample device in ";
+    writeErrorLine(QByteArray::fromStdString("photolib: " + note + m_name));
+}

@@ -1,0 +1,64 @@
+#ifndef PHOTOLIB_CLI_LIBRARY_SESSION_H
+#define PHOTOLIB_CLI_LIBRARY_SESSION_H
+
+#include "boundary/photo_manager_int.h"
+#include "boundary/photo_records.h"
+#include "cli/common_options.h"
+#include "cli/plugin.h"
+#include "cli/work_folder.h"
+#include "devices/device.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+class DatabaseCopy;
+
+/// The parsed photo library of one device, from opening the device to dropping it. For one
+/// thread.
+class LibrarySession
+{
+public:
+    /// Opens the device in the folder `device`, the sample device when it names none, and
+    /// parses its library with progress on stderr. Throws CommandError when that fails or
+    /// is interrupted; nothing is left behind then but the partial copy of an interrupted
+    /// parse. Neither is there after a success, unless `keepCopies` is called.
+    LibrarySession(const CommonOptions &options, const std::optional<std::string> &device);
+
+    photo_manager_int &library() { return *m_library; }
+
+    /// Fills `*item` for the photo or video `id`. False when its file is not on the device;
+    /// the identity, name, dimensions, kind and path are filled all the same.
+    bool photo(quint64 id, photoItem *item);
+
+    /// The device's folder as the user named it.
+    const std::string &deviceName() const { return m_name; }
+
+    /// Says on stderr that a sample is shown, if one is and nobody asked for quiet. To be
+    /// called once, when the result is about to be written: a failure stays one line.
+    void announce() const;
+
+    /// Leaves the copies of the database in the work folder.
+    void keepCopies() { m_workFolder->keep(); }
+
+private:
+    void chooseDevice(const std::optional<std::string> &device);
+    QByteArray workFolderName() const;
+    void parse();
+    void runParse(DatabaseCopy &copy);
+    bool showsProgress() const;
+
+    const CommonOptions m_options;
+    std::string m_name;
+    bool m_isSample = false;
+    bool m_isNewSample = false;
+
+    // In the order in which they depend on each other.
+    std::shared_ptr<DeviceFileSystem> m_files;
+    std::unique_ptr<Plugin> m_plugin;
+    std::unique_ptr<WorkFolder> m_workFolder;
+    std::unique_ptr<Device> m_device;
+    std::unique_ptr<photo_manager_int> m_library;
+};
+
+#endif // PHOTOLIB_CLI_LIBRARY_SESSION_H

@@ -1,0 +1,31 @@
+#ifndef PHOTOLIB_CLI_PHOTO_TEXT_H
+#define PHOTOLIB_CLI_PHOTO_TEXT_H
+
+#include <QDateTime>
+#include <QString>
+
+class photoItem;
+
+/// The plug-in's code for a video in `photoItem::type`.
+constexpr int videoType = 2;
+
+/// A name or path from the plug-in as the person who gave it wrote it, safe to show: the
+/// plug-in reads names as Latin-1 though devices write UTF-8.
+QString nameText(const QString &name);
+
+/// "photo" or "video".
+QString kindText(const photoItem &item);
+
+/// "4032 x 3024"; empty when the device does not know.
+QString dimensionsText(const photoItem &item);
+
+/// "2020-01-31T10:20:30Z"; empty for an invalid date.
+QString isoText(const QDateTime &date);
+
+/// "2020-01-31 10:20:30", UTC; empty for an invalid date.
+QString dateText(const QDateTime &date);
+
+/// Whether the item belongs to a burst, whose group `avalancheUUID` names.
+bool isInBurst(const photoItem &item);
+
+#endif // PHOTOLIB_CLI_PHOTO_TEXT_H

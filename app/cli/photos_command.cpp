@@ -1,0 +1,45 @@
+#include "cli/library_command.h"
+#include "cli/library_session.h"
+#include "cli/output.h"
+#include "cli/photo_text.h"
+#include "cli/progress_bar.h"
+#include "cli/text_table.h"
+
+#include <CLI/CLI.hpp>
+
+namespace {
+
+QStringList row(LibrarySession &session, quint64 id)
+{
+    photoItem item;
+    const bool isThere = session.photo(id, &item);
+    const QString size = isThere ? byteCountText(qint64(item.fileSize)) : QStringLiteral("missing");
+    // Only the modification date is read from the device.
+    return {QString::number(id),  nameText(item.name),       kindText(item),     size,
+            dimensionsText(item), dateText(item.modifyDate), nameText(item.path)};
+}
+
+void writePhotos(LibrarySession &session, Output &output)
+{
+    TextTable table({QStringLiteral("ID"), QStringLiteral("NAME"), QStringLiteral("KIND"),
+                     QStringLiteral("SIZE"), QStringLiteral("DIMENSIONS"),
+                     QStringLiteral("MODIFIED (UTC)"), QStringLiteral("PATH")});
+    constexpr int idColumn = 0;
+    constexpr int sizeColumn = 3;
+    table.alignRight(idColumn);
+    table.alignRight(sizeColumn);
+    for (const quint64 id : session.library().photoIDs())
+        table.addRow(row(session, id));
+    table.write(output);
+}
+
+} // namespace
+
+void addPhotosCommand(CLI::App &app, CommandContext &context)
+{
+    CLI::App *const command = app.add_subcommand("photos", "List the photos and videos");
+    const auto device = addDeviceArgument(*command);
+    command->callback([&context, device] {
+        context.run = [&context, device] { return runOnLibrary(context, *device, writePhotos); };
+    });
+}

@@ -1,0 +1,90 @@
+#include "cli/command_error.h"
+#include "cli/library_command.h"
+#include "cli/library_session.h"
+#include "cli/output.h"
+#include "cli/photo_text.h"
+#include "cli/progress_bar.h"
+
+#include <QVector>
+
+#include <CLI/CLI.hpp>
+
+namespace {
+
+using Lines = QVector<QPair<QString, QString>>;
+
+Lines knownWithoutFile(const photoItem &item)
+{
+    return {
+        {QStringLiteral("ID"), QString::number(item.id)},
+        {QStringLiteral("Name"), nameText(item.name)},
+        {QStringLiteral("Kind"), kindText(item)},
+        {QStringLiteral("UUID"), QString::fromLatin1(item.uuid.toHex())},
+        {QStringLiteral("Path"), nameText(item.path)},
+        {QStringLiteral("Dimensions"), dimensionsText(item)},
+        {QStringLiteral("Orientation"), QString::number(item.orientation)},
+    };
+}
+
+Lines knownWithFile(const photoItem &item)
+{
+    const QString bytes = QStringLiteral("%1 (%2 bytes)")
+                              .arg(byteCountText(qint64(item.fileSize)))
+                              .arg(item.fileSize);
+    return {
+        {QStringLiteral("Size"), bytes},
+        {QStringLiteral("Modified"), isoText(item.modifyDate)},
+    };
+}
+
+Lines knownOfSome(const photoItem &item)
+{
+    Lines lines;
+    if (item.type == videoType) {
+        lines.append({QStringLiteral("Duration"), QStringLiteral("%1 s").arg(item.duration)});
+        lines.append({QStringLiteral("Still"), nameText(item.thumbPath)});
+    }
+    if (isInBurst(item))
+        lines.append({QStringLiteral("Burst"), nameText(item.avalancheUUID)});
+    if (item.trashedDate != 0)
+        lines.append({QStringLiteral("Trash"), QStringLiteral("yes")});
+    return lines;
+}
+
+Lines linesFor(const photoItem &item, bool isThere)
+{
+    if (isThere)
+        return knownWithoutFile(item) + knownWithFile(item) + knownOfSome(item);
+    return knownWithoutFile(item) +
+           Lines{{QStringLiteral("File"), QStringLiteral("missing on the device")}};
+}
+
+void writePhoto(LibrarySession &session, quint64 id, Output &output)
+{
+    if (!session.library().photoIDs().contains(id))
+        throw CommandError(std::to_string(id), "no photo with this id in " + session.deviceName());
+    photoItem item;
+    const bool isThere = session.photo(id, &item);
+    for (const auto &line : linesFor(item, isThere))
+        output.writeLine(
+            QStringLiteral("%1 %2").arg(line.first + QLatin1Char(':'), -12).arg(line.second));
+}
+
+} // namespace
+
+void addShowCommand(CLI::App &app, CommandContext &context)
+{
+    CLI::App *const command = app.add_subcommand("show", "Show one photo or video");
+    const auto id = std::make_shared<quint64>(0);
+    command->add_option("ID", *id, "The id that the command photos lists")
+        ->required()
+        ->type_name("");
+    const auto device = addDeviceArgument(*command);
+    command->callback([&context, id, device] {
+        context.run = [&context, id, device] {
+            return runOnLibrary(context, *device, [id](LibrarySession &session, Output &output) {
+                writePhoto(session, *id, output);
+            });
+        };
+    });
+}

@@ -1,0 +1,41 @@
+#ifndef PHOTOLIB_CLI_WORK_FOLDER_H
+#define PHOTOLIB_CLI_WORK_FOLDER_H
+
+#include "cli/folder_tools.h"
+
+#include <QString>
+
+/// The folder that the plug-in copies a device's database to, for one parse.
+///
+/// What earlier parses left is removed first: a journal that the device no longer has
+/// would be applied to its new database. The folder is locked until `unlock`, so that two
+/// programs do not copy over each other. Unless it is kept, the copies and what the object
+/// had to create are removed at its end.
+class WorkFolder
+{
+public:
+    /// Prepares the folder `path`, created with its parents if need be. Throws CommandError
+    /// when that fails, when `path` is not UTF-8, which the plug-in needs, and when it lies
+    /// in `deviceFolder`, whose own database would be overwritten.
+    WorkFolder(const QByteArray &path, const QByteArray &deviceFolder);
+    ~WorkFolder();
+
+    WorkFolder(const WorkFolder &) = delete;
+    WorkFolder &operator=(const WorkFolder &) = delete;
+
+    /// The folder with a closing "/".
+    QString localDataPath() const { return QString::fromUtf8(m_path) + QLatin1Char('/'); }
+
+    /// Lets other programs have the folder: the parse is over.
+    void unlock() { m_lock = UniqueFd(); }
+
+    void keep();
+
+private:
+    const QByteArray m_path;
+    EnsuredFolder m_folder;
+    UniqueFd m_lock;
+    bool m_isKept = false;
+};
+
+#endif // PHOTOLIB_CLI_WORK_FOLDER_H
