@@ -116,11 +116,6 @@ Canvas::Canvas(int width, int height)
 {
 }
 
-void Canvas::mix(QRgb *pixel, QRgb color, int opacity)
-{
-    *pixel = blend(*pixel, color, opacity);
-}
-
 void Canvas::gradient(int top, int bottom, QRgb upper, QRgb lower)
 {
     const int first = std::max(toPixels(top), 0);
@@ -131,18 +126,33 @@ void Canvas::gradient(int top, int bottom, QRgb upper, QRgb lower)
     }
 }
 
+/// The pixels of the canvas around a centre.
+struct Canvas::Box {
+    int left;
+    int right;
+    int top;
+    int bottom;
+};
+
+Canvas::Box Canvas::boxAround(int x, int y, int radius) const
+{
+    return {std::max(x - radius, 0), std::min(x + radius, m_width), std::max(y - radius, 0),
+            std::min(y + radius, m_height)};
+}
+
 void Canvas::disc(int x, int y, int radius, QRgb color, int opacity)
 {
     const int centerX = toPixels(x);
     const int centerY = toPixels(y);
     const int r = toPixels(radius);
-    for (int py = std::max(centerY - r, 0); py < std::min(centerY + r, m_height); ++py)
-        for (int px = std::max(centerX - r, 0); px < std::min(centerX + r, m_width); ++px) {
-            const int dx = px - centerX;
-            const int dy = py - centerY;
-            if (dx * dx + dy * dy < r * r)
-                mix(row(py) + px, color, opacity);
-        }
+    const Box box = boxAround(centerX, centerY, r);
+    for (int py = box.top; py < box.bottom; ++py) {
+        QRgb *pixels = row(py);
+        const int room = r * r - (py - centerY) * (py - centerY);
+        for (int px = box.left; px < box.right; ++px)
+            if ((px - centerX) * (px - centerX) < room)
+                pixels[px] = blend(pixels[px], color, opacity);
+    }
 }
 
 void Canvas::glow(int x, int y, int radius, QRgb color, int opacity)
@@ -150,14 +160,17 @@ void Canvas::glow(int x, int y, int radius, QRgb color, int opacity)
     const int centerX = toPixels(x);
     const int centerY = toPixels(y);
     const int r = std::max(toPixels(radius), 1);
-    for (int py = std::max(centerY - r, 0); py < std::min(centerY + r, m_height); ++py)
-        for (int px = std::max(centerX - r, 0); px < std::min(centerX + r, m_width); ++px) {
-            const qint64 dx = px - centerX;
-            const qint64 dy = py - centerY;
-            const int rest = static_cast<int>(1000 - (dx * dx + dy * dy) * 1000 / (r * r));
+    const Box box = boxAround(centerX, centerY, r);
+    for (int py = box.top; py < box.bottom; ++py) {
+        QRgb *pixels = row(py);
+        const int room = r * r - (py - centerY) * (py - centerY);
+        for (int px = box.left; px < box.right; ++px) {
+            // Thousandths of the square of the radius; divided first so as not to overflow.
+            const int rest = (room - (px - centerX) * (px - centerX)) / (r * r / 1000 + 1);
             if (rest > 0)
-                mix(row(py) + px, color, opacity * rest / 1000 * rest / 1000);
+                pixels[px] = blend(pixels[px], color, opacity * rest / 1000 * rest / 1000);
         }
+    }
 }
 
 void Canvas::rectangle(int x, int y, int width, int height, QRgb color, int opacity)
@@ -165,9 +178,11 @@ void Canvas::rectangle(int x, int y, int width, int height, QRgb color, int opac
     const int left = std::max(toPixels(x), 0);
     const int right = std::min(toPixels(x + width), m_width);
     const int bottom = std::min(toPixels(y + height), m_height);
-    for (int py = std::max(toPixels(y), 0); py < bottom; ++py)
+    for (int py = std::max(toPixels(y), 0); py < bottom; ++py) {
+        QRgb *pixels = row(py);
         for (int px = left; px < right; ++px)
-            mix(row(py) + px, color, opacity);
+            pixels[px] = blend(pixels[px], color, opacity);
+    }
 }
 
 void Canvas::triangle(int tipX, int tipY, int baseX, int baseWidth, int baseY, QRgb color)
@@ -183,8 +198,9 @@ void Canvas::triangle(int tipX, int tipY, int baseX, int baseWidth, int baseY, Q
         const int away = std::abs(y - tipRow);
         const int from = std::max(tip + (left - tip) * away / height, 0);
         const int to = std::min(tip + (right - tip) * away / height, m_width);
+        QRgb *pixels = row(y);
         for (int x = from; x < to; ++x)
-            row(y)[x] = color;
+            pixels[x] = color;
     }
 }
 
@@ -196,10 +212,16 @@ void Canvas::hills(const Outline &outline, int y, int swing, QRgb upper, QRgb lo
         tops[x] = toPixels(y + swing * outline.at(x * 1000 / m_height) / 1000);
     for (int py = highest; py < m_height; ++py) {
         const QRgb color = blend(upper, lower, (py - highest) * 1000 / (m_height - highest));
+        QRgb *pixels = row(py);
         for (int x = 0; x < m_width; ++x)
             if (py >= tops.at(x))
-                row(py)[x] = color;
+                pixels[x] = color;
     }
+}
+
+QRgb *Canvas::row(int y)
+{
+    return m_pixels.data() + qptrdiff{y} * m_width;
 }
 
 QImage Canvas::picture() const

@@ -59,8 +59,9 @@ public:
 
 private:
     int toPixels(int length) const { return length * m_height / 1000; }
-    QRgb *row(int y) { return m_pixels.data() + y * m_width; }
-    void mix(QRgb *pixel, QRgb color, int opacity);
+    QRgb *row(int y);
+    struct Box;
+    Box boxAround(int x, int y, int radius) const;
 
     int m_width; // of the enlarged picture
     int m_height;

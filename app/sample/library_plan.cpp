@@ -7,8 +7,10 @@ namespace sample {
 namespace {
 
 constexpr int outingSize = 20;
-constexpr int stepSeconds = 75; // from one asset of an outing to the next
-constexpr qint64 shortestSpacing = outingSize * stepSeconds;
+constexpr int fileNumbers = 10000; // IMG_0000 to IMG_9999
+constexpr int stepSeconds = 75;    // from one asset of an outing to the next
+constexpr qint64 shortestSpacing = qint64{outingSize} * stepSeconds;
+constexpr qint64 daySeconds = 86400;
 
 /// What the twenty assets of an outing are.
 enum Slot {
@@ -162,20 +164,26 @@ void giveKind(AssetPlan &plan, int outing)
     }
 }
 
+/// A folder that takes ten thousand files, as many as there are file names.
+QString sharedFolder(const char *pattern, const AssetPlan &plan)
+{
+    return QString::fromLatin1(pattern).arg(100 + plan.index / fileNumbers);
+}
+
 QString directoryOf(const AssetPlan &plan)
 {
     switch (plan.savedType) {
     case syncedType:
-        return QStringLiteral("PhotoData/Sync/100SYNCD");
+        return sharedFolder("PhotoData/Sync/%1SYNCD", plan);
     case SharedType:
-        return QStringLiteral("PhotoData/PhotoCloudSharingData/100CLOUD");
+        return sharedFolder("PhotoData/PhotoCloudSharingData/%1CLOUD", plan);
     case CloudType:
-        return QStringLiteral("PhotoData/CPLAssets/group%1").arg(plan.index % 256);
+        return sharedFolder("PhotoData/CPLAssets/group%1", plan);
     case StreamType:
-        return QStringLiteral("PhotoData/PhotoStreamsData/100APPLE");
+        return sharedFolder("PhotoData/PhotoStreamsData/%1APPLE", plan);
     default:
-        // A folder takes a thousand files; the first one was begun late, so that small
-        // samples have two.
+        // The camera's folders take a thousand files; the first one was begun late, so that
+        // small samples have two.
         return QStringLiteral("DCIM/%1APPLE").arg(100 + (plan.index + 960) / 1000);
     }
 }
@@ -202,7 +210,7 @@ LibraryPlan::LibraryPlan(const SampleOptions &options) : m_options(options)
 {
     // Three years, as long as outings keep at least 25 minutes and at most a month apart.
     const qint64 outings = options.assets / outingSize + 1;
-    m_outingSpacing = qBound<qint64>(shortestSpacing, 3 * 365 * 86400LL / outings, 30 * 86400LL);
+    m_outingSpacing = qBound<qint64>(shortestSpacing, 1095 * daySeconds / outings, 30 * daySeconds);
 }
 
 qint64 LibraryPlan::outingStart(int outing) const
@@ -212,14 +220,15 @@ qint64 LibraryPlan::outingStart(int outing) const
     // Somewhat irregular, but never into the next outing.
     const qint64 slack = m_outingSpacing - shortestSpacing;
     Random random(m_options.seed, OutingPurpose, static_cast<quint64>(outing));
-    const qint64 days = random.below(static_cast<int>(slack / 86400) + 1) / 2;
+    const qint64 days = random.below(static_cast<int>(slack / daySeconds) + 1) / 2;
     const qint64 seconds = random.below(static_cast<int>(qMin<qint64>(slack, 36000)) / 2 + 1);
-    return (isLate() ? march2017 : june2013) + m_outingSpacing * outing + 86400 * days + seconds;
+    return (isLate() ? march2017 : june2013) + m_outingSpacing * outing + daySeconds * days +
+           seconds;
 }
 
 qint64 LibraryPlan::endDate() const
 {
-    return outingStart(m_options.assets / outingSize + 1) + 400 * 86400LL;
+    return outingStart(m_options.assets / outingSize + 1) + 400 * daySeconds;
 }
 
 AssetPlan LibraryPlan::asset(int index) const
@@ -248,7 +257,7 @@ void LibraryPlan::placeFile(AssetPlan &plan) const
     Random random(m_options.seed, SizePurpose, static_cast<quint64>(plan.index));
     plan.directory = directoryOf(plan);
     plan.fileName = QStringLiteral("IMG_%1.%2")
-                        .arg((plan.index + 1) % 10000, 4, 10, QLatin1Char('0'))
+                        .arg((plan.index + 1) % fileNumbers, 4, 10, QLatin1Char('0'))
                         .arg(QLatin1String(plan.isVideo() ? "MOV" : "JPG"));
     if (plan.isVideo())
         plan.durationTicks = filmTicks(plan.index, random);
@@ -266,16 +275,18 @@ void LibraryPlan::giveDates(AssetPlan &plan) const
     int slot = isBurst(plan.slot) ? int(BurstFirst) : plan.slot;
     slot = isImport(slot) ? int(ImportFirst) : slot;
     const qint64 start = outingStart(plan.index / outingSize);
-    const qint64 second = start + slot * stepSeconds;
-    const int millis = isImport(slot) ? 0 : random.below(300);
+    const qint64 second = start + qint64{slot} * stepSeconds;
     const int frame = isBurst(plan.slot) ? plan.slot - BurstFirst : 0;
+    int millis = isBurst(plan.slot) ? 125 + 250 * frame : random.below(1000);
+    millis = isImport(slot) ? 0 : millis; // imports keep whole seconds only
 
-    plan.created = withMillis(second, millis + 200 * frame);
+    plan.created = withMillis(second, millis);
     plan.modified = plan.created;
     if (plan.slot == EditedLater)
-        plan.modified = withMillis(second + random.between(86400, 200 * 86400), random.below(1000));
+        plan.modified =
+            withMillis(second + daySeconds * random.between(1, 200), random.below(1000));
     if (isLate() && plan.slot == ThrownAway)
-        plan.trashed = withMillis(second + random.between(86400, 30 * 86400), random.below(1000));
+        plan.trashed = withMillis(second + daySeconds * random.between(1, 30), random.below(1000));
     if (isBurst(plan.slot)) {
         const auto outing = static_cast<quint64>(plan.index / outingSize);
         plan.burst = Random(m_options.seed, BurstPurpose, outing).uuid();

@@ -142,7 +142,7 @@ void OutputFolder::makeFolder(const QString &path)
 
 QString OutputFolder::prepare(const QString &relative)
 {
-    const QString path = m_path + QLatin1Char('/') + relative;
+    QString path = m_path + QLatin1Char('/') + relative;
     const QString folder = QFileInfo(path).path();
     if (folder != m_lastFolder) {
         m_entries.insert(relative.section(QLatin1Char('/'), 0, 0));

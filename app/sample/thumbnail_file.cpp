@@ -37,9 +37,9 @@ QByteArray thumbnailRecord(const QImage &picture, const QByteArray &uuid,
     const int top = format.height - below - picture.height();
     for (int y = 0; y < picture.height(); ++y) {
         const QRgb *from = reinterpret_cast<const QRgb *>(picture.constScanLine(y));
-        char *to = record.data() + 2 * ((top + y) * format.rowPixels + left);
+        char *to = record.data() + qptrdiff{2} * ((top + y) * format.rowPixels + left);
         for (int x = 0; x < picture.width(); ++x)
-            qToLittleEndian(packed(from[x]), to + 2 * x);
+            qToLittleEndian(packed(from[x]), to + qptrdiff{2} * x);
     }
     record.replace(dataSize, uuidSize, uuid);
     char *trailer = record.data() + dataSize;

@@ -9,9 +9,9 @@ namespace {
 // Instructions of SQLite's virtual machine between two looks at the allowance.
 const int progressStep = 10000;
 
-// Reading a library takes about two instructions a byte of its file.
+// Reading a library takes about seven instructions a byte of its file.
 const qint64 instructionsPerByte = 32;
-const qint64 instructionsAlways = 100000000;
+const qint64 instructionsAlways = 20000000;
 
 // No text or blob of a photo database comes near it.
 const int longestValue = 64 * 1024 * 1024;

@@ -3,6 +3,7 @@
 #include "cameradb/camera_db_parse.h"
 #include "cameradb/cancel_flag.h"
 #include "support/fake_host.h"
+#include "support/row_name.h"
 
 #include <gtest/gtest.h>
 
@@ -119,12 +120,6 @@ TEST_P(DeviceCopyWithEmptyPath, ReturnsZeroAndLogsNothing)
     host.setDeviceFile(sourcePath, "bytes");
     EXPECT_EQ(copy(GetParam().source, GetParam().target), 0);
     EXPECT_EQ(host.trace(), Lines{"isAccessBlocked() -> false"});
-}
-
-template <class Row>
-std::string rowName(const testing::TestParamInfo<Row> &info)
-{
-    return info.param.name;
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <cstring>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
@@ -328,4 +329,30 @@ SqliteOwner openEmptyDatabase()
     SqliteOwner db = openFile(":memory:");
     sqlite3_db_config(db.get(), SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
     return db;
+}
+
+SqliteOwner openUnreadable()
+{
+    // Its bytes are looked at when the first statement is prepared.
+    const QByteArray garbage(4096, 'x');
+    SqliteOwner db = openEmptyDatabase();
+    void *copy = sqlite3_malloc(garbage.size());
+    std::memcpy(copy, garbage.constData(), static_cast<std::size_t>(garbage.size()));
+    sqlite3_deserialize(db.get(), "main", static_cast<unsigned char *>(copy), garbage.size(),
+                        garbage.size(), SQLITE_DESERIALIZE_FREEONCLOSE);
+    return db;
+}
+
+void failAt(sqlite3 *db, const std::string &table, int pk)
+{
+    const auto check = [](sqlite3_context *context, int, sqlite3_value **arguments) {
+        if (sqlite3_value_int(arguments[0]) == sqlite3_value_int(arguments[1]))
+            sqlite3_result_error(context, "broken row", -1);
+        else
+            sqlite3_result_int(context, 1);
+    };
+    sqlite3_create_function(db, "survives", 2, SQLITE_UTF8, nullptr, check, nullptr, nullptr);
+    runSql(db, "ALTER TABLE " + table + " RENAME TO stored");
+    runSql(db, "CREATE VIEW " + table + " AS SELECT * FROM stored WHERE survives(Z_PK, " +
+                   std::to_string(pk) + ")");
 }

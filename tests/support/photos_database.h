@@ -20,6 +20,7 @@ public:
     SqlValue() = default;
     SqlValue(std::nullptr_t) {}
     SqlValue(int value) : m_value(static_cast<qint64>(value)) {}
+    SqlValue(long value) : m_value(static_cast<qint64>(value)) {}
     SqlValue(qint64 value) : m_value(value) {}
     SqlValue(double value) : m_value(value) {}
     SqlValue(const char *text) : m_value(std::string(text)) {}
@@ -168,5 +169,12 @@ void runSql(sqlite3 *db, const std::string &sql);
 
 /// A connection to a database in memory with no table at all.
 SqliteOwner openEmptyDatabase();
+
+/// A connection whose statements do not prepare: its file is none of SQLite's.
+SqliteOwner openUnreadable();
+
+/// Makes a scan of `table` meet an error at the row of the key `pk`. The table becomes a
+/// view without the names of its optional columns.
+void failAt(sqlite3 *db, const std::string &table, int pk);
 
 #endif // PHOTOLIB_TESTS_SUPPORT_PHOTOS_DATABASE_H
