@@ -62,6 +62,25 @@ int print(const std::string &text)
     return 0;
 }
 
+// What is wrong with a command line without a command: CLI11 misses the command before it
+// looks at what stands in its place.
+std::string missingCommand(const std::vector<std::string> &unknown)
+{
+    if (unknown.empty())
+        return "a command is missing";
+    const bool isOption = unknown.front().compare(0, 1, "-") == 0;
+    return unknown.front() + (isOption ? ": no such option" : ": no such command");
+}
+
+std::string usageError(const CLI::App &app, const CLI::ParseError &error)
+{
+    const bool hasCommand = !app.get_subcommands().empty();
+    const bool isMissing =
+        !hasCommand && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    const std::string cause = isMissing ? missingCommand(app.remaining()) : error.what();
+    return cause + " (photolib --help shows the usage)";
+}
+
 // 0 and a set `context.run`, or the exit code of a program that has no more to do.
 int parse(CLI::App &app, int argc, char **argv)
 {
@@ -73,8 +92,7 @@ int parse(CLI::App &app, int argc, char **argv)
     } catch (const CLI::CallForVersion &version) {
         return print(std::string(version.what()) + '\n');
     } catch (const CLI::ParseError &error) {
-        throw CommandError(CommandError::wrongUsage,
-                           std::string(error.what()) + " (photolib --help shows the usage)");
+        throw CommandError(CommandError::wrongUsage, usageError(app, error));
     }
 }
 

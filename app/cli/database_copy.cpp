@@ -1,10 +1,10 @@
 #include "cli/database_copy.h"
 
 #include "cli/command_error.h"
+#include "devices/device.h"
 
 namespace {
 
-const char devicePath[] = "/PhotoData/Photos.sqlite";
 const char fileName[] = "Photos.sqlite";
 
 QByteArray described(const QByteArray &name, const FileError &error)
@@ -15,10 +15,10 @@ QByteArray described(const QByteArray &name, const FileError &error)
 } // namespace
 
 DatabaseCopy::DatabaseCopy(DeviceFileSystem &files, const QByteArray &workFolder)
-    : m_workFolder(workFolder), m_deviceDatabase(files.displayName(devicePath))
+    : m_workFolder(workFolder), m_deviceDatabase(files.displayName(databasePath))
 {
     for (const char *suffix : {"", "-wal", "-shm"})
-        look(files, QByteArray(devicePath) + suffix);
+        look(files, QByteArray(databasePath) + suffix);
 }
 
 void DatabaseCopy::look(DeviceFileSystem &files, const QByteArray &path)
@@ -30,7 +30,7 @@ void DatabaseCopy::look(DeviceFileSystem &files, const QByteArray &path)
     qint64 total = 0;
     if (size >= 0 && !__builtin_add_overflow(m_total, size, &total))
         m_total = total;
-    else if (error.kind == FileError::NotFound && path != devicePath)
+    else if (error.kind == FileError::NotFound && path != databasePath)
         m_missing.append(path);
     else
         throw CommandError(files.displayName(path).toStdString(), error.text.toStdString());

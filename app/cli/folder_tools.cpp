@@ -12,6 +12,8 @@ namespace {
 
 [[noreturn]] void fail(const QByteArray &path)
 {
+    if (errno == EEXIST)
+        throw CommandError(path.toStdString(), "not a folder");
     throw CommandError(path.toStdString(), std::generic_category().message(errno));
 }
 

@@ -28,7 +28,7 @@ void requireIosLibrary(DeviceFileSystem &files, const std::string &name)
     DeviceKind kind = DeviceKind::None;
     FileError error;
     if (!findDeviceKind(files, &kind, &error))
-        throw CommandError(name, error.text.toStdString());
+        throw CommandError(files.displayName(databasePath).toStdString(), error.text.toStdString());
     if (kind == DeviceKind::None)
         throw CommandError(name, "no photo database in it (PhotoData/Photos.sqlite)");
     if (kind == DeviceKind::Classic)
@@ -91,6 +91,8 @@ LibrarySession::LibrarySession(const CommonOptions &options,
 void LibrarySession::chooseDevice(const std::optional<std::string> &device)
 {
     if (device) {
+        if (device->empty())
+            throw CommandError("DEVICE", "the name is empty");
         m_name = *device;
         return;
     }

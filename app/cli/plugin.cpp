@@ -42,6 +42,8 @@ QFunctionPointer find(QLibrary &library, const char *symbol)
 Plugin::Plugin(const std::string &file)
 {
     const QString path = file.empty() ? findPlugin() : QFile::decodeName(file.c_str());
+    if (!QFile::exists(path))
+        throw CommandError(path.toStdString(), "no such file");
     // The loader looks a name without a folder up elsewhere; here it is a file's name.
     QLibrary library(QFileInfo(path).absoluteFilePath());
     // A host service that the program lacked would otherwise show in the midst of a parse.

@@ -59,15 +59,32 @@ Lines linesFor(const photoItem &item, bool isThere)
            Lines{{QStringLiteral("File"), QStringLiteral("missing on the device")}};
 }
 
-void writePhoto(LibrarySession &session, quint64 id, Output &output)
+// Throws CommandError unless `text`, a decimal number of any length, is one of `ids`.
+quint64 knownId(const std::string &text, const QList<quint64> &ids, const std::string &device)
 {
-    if (!session.library().photoIDs().contains(id))
-        throw CommandError(std::to_string(id), "no photo with this id in " + session.deviceName());
+    bool isKey = false;
+    const quint64 id = QByteArray::fromStdString(text).toULongLong(&isKey);
+    if (!isKey || !ids.contains(id))
+        throw CommandError(text, "no photo with this id in " + device);
+    return id;
+}
+
+void writePhoto(LibrarySession &session, const std::string &idText, Output &output)
+{
+    const quint64 id = knownId(idText, session.library().photoIDs(), session.deviceName());
     photoItem item;
     const bool isThere = session.photo(id, &item);
-    for (const auto &line : linesFor(item, isThere))
-        output.writeLine(
-            QStringLiteral("%1 %2").arg(line.first + QLatin1Char(':'), -12).arg(line.second));
+    for (const auto &line : linesFor(item, isThere)) {
+        const QString label = line.first + QLatin1Char(':');
+        output.writeLine(QStringLiteral("%1 %2").arg(label, -12).arg(line.second));
+    }
+}
+
+std::string checkNumber(const std::string &text)
+{
+    const bool isNumber =
+        !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    return isNumber ? std::string() : "not a number";
 }
 
 } // namespace
@@ -75,9 +92,10 @@ void writePhoto(LibrarySession &session, quint64 id, Output &output)
 void addShowCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command = app.add_subcommand("show", "Show one photo or video");
-    const auto id = std::make_shared<quint64>(0);
-    command->add_option("ID", *id, "The id that the command photos lists")
+    const auto id = std::make_shared<std::string>();
+    command->add_option("ID", *id, "Its id, as the command photos lists it")
         ->required()
+        ->check(checkNumber)
         ->type_name("");
     const auto device = addDeviceArgument(*command);
     command->callback([&context, id, device] {

@@ -16,7 +16,7 @@ bool findDeviceKind(DeviceFileSystem &files, DeviceKind *kind, FileError *error)
 {
     bool isIos = false;
     bool isClassic = false;
-    if (!look(files, "/PhotoData/Photos.sqlite", &isIos, error))
+    if (!look(files, databasePath, &isIos, error))
         return false;
     if (!isIos && !look(files, "/Photos/Photo Database", &isClassic, error))
         return false;

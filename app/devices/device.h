@@ -5,6 +5,9 @@
 #include "host/iipod.h"
 #include "services/device_registry.h"
 
+/// An iOS device's library database, with its journals "-wal" and "-shm" beside it.
+constexpr char databasePath[] = "/PhotoData/Photos.sqlite";
+
 /// What kind of photo library a device holds.
 enum class DeviceKind {
     None,    ///< neither of the two

@@ -106,14 +106,13 @@ std::unique_ptr<FolderFileSystem>
 FolderFileSystem::openFolder(const QByteArray &root, FileError *error, Confinement confinement)
 {
     UniqueFd fd(::open(root.constData(), O_PATH | O_CLOEXEC));
-    struct stat status = {};
-    if (!fd.isOpen() || ::fstat(fd.get(), &status) != 0) {
-        *error = FileError::fromErrno(errno);
-        return nullptr;
-    }
-    if (!S_ISDIR(status.st_mode)) {
-        *error = FileError::fromErrno(ENOTDIR);
-        error->kind = FileError::WrongType;
+    // Looking up even "." takes the permission to enter the folder.
+    const UniqueFd inside(fd.isOpen() ? ::openat(fd.get(), ".", O_PATH | O_CLOEXEC) : -1);
+    if (!inside.isOpen()) {
+        const int code = errno;
+        *error = FileError::fromErrno(code);
+        if (fd.isOpen() && code == ENOTDIR)
+            error->kind = FileError::WrongType;
         return nullptr;
     }
     return std::unique_ptr<FolderFileSystem>(
