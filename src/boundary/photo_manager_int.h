@@ -45,7 +45,7 @@ public:
 
     /// Fills `*item` for the photo or video `id`. Returns false for an unknown key, a
     /// null `item` (both leave `*item` alone), or a file that is gone, which leaves
-    /// the fields from `thumbPath` on as they were.
+    /// `thumbPath`, `fileSize` and the fields behind it as they were.
     virtual bool getPhoto(const quint64 &id, photoItem *item) = 0;
 
     /// Puts the thumbnail of `id`, an image file's bytes, into `data`. Returns 0 when
