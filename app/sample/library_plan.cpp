@@ -215,7 +215,7 @@ LibraryPlan::LibraryPlan(const SampleOptions &options) : m_options(options)
 
 qint64 LibraryPlan::outingStart(int outing) const
 {
-    const qint64 june2013 = 391780800 + 8 * 3600; // eight in the morning
+    const qint64 june2013 = 391737600 + 8 * 3600; // eight in the morning
     const qint64 march2017 = 510019200 + 8 * 3600;
     // Somewhat irregular, but never into the next outing.
     const qint64 slack = m_outingSpacing - shortestSpacing;
