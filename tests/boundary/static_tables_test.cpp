@@ -11,6 +11,8 @@ class StateAtLoad : public testing::Environment
 public:
     void SetUp() override
     {
+        if (seen) // again for each repetition
+            return;
         tableWasEmpty = photo_manager::m_mapAlbumKind2Type.isEmpty();
         uuidWasEmpty = photo_manager::m_photoLibUUID.isEmpty();
         cancelWasClear = !gbShouldQuit.load();

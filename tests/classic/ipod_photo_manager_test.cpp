@@ -265,7 +265,10 @@ TEST_F(ClassicParse, ReleasesTheOldDatabaseBeforeItAsksForANewOne)
         iPodPhotoManager again(&device);
         ASSERT_TRUE(again.parseLib());
         host.clearRecords();
-        host.onCall("getPhotoDBInt", 1, [&] { host.setPhotoDatabase(&second); });
+        host.onCall("getPhotoDBInt", 1, [&] {
+            EXPECT_EQ(again.m_pPhotoDB, nullptr);
+            host.setPhotoDatabase(&second);
+        });
 
         EXPECT_TRUE(again.parseLib());
         EXPECT_EQ(host.trace(), (Lines{"releaseITunesDBInt()", "getPhotoDBInt() -> db",
@@ -674,6 +677,16 @@ TEST_F(ClassicImage, OfNoBytesIsUnpackedFromNoBytes)
     EXPECT_EQ(thumbnail(), QByteArray("image"));
     EXPECT_EQ(host.unpackings().at(0).raw, QByteArray());
     EXPECT_EQ(unpackedOffset(), 10);
+}
+
+TEST_F(ClassicImage, OfNoBytesIsUnpackedAlsoWhenItsOffsetCannotBeReached)
+{
+    writeFile(QStringLiteral("/A/B.ithmb"), 100);
+    setVariants({variant(OneFile, -1, 0)});
+    parse();
+    EXPECT_EQ(thumbnail(), QByteArray("image"));
+    ASSERT_EQ(host.unpackings().size(), 1U);
+    EXPECT_EQ(host.unpackings()[0].raw, QByteArray());
 }
 
 TEST_F(ClassicImage, OfNegativeSizeIsTheSmallestAndGivesNothing)

@@ -151,10 +151,12 @@ TEST_F(ManagerState, AsksNothingOfTheHostWhenMadeAndDestroyed)
 
 TEST_F(ManagerState, FillsTheStaticTablesWithTheFirstManager)
 {
-    photo_manager::m_mapAlbumKind2Type.clear();
-    photo_manager::m_photoLibUUID.clear();
-    const photo_manager manager(&device);
-    expectStaticTables();
+    for (const QByteArray &before : {QByteArray(), QByteArray("stale")}) {
+        photo_manager::m_mapAlbumKind2Type.clear();
+        photo_manager::m_photoLibUUID = before;
+        const photo_manager manager(&device);
+        expectStaticTables();
+    }
 }
 
 TEST_F(ManagerState, KeepsTheStaticTablesWithASecondManager)

@@ -1,10 +1,14 @@
 #include "ios/parse_fixture.h"
 
+#include <QThread>
+
 #include <plist/plist.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -198,14 +202,45 @@ TEST_F(SyncListParse, KeepsTheEarlierNameForAListWithoutOne)
     }
 }
 
+TEST_F(SyncListParse, ReadsTheListAfterTheMerge)
+{
+    addPhotos({1});
+    parseWith(syncList("6A1F"));
+    const Lines trace = host.trace();
+    const std::string merged = "Log(\"PHOTOLIB\", 1, \"Add some photo not in album but as Camera "
+                               "roll: 1, uuid: photo-1\")";
+    const auto line = std::find(trace.begin(), trace.end(), merged);
+    ASSERT_NE(line, trace.end());
+    EXPECT_EQ(std::count(line, trace.end(), "vDevOpen(2, \"connected-device\") -> dev5"), 1);
+}
+
+// Hosts parse on threads of their own, whose stacks may be small.
+class SmallStack
+{
+public:
+    explicit SmallStack(const std::function<void()> &body) : m_thread(QThread::create(body))
+    {
+        m_thread->setStackSize(1024 * 1024);
+        m_thread->start();
+        m_thread->wait();
+    }
+
+private:
+    std::unique_ptr<QThread> m_thread;
+};
+
 TEST_F(SyncListParse, SurvivesAListThatNestsVeryDeep)
 {
     const int depth = 100000;
-    parseWith(propertyList(QByteArray("<array>").repeated(depth) +
-                           QByteArray("</array>").repeated(depth)));
+    QByteArray list;
+    const auto parseList = [&] { parseWith(list); };
+    list = propertyList(QByteArray("<array>").repeated(depth) +
+                        QByteArray("</array>").repeated(depth));
+    const SmallStack arrays(parseList);
     EXPECT_EQ(manager->m_libraryUUID, QByteArray("before"));
-    parseWith(propertyList(QByteArray("<dict><key>libraryUUID</key>").repeated(depth) +
-                           QByteArray("</dict>").repeated(depth)));
+    list = propertyList(QByteArray("<dict><key>libraryUUID</key>").repeated(depth) +
+                        QByteArray("</dict>").repeated(depth));
+    const SmallStack dictionaries(parseList);
     EXPECT_EQ(manager->m_libraryUUID, QByteArray("before"));
 }
 
