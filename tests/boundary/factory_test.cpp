@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -49,7 +49,10 @@ template <typename Manager>
 class Afterlife
 {
 public:
-    explicit Afterlife(const Manager *manager) { std::memcpy(m_bytes, manager, sizeof m_bytes); }
+    explicit Afterlife(const Manager *manager)
+    {
+        std::copy_n(reinterpret_cast<const unsigned char *>(manager), sizeof m_bytes, m_bytes);
+    }
     ~Afterlife() { operator->()->~Manager(); }
     Afterlife(const Afterlife &) = delete;
     Afterlife &operator=(const Afterlife &) = delete;

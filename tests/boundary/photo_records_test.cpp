@@ -152,8 +152,9 @@ TEST(PhotoRecord, HoldsItsSixteenFieldsInOrderAndNothingElse)
 TEST(PhotoRecord, CopiesEveryField)
 {
     const photoItem source = filledPhoto();
-    const photoItem copy(source);
+    photoItem copy(source);
     expectFilled(copy);
+    copy = photoItem();
     expectFilled(source);
 }
 
@@ -202,8 +203,9 @@ TEST(AlbumRecord, HoldsItsFiveFieldsInOrderAndNothingElse)
 TEST(AlbumRecord, CopiesEveryField)
 {
     const albumItem source = filledAlbum();
-    const albumItem copy(source);
+    albumItem copy(source);
     expectFilled(copy);
+    copy = albumItem();
     expectFilled(source);
 }
 

@@ -641,6 +641,7 @@ TEST_F(PhotoQueryThreads, ShareOneLibraryAndEachSizeIsLearntOnce)
         }
     };
     std::vector<std::thread> threads;
+    threads.reserve(Threads);
     for (int i = 0; i < Threads; ++i)
         threads.emplace_back(fetchAll);
     for (std::thread &thread : threads)
