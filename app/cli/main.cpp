@@ -25,8 +25,10 @@ void occupyStandardStreams()
 int main(int argc, char **argv)
 {
     occupyStandardStreams();
-    // A reader of the output that goes away is noticed when writing.
+    // A reader of the output that goes away and a file that gets too large are noticed when
+    // writing.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     // File names are UTF-8 between program and plug-in, whatever the locale is.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     return runProgram(argc, argv);

@@ -1,0 +1,133 @@
+#include "devices/unique_fd.h"
+#include "support/device_folder.h"
+#include "support/program_run.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr qint64 databaseSize = qint64(1) << 40; // takes no room, and longer than any test
+
+// A device whose database is copied for as long as nobody stops it.
+class InterruptedProgram : public testing::Test
+{
+protected:
+    InterruptedProgram()
+    {
+        m_setup.cacheFolder = QString::fromUtf8(m_scratch.path("cache"));
+        m_scratch.writeSparse("device/PhotoData/Photos.sqlite", databaseSize);
+    }
+
+    QList<QByteArray> arguments() const
+    {
+        return {"info", m_scratch.path("device"), "--work-dir", m_scratch.path("work")};
+    }
+
+    /// Waits until the copying has begun. False when the program ends before.
+    bool waitForCopy(Program &program) const
+    {
+        while (m_scratch.size("work/Photos.sqlite") <= 0) {
+            if (program.waitForFinished(10) || program.state() == QProcess::NotRunning)
+                return false;
+        }
+        return true;
+    }
+
+    /// What the program says of the copy that it left.
+    QByteArray report() const
+    {
+        return " of 1.0 TiB of the database copied; the partial copy is " +
+               m_scratch.path("work/Photos.sqlite") + '\n';
+    }
+
+    ScratchFolder m_scratch;
+    ProgramSetup m_setup;
+};
+
+TEST_F(InterruptedProgram, StopsCopyingAndReportsThePartialCopy)
+{
+    for (const int signal : {SIGINT, SIGTERM}) {
+        Program program(m_setup, arguments());
+        ASSERT_TRUE(waitForCopy(program));
+        ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
+        EXPECT_EQ(130, program.waitForExitCode());
+        const QByteArray errors = program.readAllStandardError();
+        EXPECT_TRUE(errors.startsWith("photolib: interrupted: ")) << errors.constData();
+        EXPECT_TRUE(errors.endsWith(report())) << errors.constData();
+        EXPECT_EQ(1, errors.count('\n'));
+        EXPECT_EQ(QByteArray(), program.readAllStandardOutput());
+        EXPECT_GT(m_scratch.size("work/Photos.sqlite"), 0);
+        EXPECT_LT(m_scratch.size("work/Photos.sqlite"), databaseSize);
+        EXPECT_FALSE(m_scratch.exists("work/Photos.sqlite-wal"));
+        ASSERT_EQ(0, ::unlink(m_scratch.path("work/Photos.sqlite").constData()));
+    }
+}
+
+// Both ends of a pseudo-terminal.
+class Terminal
+{
+public:
+    Terminal() : m_master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
+    {
+        if (m_master.isOpen() && ::grantpt(m_master.get()) == 0 && ::unlockpt(m_master.get()) == 0)
+            m_slave = UniqueFd(::open(::ptsname(m_master.get()), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    }
+
+    bool isOpen() const { return m_slave.isOpen(); }
+    int slave() const { return m_slave.get(); }
+
+    /// Everything shown so far, after waiting until it contains `text`, but not for ever.
+    QByteArray shownUntil(const QByteArray &text)
+    {
+        constexpr int longestWait = 60 * 1000; // milliseconds
+        pollfd descriptor = {m_master.get(), POLLIN, 0};
+        char buffer[4096];
+        while (!m_shown.contains(text) && ::poll(&descriptor, 1, longestWait) > 0) {
+            const ssize_t count = ::read(m_master.get(), buffer, sizeof(buffer));
+            if (count <= 0)
+                break;
+            m_shown.append(buffer, static_cast<int>(count));
+        }
+        return m_shown;
+    }
+
+private:
+    UniqueFd m_master;
+    UniqueFd m_slave;
+    QByteArray m_shown;
+};
+
+TEST_F(InterruptedProgram, ShowsTheBytesOfTheTotalOnATerminal)
+{
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    m_setup.errorFd = terminal.slave();
+    Program program(m_setup, arguments());
+    EXPECT_TRUE(terminal.shownUntil("iB of 1.0 TiB").contains("\rCopying the database ["));
+    ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
+    // The bar is off its line before the report is on it.
+    EXPECT_TRUE(terminal.shownUntil(".sqlite\r\n").contains("\r\x1b[Kphotolib: interrupted: "));
+    EXPECT_EQ(130, program.waitForExitCode());
+}
+
+TEST_F(InterruptedProgram, ShowsNoProgressWhenQuiet)
+{
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    m_setup.errorFd = terminal.slave();
+    Program program(m_setup, arguments() + QList<QByteArray>{"--quiet"});
+    ASSERT_TRUE(waitForCopy(program));
+    ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
+    EXPECT_TRUE(terminal.shownUntil("\n").startsWith("photolib: interrupted: "));
+    EXPECT_EQ(130, program.waitForExitCode());
+}
+
+} // namespace

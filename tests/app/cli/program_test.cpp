@@ -1,0 +1,604 @@
+#include "support/device_folder.h"
+#include "support/library_expectation.h"
+#include "support/program_run.h"
+
+#include "sample/sample_writer.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <QFileInfo>
+
+#include <sys/stat.h>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const char twoPhotosPath[] = "device/DCIM/100APPLE/IMG_0001.JPG";
+
+// A photo with its file and one without.
+PhotosDatabase twoPhotos()
+{
+    PhotosDatabase database;
+    database.rows.assets = {photoRow(1), photoRow(2, 60)};
+    database.rows.assets[1].fileName = "IMG_0002.JPG";
+    return database;
+}
+
+// Runs of the program with a cache folder of their own.
+class ProgramTest : public testing::Test
+{
+protected:
+    ProgramTest() { m_setup.cacheFolder = QString::fromUtf8(m_scratch.path("cache")); }
+
+    ProgramResult run(const QList<QByteArray> &arguments) { return runProgram(m_setup, arguments); }
+
+    /// Runs the program and expects a failure that is told in the one line `line`, prints
+    /// nothing and leaves nothing behind.
+    void expectFailure(const QList<QByteArray> &arguments, const QByteArray &line, int code = 1)
+    {
+        const QList<QByteArray> before = m_scratch.everythingIn();
+        const ProgramResult result = run(arguments);
+        EXPECT_EQ(code, result.exitCode);
+        EXPECT_EQ("photolib: " + line + '\n', result.errors);
+        EXPECT_EQ(QByteArray(), result.output);
+        EXPECT_EQ(before, m_scratch.everythingIn());
+    }
+
+    void writeTwoPhotos()
+    {
+        writeDatabase(m_scratch, "device", twoPhotos());
+        m_scratch.write(twoPhotosPath, "picture");
+    }
+
+    QByteArray device() const { return m_scratch.path("device"); }
+
+    ScratchFolder m_scratch;
+    ProgramSetup m_setup;
+};
+
+using ProgramOnBadInput = ProgramTest;
+using ProgramUsage = ProgramTest;
+using ProgramDump = ProgramTest;
+using ProgramOutput = ProgramTest;
+using ProgramOnASample = ProgramTest;
+
+TEST_F(ProgramOnBadInput, NamesAFolderThatIsNotThere)
+{
+    for (const char *command : {"info", "photos", "dump"})
+        expectFailure({command, m_scratch.path("none")},
+                      m_scratch.path("none") + ": no such folder");
+}
+
+TEST_F(ProgramOnBadInput, NamesAFileThatIsNoFolder)
+{
+    m_scratch.write("file", "text");
+    expectFailure({"info", m_scratch.path("file")}, m_scratch.path("file") + ": not a folder");
+}
+
+TEST_F(ProgramOnBadInput, NamesAFolderWithoutADatabase)
+{
+    m_scratch.makeFolder("device");
+    expectFailure({"dump", device()},
+                  device() + ": no photo database in it (PhotoData/Photos.sqlite)");
+}
+
+TEST_F(ProgramOnBadInput, RefusesAnEmptyName)
+{
+    expectFailure({"info", ""}, "DEVICE: the name is empty");
+}
+
+TEST_F(ProgramOnBadInput, EscapesTheNameInTheLine)
+{
+    expectFailure({"info", "/no\n\x1b[2J"}, "/no\\x0a\\x1b[2J: no such folder");
+}
+
+TEST_F(ProgramOnBadInput, SaysThatAClassicIpodIsNotReadYet)
+{
+    m_scratch.write("device/Photos/Photo Database", "mhfd");
+    expectFailure({"info", device()},
+                  device() + ": the photo database of a classic iPod can not be read yet");
+}
+
+TEST_F(ProgramOnBadInput, NamesADatabaseThatIsNone)
+{
+    m_scratch.write("device/PhotoData/Photos.sqlite", QByteArray(100000, 'x'));
+    expectFailure({"dump", device()},
+                  device() + "/PhotoData/Photos.sqlite: not readable as a photo library"
+                             " (master sql error #26: file is not a database)");
+}
+
+TEST_F(ProgramOnBadInput, NamesAnEmptyDatabase)
+{
+    m_scratch.write("device/PhotoData/Photos.sqlite", "");
+    expectFailure({"photos", device()},
+                  device() + "/PhotoData/Photos.sqlite: not readable as a photo library"
+                             " (Can not parse camera album)");
+}
+
+TEST_F(ProgramOnBadInput, NamesWhatALibraryLacks)
+{
+    PhotosDatabase database;
+    database.schema.assets = false;
+    writeDatabase(m_scratch, "device", database);
+    expectFailure({"info", device()},
+                  device() + "/PhotoData/Photos.sqlite: not readable as a photo library"
+                             " (photo sql error #1: no such table: ZGENERICASSET)");
+}
+
+TEST_F(ProgramOnBadInput, NamesAPipeInPlaceOfTheDatabase)
+{
+    m_scratch.makeFolder("device/PhotoData");
+    m_scratch.makePipe("device/PhotoData/Photos.sqlite");
+    expectFailure({"info", device()}, device() + "/PhotoData/Photos.sqlite: not a regular file");
+}
+
+TEST_F(ProgramOnBadInput, NamesADatabaseThatIsALinkToAnotherPlace)
+{
+    writeDatabase(m_scratch, "elsewhere", twoPhotos());
+    m_scratch.makeFolder("device/PhotoData");
+    m_scratch.makeLink("device/PhotoData/Photos.sqlite",
+                       m_scratch.path("elsewhere/PhotoData/Photos.sqlite"));
+    expectFailure({"info", device()}, device() + "/PhotoData/Photos.sqlite: a link that leads out "
+                                                 "of the device");
+}
+
+TEST_F(ProgramOnBadInput, NamesAnUnreadableDatabase)
+{
+    if (!canRespectPermissions())
+        GTEST_SKIP() << "the superuser can read everything here";
+    m_setup.respectsPermissions = true;
+    writeTwoPhotos();
+    ASSERT_EQ(0, ::chmod((device() + "/PhotoData/Photos.sqlite").constData(), 0));
+    expectFailure({"info", device()}, device() + "/PhotoData/Photos.sqlite: Permission denied");
+}
+
+TEST_F(ProgramOnBadInput, NamesAnUnreadableWriteAheadLog)
+{
+    if (!canRespectPermissions())
+        GTEST_SKIP() << "the superuser can read everything here";
+    m_setup.respectsPermissions = true;
+    writeTwoPhotos();
+    m_scratch.write("device/PhotoData/Photos.sqlite-wal", "log");
+    ASSERT_EQ(0, ::chmod((device() + "/PhotoData/Photos.sqlite-wal").constData(), 0));
+    expectFailure({"info", device()}, device() + "/PhotoData/Photos.sqlite-wal: Permission denied");
+}
+
+TEST_F(ProgramOnBadInput, NamesAnUnreadableFolder)
+{
+    if (!canRespectPermissions())
+        GTEST_SKIP() << "the superuser can read everything here";
+    m_setup.respectsPermissions = true;
+    writeTwoPhotos();
+    ASSERT_EQ(0, ::chmod(device().constData(), 0));
+    const ProgramResult result = run({"info", device()});
+    ::chmod(device().constData(), 0700);
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: " + device() + ": Permission denied\n", result.errors);
+    EXPECT_EQ(QByteArray(), result.output);
+}
+
+TEST_F(ProgramOnBadInput, NamesAnUnknownId)
+{
+    writeTwoPhotos();
+    for (const char *id : {"3", "0", "18446744073709551615", "99999999999999999999999"})
+        expectFailure({"show", id, device()}, id + (": no photo with this id in " + device()));
+}
+
+TEST_F(ProgramOnBadInput, NamesAWorkFolderInTheDevice)
+{
+    writeTwoPhotos();
+    expectFailure({"info", device(), "--work-dir", device() + "/PhotoData"},
+                  device() + "/PhotoData: the work folder must not lie in the device");
+}
+
+TEST_F(ProgramOnBadInput, NamesAWorkFolderThatIsAFile)
+{
+    writeTwoPhotos();
+    m_scratch.write("file", "text");
+    expectFailure({"info", device(), "--work-dir", m_scratch.path("file")},
+                  m_scratch.path("file") + ": not a folder");
+}
+
+TEST_F(ProgramOnBadInput, TellsWhyTheCopyIsNotComplete)
+{
+    writeTwoPhotos();
+    m_setup.largestFile = 5000; // fewer bytes than the database has
+    const QByteArray work = m_scratch.path("work");
+    expectFailure({"info", device(), "--work-dir", work}, work + "/Photos.sqlite: File too large");
+}
+
+TEST_F(ProgramOnBadInput, NamesAPlugInThatIsNotThere)
+{
+    writeTwoPhotos();
+    expectFailure({"--plugin", "/none.so", "info", device()}, "/none.so: no such file");
+    m_setup.environment = {{"PHOTOLIB_PLUGIN", "/variable.so"}};
+    expectFailure({"info", device()}, "/variable.so: no such file");
+    expectFailure({"--plugin", "/option.so", "info", device()}, "/option.so: no such file");
+}
+
+TEST_F(ProgramOnBadInput, NamesAFileThatIsNotThePlugIn)
+{
+    writeTwoPhotos();
+    m_scratch.write("text.so", "text");
+    const ProgramResult result = run({"info", device(), "--plugin", m_scratch.path("text.so")});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_TRUE(result.errors.startsWith("photolib: " + m_scratch.path("text.so") +
+                                         ": not loadable as the plug-in ("));
+    EXPECT_EQ(1, result.errors.count('\n'));
+}
+
+TEST_F(ProgramUsage, ExitsWithTwoWhenItIsWrong)
+{
+    const QByteArray hint = " (photolib --help shows the usage)";
+    expectFailure({}, "a command is missing" + hint, 2);
+    expectFailure({"-v"}, "a command is missing" + hint, 2);
+    expectFailure({"nonsense"}, "nonsense: no such command" + hint, 2);
+    expectFailure({"--nonsense"}, "--nonsense: no such option" + hint, 2);
+    expectFailure({"show"}, "ID is required" + hint, 2);
+    expectFailure({"show", "1x"}, "ID: not a number" + hint, 2);
+    expectFailure({"show", "-1"}, "ID: not a number" + hint, 2);
+    expectFailure({"info", "a", "b"}, "The following argument was not expected: b" + hint, 2);
+    expectFailure({"-q", "-v", "info"}, "--verbose excludes --quiet" + hint, 2);
+}
+
+TEST_F(ProgramUsage, TakesANameThatIsAlsoACommandForADevice)
+{
+    expectFailure({"info", "dump"}, "dump: no such folder");
+}
+
+TEST_F(ProgramUsage, ShowsExamplesAsHelp)
+{
+    for (const QList<QByteArray> &arguments :
+         {QList<QByteArray>{"--help"}, QList<QByteArray>{"show", "--help"}}) {
+        const ProgramResult result = run(arguments);
+        EXPECT_EQ(0, result.exitCode);
+        EXPECT_TRUE(result.output.contains("photolib show 42 ~/phone-copy"));
+        EXPECT_EQ(QByteArray(), result.errors);
+    }
+}
+
+TEST_F(ProgramUsage, TellsItsVersion)
+{
+    const ProgramResult result = run({"--version"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_TRUE(result.output.startsWith("photolib "));
+}
+
+TEST_F(ProgramUsage, FindsThePlugInThatAnOptionNames)
+{
+    writeTwoPhotos();
+    m_scratch.makeLink("elsewhere.so", PHOTOLIB_PLUGIN_FILE);
+    EXPECT_EQ(0, run({"info", device(), "--plugin", m_scratch.path("elsewhere.so")}).exitCode);
+    m_setup.environment = {{"PHOTOLIB_PLUGIN", QString::fromUtf8(m_scratch.path("elsewhere.so"))}};
+    EXPECT_EQ(0, run({"info", device()}).exitCode);
+}
+
+TEST_F(ProgramUsage, MissesThePlugInWhereThereIsNone)
+{
+    writeTwoPhotos();
+    // A copy, for a link would lead to the folder of the built program.
+    ASSERT_TRUE(QFile::copy(PHOTOLIB_PROGRAM, QString::fromUtf8(m_scratch.path("photolib"))));
+    m_setup.program = QString::fromUtf8(m_scratch.path("photolib"));
+    const ProgramResult result = run({"info", device()});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_TRUE(result.errors.startsWith("photolib: libphotolib.so: not found beside"));
+    m_scratch.makeLink("libphotolib.so", PHOTOLIB_PLUGIN_FILE);
+    EXPECT_EQ(0, run({"info", device()}).exitCode);
+}
+
+TEST_F(ProgramDump, PrintsTheWholeLibrary)
+{
+    PhotosDatabase database;
+    database.rows.libraryUuids = {QByteArray("THE-LIBRARY")};
+    AssetRow photo = photoRow(1, 602158830); // 2020-01-31 10:20:30 UTC
+    photo.orientation = 6;
+    photo.trashedDate = 602158831;
+    photo.avalancheUuid = "BURST";
+    photo.sortToken = 0.5;
+    AssetRow video = videoRow(2, -1);
+    video.fileName = "IMG_0002.MOV";
+    AssetRow missing = photoRow(3, 0);
+    missing.fileName = "IMG_0003.JPG";
+    database.rows.assets = {photo, video, missing};
+    database.rows.attributes = {{2, 2, 12.5, 1000}};
+    database.rows.albums = {albumRow(7)};
+    writeDatabase(m_scratch, "device", database);
+    m_scratch.write("device/DCIM/100APPLE/IMG_0001.JPG", "picture");
+    m_scratch.write("device/DCIM/100APPLE/IMG_0002.MOV", "movie");
+
+    const ProgramResult result = run({"dump", device()});
+    ASSERT_EQ(0, result.exitCode) << result.errors.constData();
+    EXPECT_EQ(QByteArray(), result.errors);
+    const Json expected = Json::parse(R"({
+        "parsed": true,
+        "libraryUuid": "THE-LIBRARY",
+        "photoCount": 3,
+        "photoIds": [1, 2, 3],
+        "albumCount": 5,
+        "albumIds": [1000, 16777215, 16777214, 16777213, 7],
+        "photos": [
+            {"id": 1, "ok": true, "uuid": "", "name": "IMG_0001.JPG", "type": 3,
+             "path": "DCIM/100APPLE/IMG_0001.JPG", "thumbPath": "", "orientation": 6,
+             "height": 3024, "width": 4032, "duration": 0, "fileSize": 7,
+             "createDate": "2001-01-01T00:00:00Z", "modifyDate": "2020-01-31T10:20:30Z",
+             "trashedDate": 602158831, "avalancheUUID": "BURST", "sortToken": 0.5},
+            {"id": 2, "ok": true, "uuid": "", "name": "IMG_0002.MOV", "type": 2,
+             "path": "DCIM/100APPLE/IMG_0002.MOV",
+             "thumbPath": "PhotoData/Metadata/DCIM/100APPLE/IMG_0002.JPG", "orientation": 1,
+             "height": 3024, "width": 4032, "duration": 13, "fileSize": 1000,
+             "createDate": "2001-01-01T00:00:00Z", "modifyDate": "2000-12-31T23:59:59Z",
+             "trashedDate": 0, "avalancheUUID": "0", "sortToken": 0.0},
+            {"id": 3, "ok": false}
+        ]
+    })");
+    Json actual = Json::parse(result.output.toStdString());
+    for (int i = 0; i < 2; ++i) {
+        const std::string uuid = actual["photos"][i]["uuid"];
+        EXPECT_EQ(32U, uuid.size());
+        EXPECT_EQ(std::string::npos, uuid.find_first_not_of("0123456789abcdef"));
+        actual["photos"][i]["uuid"] = "";
+    }
+    // As texts, so that the order of the keys counts.
+    EXPECT_EQ(expected.dump(1), actual.dump(1));
+}
+
+TEST_F(ProgramDump, PrintsIdsAsExactNumbers)
+{
+    PhotosDatabase database;
+    database.rows.assets = {photoRow(-1), photoRow(2147483647, 60)};
+    writeDatabase(m_scratch, "device", database);
+    m_scratch.write(twoPhotosPath, "picture");
+    const ProgramResult result = run({"dump", device()});
+    EXPECT_TRUE(result.output.contains("\"photoIds\": [2147483647,18446744073709551615]"));
+    EXPECT_TRUE(result.output.contains("{\"id\":18446744073709551615,\"ok\":true,"));
+    EXPECT_EQ(0, run({"show", "18446744073709551615", device()}).exitCode);
+}
+
+TEST_F(ProgramDump, NeverLooksOutsideTheDevice)
+{
+    m_scratch.write("outside/secret.jpg", "secret");
+    m_scratch.write("device/DCIM/inside.jpg", "picture");
+    m_scratch.makeLink("device/link.jpg", m_scratch.path("outside/secret.jpg"));
+    m_scratch.makeLink("device/folder", "../outside");
+    PhotosDatabase database;
+    const QByteArray outside = m_scratch.path("outside");
+    const std::vector<std::pair<std::string, std::string>> places = {
+        {"../outside", "secret.jpg"}, {outside.toStdString(), "secret.jpg"}, {"", "link.jpg"},
+        {"folder", "secret.jpg"},     {"DCIM/../../outside", "secret.jpg"},  {"DCIM", "inside.jpg"},
+    };
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        AssetRow row = photoRow(int(i) + 1, int(i));
+        row.directory = places[i].first;
+        row.fileName = places[i].second;
+        database.rows.assets.push_back(row);
+    }
+    writeDatabase(m_scratch, "device", database);
+    const Json json = Json::parse(run({"dump", device()}).output.toStdString());
+    for (std::size_t i = 0; i + 1 < places.size(); ++i)
+        EXPECT_FALSE(json["photos"][i]["ok"].get<bool>()) << places[i].first;
+    EXPECT_TRUE(json["photos"][places.size() - 1]["ok"].get<bool>());
+}
+
+TEST_F(ProgramDump, FindsNamesBeyondAscii)
+{
+    PhotosDatabase database;
+    database.rows.assets = {photoRow(1)};
+    database.rows.assets[0].fileName = "grün 日本.jpg";
+    writeDatabase(m_scratch, "device", database);
+    m_scratch.write("device/DCIM/100APPLE/grün 日本.jpg", "picture");
+    // Whatever the locale makes of names.
+    for (const char *locale : {"C", "C.UTF-8"}) {
+        m_setup.environment = {{"LC_ALL", locale}};
+        const Json json = Json::parse(run({"dump", device()}).output.toStdString());
+        EXPECT_TRUE(json["photos"][0]["ok"].get<bool>());
+        EXPECT_TRUE(run({"photos", device()}).output.contains("DCIM/100APPLE/grün 日本.jpg"));
+    }
+}
+
+TEST_F(ProgramDump, WorksForADeviceWithANameInAnyEncoding)
+{
+    writeTwoPhotos();
+    ASSERT_EQ(0, ::rename(device().constData(), m_scratch.path("g\xc3\xbcr\n").constData()));
+    const ProgramResult result = run({"dump", m_scratch.path("g\xc3\xbcr\n")});
+    EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+}
+
+TEST_F(ProgramDump, AppliesNoJournalOfAnEarlierDevice)
+{
+    PhotosDatabase first = twoPhotos();
+    PhotosRows later;
+    later.assets = {photoRow(3, 120)};
+    const PhotosFiles files = first.filesWithWal(later);
+    m_scratch.write("first/PhotoData/Photos.sqlite", files.database);
+    m_scratch.write("first/PhotoData/Photos.sqlite-wal", files.wal);
+    writeTwoPhotos();
+    const QByteArray work = m_scratch.path("work");
+    const auto count = [&](const QByteArray &device) {
+        const ProgramResult result = run({"dump", device, "--work-dir", work});
+        return Json::parse(result.output.toStdString())["photoCount"].get<int>();
+    };
+    EXPECT_EQ(3, count(m_scratch.path("first")));
+    EXPECT_EQ(2, count(device()));
+}
+
+TEST_F(ProgramDump, CopiesTheDatabaseToTheWorkFolder)
+{
+    writeTwoPhotos();
+    EXPECT_EQ(0, run({"dump", device(), "--work-dir", m_scratch.path("work/new/")}).exitCode);
+    EXPECT_EQ(m_scratch.read("device/PhotoData/Photos.sqlite"),
+              m_scratch.read("work/new/Photos.sqlite"));
+    EXPECT_FALSE(m_scratch.exists("cache"));
+}
+
+TEST_F(ProgramDump, UsesAWorkFolderForEachDeviceInTheCacheFolder)
+{
+    writeTwoPhotos();
+    writeDatabase(m_scratch, "other", twoPhotos());
+    m_scratch.makeLink("alias", "device");
+    for (const char *name : {"device", "other", "alias"})
+        EXPECT_EQ(0, run({"info", m_scratch.path(name)}).exitCode);
+    int databases = 0;
+    for (const QByteArray &name : m_scratch.everythingIn("cache/photolib/work"))
+        databases += name.endsWith("/Photos.sqlite");
+    EXPECT_EQ(2, databases);
+}
+
+TEST_F(ProgramDump, LeavesTheDeviceAsItIs)
+{
+    writeTwoPhotos();
+    const QByteArray database = m_scratch.read("device/PhotoData/Photos.sqlite");
+    const QList<QByteArray> before = m_scratch.everythingIn("device");
+    EXPECT_EQ(0, run({"dump", device()}).exitCode);
+    EXPECT_EQ(before, m_scratch.everythingIn("device"));
+    EXPECT_EQ(database, m_scratch.read("device/PhotoData/Photos.sqlite"));
+}
+
+TEST_F(ProgramOutput, ListsPhotosInATable)
+{
+    writeTwoPhotos();
+    const ProgramResult result = run({"photos", device()});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ("ID  NAME          KIND      SIZE  DIMENSIONS   MODIFIED (UTC)       PATH\n"
+              " 1  IMG_0001.JPG  photo  7 bytes  4032 x 3024  2001-01-01 00:00:00  "
+              "DCIM/100APPLE/IMG_0001.JPG\n"
+              " 2  IMG_0002.JPG  photo  missing  4032 x 3024                       "
+              "DCIM/100APPLE/IMG_0002.JPG\n",
+              result.output);
+}
+
+TEST_F(ProgramOutput, ShowsOnePhoto)
+{
+    writeTwoPhotos();
+    const ProgramResult there = run({"show", "1", device()});
+    EXPECT_EQ(0, there.exitCode);
+    EXPECT_TRUE(there.output.contains("Path:        DCIM/100APPLE/IMG_0001.JPG\n"));
+    EXPECT_TRUE(there.output.contains("Size:        7 bytes (7 bytes)\n"));
+    const ProgramResult missing = run({"show", "2", device()});
+    EXPECT_EQ(0, missing.exitCode);
+    EXPECT_TRUE(missing.output.contains("File:        missing on the device\n"));
+}
+
+TEST_F(ProgramOutput, SumsTheLibraryUp)
+{
+    writeTwoPhotos();
+    const ProgramResult result = run({"info", device()});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_TRUE(result.output.contains("Photos:       2\n"));
+    EXPECT_TRUE(result.output.contains("Videos:       0\n"));
+    EXPECT_TRUE(result.output.contains("Missing:      1 without a file on the device\n"));
+    EXPECT_TRUE(result.output.contains("Albums:       4\n"));
+    EXPECT_EQ(QByteArray(), result.errors);
+}
+
+TEST_F(ProgramOutput, ShowsNoControlCharacterOfAName)
+{
+    PhotosDatabase database = twoPhotos();
+    database.rows.assets[0].fileName = "a\x1b[2J\n.jpg";
+    writeDatabase(m_scratch, "device", database);
+    m_scratch.write("device/DCIM/100APPLE/a\x1b[2J\n.jpg", "picture");
+    for (const QList<QByteArray> &arguments :
+         {QList<QByteArray>{"photos", device()}, QList<QByteArray>{"show", "1", device()}}) {
+        const ProgramResult result = run(arguments);
+        EXPECT_EQ(0, result.exitCode);
+        EXPECT_TRUE(result.output.contains("a\\x1b[2J\\x0a.jpg"));
+        EXPECT_FALSE(result.output.contains('\x1b'));
+    }
+}
+
+TEST_F(ProgramOutput, LogsProgressOnRequest)
+{
+    writeTwoPhotos();
+    const ProgramResult result = run({"info", device(), "--verbose"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_TRUE(result.errors.contains("PHOTOLIB: Parser_Ath_camera_DB success\n"));
+    EXPECT_TRUE(
+        result.errors.contains("PHOTOLIB: Can not open file: /PhotoData/Photos.sqlite-wal\n"));
+}
+
+TEST_F(ProgramOutput, NoticesAFullDisk)
+{
+    writeTwoPhotos();
+    m_setup.output = QStringLiteral("/dev/full");
+    for (const QList<QByteArray> &arguments :
+         {QList<QByteArray>{"dump", device()}, QList<QByteArray>{"--help"}}) {
+        const ProgramResult result = run(arguments);
+        EXPECT_EQ(1, result.exitCode);
+        EXPECT_EQ("photolib: standard output: No space left on device\n", result.errors);
+    }
+}
+
+TEST_F(ProgramOutput, NoticesThatThereIsNone)
+{
+    writeTwoPhotos();
+    m_setup.closesOutput = true;
+    const ProgramResult result = run({"dump", device(), "--work-dir", m_scratch.path("work")});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: standard output: Bad file descriptor\n", result.errors);
+}
+
+TEST_F(ProgramOnASample, MakesOneForAPersonWithoutADevice)
+{
+    const QByteArray sample = m_scratch.path("cache/photolib/sample");
+    const ProgramResult first = run({"dump"});
+    ASSERT_EQ(0, first.exitCode) << first.errors.constData();
+    EXPECT_EQ("photolib: no device named; made a sample device in " + sample + '\n', first.errors);
+    expectDumpOfDevice(sample, first.output);
+    EXPECT_FALSE(m_scratch.exists("cache/photolib/sample.partial"));
+
+    const ProgramResult second = run({"dump"});
+    EXPECT_EQ(0, second.exitCode);
+    EXPECT_EQ("photolib: no device named; showing the sample device in " + sample + '\n',
+              second.errors);
+    EXPECT_EQ(first.output, second.output);
+    EXPECT_EQ(QByteArray(), run({"info", "--quiet"}).errors);
+}
+
+TEST_F(ProgramOnASample, ReplacesOneThatWasNotFinished)
+{
+    m_scratch.write("cache/photolib/sample.partial/PhotoData/Photos.sqlite", "half");
+    const ProgramResult result = run({"info"});
+    EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+    EXPECT_FALSE(m_scratch.exists("cache/photolib/sample.partial"));
+}
+
+TEST_F(ProgramOnASample, NamesTheSampleWhenAnIdIsUnknown)
+{
+    ASSERT_EQ(0, run({"info"}).exitCode);
+    const ProgramResult result = run({"show", "99999"});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: 99999: no photo with this id in " +
+                  m_scratch.path("cache/photolib/sample") + '\n',
+              result.errors);
+}
+
+TEST_F(ProgramOnASample, SaysWhyItCanNotBeMade)
+{
+    m_scratch.write("cache", "a file");
+    expectFailure({"info"}, m_scratch.path("cache") + ": not a folder");
+}
+
+TEST_F(ProgramOnASample, ReadsAnEarlyDatabaseAsWell)
+{
+    SampleOptions options;
+    options.schema = SampleSchema::Early;
+    QString error;
+    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    const ProgramResult result = run({"dump", device()});
+    ASSERT_EQ(0, result.exitCode) << result.errors.constData();
+    expectDumpOfDevice(device(), result.output);
+}
+
+TEST_F(ProgramDump, SaysOfARealLibraryWhatItsDatabaseSays)
+{
+    const QString device = QStringLiteral(PHOTOLIB_DEVICES_DIR "/library-a");
+    if (!QFileInfo::exists(device))
+        GTEST_SKIP() << "there is no " << device.toStdString();
+    const ProgramResult result = run({"dump", device.toUtf8()});
+    ASSERT_EQ(0, result.exitCode) << result.errors.constData();
+    EXPECT_EQ(QByteArray(), result.errors);
+    expectDumpOfDevice(device.toUtf8(), result.output);
+}
+
+} // namespace

@@ -1,0 +1,146 @@
+#include "cli/work_folder.h"
+
+#include "cli/command_error.h"
+#include "support/device_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+// A device and a place for work folders beside it.
+struct Places {
+    ScratchFolder scratch;
+    QByteArray device = scratch.path("device");
+    QByteArray work = scratch.path("cache/work/1");
+
+    Places() { scratch.makeFolder("device"); }
+};
+
+TEST(WorkFolder, IsCreatedWithItsParentsForTheUserAlone)
+{
+    const Places places;
+    WorkFolder folder(places.work, places.device);
+    folder.keep();
+    EXPECT_EQ(QString::fromUtf8(places.work) + '/', folder.localDataPath());
+    EXPECT_TRUE(places.scratch.exists("cache/work/1"));
+}
+
+TEST(WorkFolder, DisappearsWithAllThatItCreated)
+{
+    const Places places;
+    {
+        const WorkFolder folder(places.work, places.device);
+        places.scratch.write("cache/work/1/Photos.sqlite", "copy");
+        places.scratch.write("cache/work/1/Photos.sqlite-wal", "copy");
+    }
+    EXPECT_FALSE(places.scratch.exists("cache"));
+}
+
+TEST(WorkFolder, LeavesWhatWasThereBefore)
+{
+    const Places places;
+    places.scratch.write("cache/work/1/other", "text");
+    {
+        const WorkFolder folder(places.work, places.device);
+        places.scratch.write("cache/work/1/Photos.sqlite", "copy");
+    }
+    EXPECT_FALSE(places.scratch.exists("cache/work/1/Photos.sqlite"));
+    EXPECT_EQ("text", places.scratch.read("cache/work/1/other"));
+}
+
+TEST(WorkFolder, KeepsTheCopiesOnRequest)
+{
+    const Places places;
+    {
+        WorkFolder folder(places.work, places.device);
+        places.scratch.write("cache/work/1/Photos.sqlite", "copy");
+        folder.unlock();
+        folder.keep();
+    }
+    EXPECT_EQ("copy", places.scratch.read("cache/work/1/Photos.sqlite"));
+}
+
+TEST(WorkFolder, ClearsTheCopiesOfAnEarlierParse)
+{
+    const Places places;
+    for (const char *suffix : {"", "-wal", "-shm", "-journal"})
+        places.scratch.write(QByteArray("cache/work/1/Photos.sqlite") + suffix, "old");
+    WorkFolder folder(places.work, places.device);
+    folder.keep();
+    EXPECT_TRUE(places.scratch.everythingIn("cache/work/1").isEmpty());
+}
+
+TEST(WorkFolder, RemovesALinkAndNotWhatItNames)
+{
+    const Places places;
+    places.scratch.write("precious", "text");
+    places.scratch.makeFolder("cache/work/1");
+    places.scratch.makeLink("cache/work/1/Photos.sqlite", places.scratch.path("precious"));
+    const WorkFolder folder(places.work, places.device);
+    EXPECT_FALSE(places.scratch.exists("cache/work/1/Photos.sqlite"));
+    EXPECT_EQ("text", places.scratch.read("precious"));
+}
+
+TEST(WorkFolder, MustNotLieInTheDevice)
+{
+    const Places places;
+    places.scratch.write("device/PhotoData/Photos.sqlite", "database");
+    places.scratch.makeLink("link", places.scratch.path("device/PhotoData"));
+    for (const char *path : {"device", "device/PhotoData", "device/PhotoData/", "device/new/work",
+                             "link", "cache/../device/PhotoData"}) {
+        places.scratch.makeFolder("cache");
+        EXPECT_THROW(WorkFolder(places.scratch.path(path), places.device), CommandError) << path;
+    }
+    EXPECT_EQ("database", places.scratch.read("device/PhotoData/Photos.sqlite"));
+    EXPECT_FALSE(places.scratch.exists("device/new"));
+}
+
+TEST(WorkFolder, MayLieAroundTheDeviceOrBesideIt)
+{
+    const Places places;
+    EXPECT_NO_THROW(WorkFolder(places.scratch.root(), places.device));
+    EXPECT_NO_THROW(WorkFolder(places.device + "-work", places.device));
+}
+
+TEST(WorkFolder, NeedsANameInUtf8)
+{
+    const Places places;
+    EXPECT_THROW(WorkFolder(places.scratch.path("\xff"), places.device), CommandError);
+    EXPECT_FALSE(places.scratch.exists("\xff"));
+}
+
+TEST(WorkFolder, NeedsAFolderAndNotAFile)
+{
+    const Places places;
+    places.scratch.write("file", "text");
+    EXPECT_THROW(WorkFolder(places.scratch.path("file"), places.device), CommandError);
+    EXPECT_THROW(WorkFolder(places.scratch.path("file/x"), places.device), CommandError);
+    EXPECT_EQ("text", places.scratch.read("file"));
+}
+
+TEST(WorkFolderThreads, BelongsToOneAtATime)
+{
+    const Places places;
+    places.scratch.makeFolder("cache/work/1");
+    std::atomic<int> users{0};
+    std::atomic<int> most{0};
+    const auto use = [&] {
+        for (int round = 0; round < 50; ++round) {
+            WorkFolder folder(places.work, places.device);
+            most = std::max<int>(most, ++users);
+            std::this_thread::yield();
+            --users;
+            folder.keep();
+        }
+    };
+    std::thread first(use);
+    std::thread second(use);
+    first.join();
+    second.join();
+    EXPECT_EQ(1, most);
+}
+
+} // namespace
