@@ -224,6 +224,41 @@ TEST_F(CameraParse, ReadsAnEarlySchema)
     EXPECT_FALSE(model->hasKindSubtype);
 }
 
+// Opens every connection the way an SQLite does that was built to take texts in double
+// quotes for names only.
+class StrictQuotes
+{
+public:
+    StrictQuotes() { sqlite3_auto_extension(entryPoint()); }
+    ~StrictQuotes() { sqlite3_cancel_auto_extension(entryPoint()); }
+    StrictQuotes(const StrictQuotes &) = delete;
+    StrictQuotes &operator=(const StrictQuotes &) = delete;
+
+private:
+    using EntryPoint = void (*)();
+
+    static int refuse(sqlite3 *db, char **, const void *)
+    {
+        sqlite3_db_config(db, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+        sqlite3_db_config(db, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+        return SQLITE_OK;
+    }
+    // SQLite asks for this type and calls it back with the true one.
+    static EntryPoint entryPoint() { return reinterpret_cast<EntryPoint>(refuse); }
+};
+
+TEST_F(CameraParse, NeedsNoSqliteThatTakesDoubleQuotesForTexts)
+{
+    database.schema = Schema::early();
+    database.rows.assets = {photoRow(1, 5), videoRow(2, 6)};
+    install();
+    const StrictQuotes strict;
+    EXPECT_EQ(parse(), 1);
+    EXPECT_EQ(logWithoutJournals(), parsedLog());
+    EXPECT_EQ(model->assets.keys(), (Keys{1, 2}));
+    EXPECT_EQ(model->assets.value(1)->avalancheUUID, QStringLiteral("0"));
+}
+
 TEST_F(CameraParse, ReadsWhatOnlyTheWriteAheadLogHolds)
 {
     database.rows.assets = {photoRow(1, 1)};
