@@ -16,7 +16,7 @@ QString findPlugin()
     const QString folder = QFileInfo(program).path();
     const QStringList places = {folder, folder + QLatin1String("/" PHOTOLIB_PLUGIN_FOLDER)};
     for (const QString &place : places) {
-        const QString file = place + QLatin1Char('/') + QLatin1String(fileName);
+        QString file = place + QLatin1Char('/') + QLatin1String(fileName);
         if (QFile::exists(file))
             return file;
     }

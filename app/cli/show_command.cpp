@@ -87,6 +87,14 @@ std::string checkNumber(const std::string &text)
     return isNumber ? std::string() : "not a number";
 }
 
+int runShow(const CommandContext &context, const std::string &id,
+            const std::optional<std::string> &device)
+{
+    return runOnLibrary(context, device, [&id](LibrarySession &session, Output &output) {
+        writePhoto(session, id, output);
+    });
+}
+
 } // namespace
 
 void addShowCommand(CLI::App &app, CommandContext &context)
@@ -99,10 +107,6 @@ void addShowCommand(CLI::App &app, CommandContext &context)
         ->type_name("");
     const auto device = addDeviceArgument(*command);
     command->callback([&context, id, device] {
-        context.run = [&context, id, device] {
-            return runOnLibrary(context, *device, [id](LibrarySession &session, Output &output) {
-                writePhoto(session, *id, output);
-            });
-        };
+        context.run = [&context, id, device] { return runShow(context, *id, *device); };
     });
 }

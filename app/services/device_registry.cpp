@@ -13,7 +13,7 @@ public:
     QByteArray add(std::shared_ptr<DeviceFileSystem> files)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        const QByteArray name = "device-" + QByteArray::number(++m_lastNumber);
+        QByteArray name = "device-" + QByteArray::number(++m_lastNumber);
         m_devices[name] = std::make_unique<VDev>(std::move(files));
         return name;
     }

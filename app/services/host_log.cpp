@@ -10,18 +10,10 @@
 
 namespace {
 
-// The formatted text, of any length.
-QByteArray formatted(const char *format, va_list arguments)
+// Room for a text of `length` characters and the closing NUL; empty when memory runs out.
+QByteArray roomFor(int length)
 {
-    va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
-    QByteArray text(length > 0 ? length : 0, '\0');
-    // A QByteArray has room for the closing NUL.
-    if (length > 0)
-        std::vsnprintf(text.data(), static_cast<size_t>(length) + 1, format, again);
-    va_end(again);
-    return text;
+    return withoutThrowing(QByteArray(), [length] { return QByteArray(length + 1, '\0'); });
 }
 
 } // namespace
@@ -32,9 +24,17 @@ void Log(const char *tag, int level, const char *format, ...)
         return;
     va_list arguments;
     va_start(arguments, format);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    va_end(arguments);
+    QByteArray text = roomFor(qMax(length, 0));
+    if (length < 0 || text.isEmpty())
+        return;
+    va_start(arguments, format);
+    std::vsnprintf(text.data(), static_cast<size_t>(text.size()), format, arguments);
+    va_end(arguments);
+    text.chop(1);
     withoutThrowing(false, [&] {
-        logLine(tag, level, formatted(format, arguments));
+        logLine(tag, level, text);
         return true;
     });
-    va_end(arguments);
 }

@@ -2,6 +2,7 @@
 
 #include "cli/command_error.h"
 #include "support/device_folder.h"
+#include "support/threads.h"
 
 #include <gtest/gtest.h>
 
@@ -127,7 +128,7 @@ TEST(WorkFolderThreads, BelongsToOneAtATime)
     places.scratch.makeFolder("cache/work/1");
     std::atomic<int> users{0};
     std::atomic<int> most{0};
-    const auto use = [&] {
+    const auto use = [&](int) {
         for (int round = 0; round < 50; ++round) {
             WorkFolder folder(places.work, places.device);
             most = std::max<int>(most, ++users);
@@ -136,10 +137,7 @@ TEST(WorkFolderThreads, BelongsToOneAtATime)
             folder.keep();
         }
     };
-    std::thread first(use);
-    std::thread second(use);
-    first.join();
-    second.join();
+    runOnThreads(2, use);
     EXPECT_EQ(1, most);
 }
 

@@ -1,6 +1,7 @@
 #include "devices/folder_file_system.h"
 
 #include "support/device_folder.h"
+#include "support/threads.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +10,6 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <thread>
-#include <vector>
 
 using Confinement = FolderFileSystem::Confinement;
 
@@ -321,6 +320,19 @@ TEST(FolderFileSystem, TellsAMissingFolderFromAFile)
     EXPECT_EQ(FileError::NotFound, error.kind);
 }
 
+// Reads the file `number` of `files` and lists its folder; how much of that went right.
+int readAndList(FolderFileSystem &files, int number)
+{
+    FileError error;
+    QByteArray bytes(2000, '\0');
+    const auto file = files.open("DCIM/" + QByteArray::number(number), &error);
+    const qint64 count = file ? file->read(bytes.data(), bytes.size(), &error) : -1;
+    const bool isRead = count == 1000 && bytes.startsWith(QByteArray(1000, char('a' + number)));
+    QList<QByteArray> names;
+    const bool isListed = files.list("/DCIM", &names, &error) && names.size() == 8;
+    return int(isRead) + int(isListed);
+}
+
 TEST(FolderFileSystemThreads, ServesSeveralThreadsAtATime)
 {
     const ScratchFolder scratch;
@@ -329,22 +341,10 @@ TEST(FolderFileSystemThreads, ServesSeveralThreadsAtATime)
     FileError error;
     const auto files = FolderFileSystem::openFolder(scratch.root(), &error);
     std::atomic<int> correct{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&, i] {
-            for (int round = 0; round < 50; ++round) {
-                FileError threadError;
-                QByteArray bytes(2000, '\0');
-                const auto file = files->open("DCIM/" + QByteArray::number(i), &threadError);
-                const qint64 count = file->read(bytes.data(), bytes.size(), &threadError);
-                correct += count == 1000 && bytes.startsWith(QByteArray(1000, char('a' + i)));
-                QList<QByteArray> names;
-                correct += files->list("/DCIM", &names, &threadError) && names.size() == 8;
-            }
-        });
-    }
-    for (std::thread &thread : threads)
-        thread.join();
+    runOnThreads(8, [&](int number) {
+        for (int round = 0; round < 50; ++round)
+            correct += readAndList(*files, number);
+    });
     EXPECT_EQ(8 * 50 * 2, correct);
 }
 

@@ -5,6 +5,7 @@
 #include "services/device_registry.h"
 #include "services/transfer_monitor.h"
 #include "support/device_folder.h"
+#include "support/threads.h"
 
 #include <gtest/gtest.h>
 
@@ -13,9 +14,7 @@
 #include <dirent.h>
 #include <limits>
 #include <sys/resource.h>
-#include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 
@@ -384,29 +383,29 @@ TEST(Device, AnswersThePlugIn)
     EXPECT_EQ("text", readAll(dev, "a"));
 }
 
+// Copies `path` of a device to a local file; the bytes written.
+int copyFile(VDev *dev, const QByteArray &path, const QByteArray &target)
+{
+    const QByteArray bytes = readAll(dev, path);
+    VFile *const copy = vFileOpen(vDevOpen(VDevHost, ""), target.constData(), writing);
+    const int count = vFileWrite(copy, bytes.constData(), bytes.size());
+    vFileClose(copy);
+    return count;
+}
+
 TEST(DeviceFilesThreads, UseOneDeviceFromSeveralThreads)
 {
     const RegisteredFolder device;
     const ScratchFolder target;
     for (int i = 0; i < 8; ++i)
         device.scratch.write(QByteArray::number(i), QByteArray(1000, char('a' + i)));
-    std::atomic<int> correct{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&, i] {
-            const QByteArray name = QByteArray::number(i);
-            for (int round = 0; round < 50; ++round) {
-                const QByteArray bytes = readAll(device.open(), name);
-                VFile *const copy =
-                    vFileOpen(vDevOpen(VDevHost, ""), target.path(name).constData(), writing);
-                correct += vFileWrite(copy, bytes.constData(), bytes.size()) == 1000;
-                vFileClose(copy);
-            }
-        });
-    }
-    for (std::thread &thread : threads)
-        thread.join();
-    EXPECT_EQ(8 * 50, correct);
+    std::atomic<int> bytes{0};
+    runOnThreads(8, [&](int number) {
+        const QByteArray name = QByteArray::number(number);
+        for (int round = 0; round < 50; ++round)
+            bytes += copyFile(device.open(), name, target.path(name));
+    });
+    EXPECT_EQ(8 * 50 * 1000, bytes);
     for (int i = 0; i < 8; ++i)
         EXPECT_EQ(QByteArray(1000, char('a' + i)), target.read(QByteArray::number(i)));
 }
@@ -416,19 +415,16 @@ TEST(DeviceFilesThreads, RegisterAndDropDevicesWhileOthersAreInUse)
     const ScratchFolder scratch;
     scratch.write("a", "text");
     std::atomic<int> correct{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 50; ++round) {
-                const DeviceRegistration registration(folder(scratch.root()));
-                VDev *const dev = vDevOpen(VDevDevice, registration.name().constData());
-                correct += readAll(dev, "a") == "text";
-                vFileOpen(dev, "a", reading); // left open
-            }
-        });
-    }
-    for (std::thread &thread : threads)
-        thread.join();
+    const auto useOnce = [&] {
+        const DeviceRegistration registration(folder(scratch.root()));
+        VDev *const dev = vDevOpen(VDevDevice, registration.name().constData());
+        correct += readAll(dev, "a") == "text";
+        vFileOpen(dev, "a", reading); // left open
+    };
+    runOnThreads(8, [&](int) {
+        for (int round = 0; round < 50; ++round)
+            useOnce();
+    });
     EXPECT_EQ(8 * 50, correct);
 }
 

@@ -1,11 +1,9 @@
 #include "host/host_log.h"
 
 #include "services/log_output.h"
+#include "support/threads.h"
 
 #include <gtest/gtest.h>
-
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -94,17 +92,12 @@ TEST(LogCapture, EndsWithItsScope)
 
 TEST(HostLogThreads, KeepTheLinesOfSeveralThreadsWhole)
 {
-    const std::string errors = errorsOf(LogDetail::Failures, [] {
-        std::vector<std::thread> threads;
-        for (int i = 0; i < 4; ++i) {
-            threads.emplace_back([] {
-                for (int round = 0; round < 100; ++round)
-                    Log("TAG", 2, "a line of %s", "text");
-            });
-        }
-        for (std::thread &thread : threads)
-            thread.join();
-    });
+    const auto logOften = [](int) {
+        for (int round = 0; round < 100; ++round)
+            Log("TAG", 2, "a line of %s", "text");
+    };
+    const std::string errors =
+        errorsOf(LogDetail::Failures, [&logOften] { runOnThreads(4, logOften); });
     std::string expected;
     for (int i = 0; i < 400; ++i)
         expected += "TAG: a line of text\n";
