@@ -37,6 +37,10 @@ int cellsOf(uint character)
 
 int displayWidth(const QString &text)
 {
+    const bool isAscii =
+        std::all_of(text.begin(), text.end(), [](QChar letter) { return letter.unicode() < 0x80; });
+    if (isAscii)
+        return text.size();
     int width = 0;
     for (const uint character : text.toUcs4())
         width += cellsOf(character);

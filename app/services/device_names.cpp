@@ -14,13 +14,16 @@ QByteArray otherName(const QByteArray &path, const FileError &error)
 
 QByteArray undoneEncoding(const QByteArray &name)
 {
+    const bool isAscii = std::all_of(name.begin(), name.end(),
+                                     [](char byte) { return static_cast<uchar>(byte) < 0x80; });
+    if (isAscii)
+        return QByteArray();
     const QString text = QString::fromUtf8(name);
     const bool isLatin1 = std::all_of(text.begin(), text.end(),
                                       [](QChar letter) { return letter.unicode() <= 0xff; });
     if (!isLatin1 || text.toUtf8() != name)
         return QByteArray();
-    const QByteArray undone = text.toLatin1();
-    return undone == name ? QByteArray() : undone;
+    return text.toLatin1();
 }
 
 std::unique_ptr<DeviceFile> openDeviceFile(DeviceFileSystem &files, const QByteArray &path,

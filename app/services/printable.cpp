@@ -2,6 +2,8 @@
 
 #include <QVector>
 
+#include <algorithm>
+
 namespace {
 
 // Bytes of the UTF-8 sequence that begins at `at`; 0 when none does.
@@ -28,6 +30,12 @@ bool isShown(uint character)
     return !isDirection && !isLineBreak && QChar::category(character) != QChar::Other_Control;
 }
 
+// What most names are.
+bool isPlain(const QByteArray &text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
 QByteArray escaped(const QByteArray &bytes)
 {
     QByteArray result;
@@ -40,6 +48,8 @@ QByteArray escaped(const QByteArray &bytes)
 
 QByteArray printable(const QByteArray &text)
 {
+    if (isPlain(text))
+        return text;
     QByteArray result;
     for (int at = 0; at < text.size();) {
         const int length = sequenceLength(text, at);
