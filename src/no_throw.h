@@ -1,6 +1,12 @@
 #ifndef PHOTOLIB_NO_THROW_H
 #define PHOTOLIB_NO_THROW_H
 
+#include <exception>
+
+#if defined(__GLIBCXX__)
+#include <cxxabi.h>
+#endif
+
 /// Runs `body` and returns its result, or `failure` when it throws. Exported operations
 /// wrap what allocates in it: a host built by another compiler can not catch our
 /// exceptions, so running out of memory must come back as a failed call.
@@ -9,6 +15,11 @@ Result withoutThrowing(const Result &failure, const Body &body)
 {
     try {
         return body();
+#if defined(__GLIBCXX__)
+    } catch (abi::__forced_unwind &) {
+        // The host is ending this thread; stopping that would end the process instead.
+        throw;
+#endif
     } catch (...) {
         return failure;
     }

@@ -18,15 +18,19 @@ class photoItem;
 /// Keys are unsigned 64-bit numbers that the library gives out. Records that a caller
 /// passes in stay the caller's. No operation throws.
 ///
-/// Threads: `cancleParse` may be called while another thread parses; nothing else may.
-/// For iOS devices `getPhoto`, `getAlbum` and the album edits may run on several
-/// threads at a time. The list and count queries take no lock and show the library as
-/// it stands. For classic iPods all calls belong on one thread at a time.
+/// Threads: `cancleParse` may be called while another thread parses; nothing else may,
+/// and one library is parsed at a time in a process, for parses share the cancel flag and
+/// the temporary folder. For iOS devices `getPhoto`, `getAlbum` and the album edits may
+/// run on several threads at a time. The list and count queries take no lock and must not
+/// run beside an edit; thumbnail requests of one object belong on one thread at a time.
+/// For classic iPods all calls do.
 class photo_manager_int
 {
 public:
-    /// Reads the device's photo library into memory. Returns true on success; a
-    /// failure is logged and leaves a library that was never parsed empty.
+    /// Reads the device's photo library into memory. Returns true on success. A failure
+    /// is logged, but for an object made without a device. After a failure the photos of
+    /// an earlier parse are gone; a device that became blocked during the parse leaves
+    /// the photos just read and no albums.
     virtual bool parseLib() = 0;
 
     /// Asks a running `parseLib` to stop, and returns once it has ended; at once when
@@ -34,7 +38,8 @@ public:
     /// stopped by the free function `cancleParse` alone; call that one first.
     virtual void cancleParse() = 0;
 
-    /// The identifier of the device's photo library; empty when nothing is parsed.
+    /// The identifier of the device's photo library; empty when nothing is parsed, and
+    /// for classic iPods.
     virtual QString getUUID() = 0;
 
     /// The number of photos and videos; 0 before a successful parse.
@@ -43,9 +48,11 @@ public:
     /// The keys of all photos and videos; empty before a successful parse.
     virtual QList<quint64> photoIDs() = 0;
 
-    /// Fills `*item` for the photo or video `id`. Returns false for an unknown key, a
-    /// null `item` (both leave `*item` alone), or a file that is gone, which leaves
-    /// `thumbPath`, `fileSize` and the fields behind it as they were.
+    /// Fills `*item` for the photo or video `id`. Returns false for an unknown key or a
+    /// null `item`, and leaves `*item` alone. Returns false also when an iOS device's file
+    /// is gone: then `thumbPath`, `fileSize`, the dates, `avalancheUUID` and `sortToken`
+    /// are as they were and the other fields are filled. For classic iPods `name`, `uuid`,
+    /// `fileSize` and the fields behind `modifyDate` are never written.
     virtual bool getPhoto(const quint64 &id, photoItem *item) = 0;
 
     /// Puts the thumbnail of `id`, an image file's bytes, into `data`. Returns 0 when

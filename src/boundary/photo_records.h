@@ -24,7 +24,7 @@ public:
     qint32 width = 0;       ///< pixels
     qint32 duration = 0;    ///< whole seconds of a video, 0 for a photo
     quint64 fileSize = 0;   ///< bytes of the source file
-    QDateTime createDate;   ///< when the asset was made
+    QDateTime createDate;   ///< when the asset was made; 2001-01-01 for assets of an iOS device
     QDateTime modifyDate;   ///< when the asset was last modified
     qint64 trashedDate = 0; ///< when it went to the trash, as the device stores it; 0 if it did not
     QString avalancheUUID;  ///< the burst group that the asset belongs to

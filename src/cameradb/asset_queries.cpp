@@ -2,6 +2,7 @@
 
 #include "cameradb/ordered_insert.h"
 #include "cameradb/prefetch.h"
+#include "cameradb/read_limits.h"
 #include "cameradb/sqlite_statement.h"
 #include "cameradb/unique_dates.h"
 #include "host/host_log.h"
@@ -15,7 +16,7 @@
 namespace {
 
 // Holds the longest statement, the photos with all their optional columns.
-const int sqlSize = 1024;
+typedef char sql_text[1024];
 
 // Stands in for a column that the database does not have; SQLite reads it as the text 0.
 const char *const missingColumn = "\"0\"";
@@ -149,6 +150,36 @@ void asset_reader::readBurst(Camera_Data &data)
     data.sortToken = burst ? sqlite3_column_double(m_stmt, 14) : 0.0;
 }
 
+// The records of a statement's rows, one by one.
+class asset_rows
+{
+public:
+    asset_rows(CameraDB *cameraDb, sqlite3 *db, sqlite_statement &statement)
+        : m_statement(statement), m_allowance(db), m_reader(cameraDb, statement.get(), &m_texts)
+    {
+    }
+
+    // The next row that makes a record; null when there is none.
+    std::unique_ptr<Camera_Data> next()
+    {
+        while (!m_allowance.isExhausted() && m_statement.nextRow()) {
+            std::unique_ptr<Camera_Data> data = m_reader.read();
+            if (!data)
+                continue;
+            m_allowance.spend(data->directory.size() + data->fileName.size() + data->uuid.size() +
+                              data->avalancheUUID.size());
+            return data;
+        }
+        return nullptr;
+    }
+
+private:
+    sqlite_statement &m_statement;
+    row_allowance m_allowance;
+    repeated_texts m_texts;
+    asset_reader m_reader;
+};
+
 // The highest key so far, with `pk` counted in. The counters are 32-bit, keys are
 // compared as the unsigned 64-bit numbers that the maps sort by.
 qint32 raised(qint32 maxPk, quint64 pk)
@@ -178,36 +209,37 @@ void fileByKey(asset_map &map, std::vector<keyed_record> &records)
         insertLast(map, record.pk, record.data);
 }
 
-gboolean readPhotos(sqlite3 *db, CameraDB *cameraDb)
+void formatPhotoSql(sql_text &sql, sqlite3 *db, const CameraDB &cameraDb)
 {
-    const char *subtype = cameraDb->hasKindSubtype ? "A.ZKINDSUBTYPE" : missingColumn;
+    const char *subtype = cameraDb.hasKindSubtype ? "A.ZKINDSUBTYPE" : missingColumn;
     const char *trashed = columnOrMissing(db, "ZTRASHEDDATE", "A.ZTRASHEDDATE");
     const char *burst = columnOrMissing(db, "ZAVALANCHEUUID", "A.ZAVALANCHEUUID");
     const char *token = columnOrMissing(db, "ZSORTTOKEN", "A.ZSORTTOKEN");
-    char sql[sqlSize];
     sqlite3_snprintf(
-        sqlSize, sql,
+        sizeof sql, sql,
         "select A.Z_PK,A.ZKIND,A.ZHEIGHT,A.ZWIDTH, A.ZTHUMBNAILINDEX,A.ZORIENTATION,A.ZDIRECTORY,"
         "A.ZFILENAME,A.ZMODIFICATIONDATE,A.ZUUID, T.ZORIGINALFILESIZE, %s, %s, %s, %s from "
         "ZGENERICASSET as A left join ZADDITIONALASSETATTRIBUTES as T on A.Z_PK = T.Z_PK where "
         "(A.ZKIND = 0 and ((A.ZSAVEDASSETTYPE = 3) or (A.ZSAVEDASSETTYPE = 256) or "
         "(A.ZSAVEDASSETTYPE = 1) or (A.ZSAVEDASSETTYPE = 5))) order by A.ZMODIFICATIONDATE ASC",
         subtype, trashed, burst, token);
+}
+
+gboolean readPhotos(sqlite3 *db, CameraDB *cameraDb)
+{
+    sql_text sql;
+    formatPhotoSql(sql, db, *cameraDb);
     sqlite_statement statement(db, sql);
     if (!statement.isPrepared()) {
         Log("PHOTOLIB", 2, "photo sql error #%d: %s", statement.result(), sqlite3_errmsg(db));
         return 0;
     }
 
-    repeated_texts texts;
-    asset_reader reader(cameraDb, statement.get(), &texts);
+    asset_rows rows(cameraDb, db, statement);
     unique_dates dates;
     std::vector<keyed_record> photos;
     std::vector<keyed_record> panoramas;
-    while (statement.nextRow()) {
-        std::unique_ptr<Camera_Data> photo = reader.read();
-        if (!photo)
-            continue;
+    while (std::unique_ptr<Camera_Data> photo = rows.next()) {
         photo->modificationDate = dates.take(photo->modificationDate);
         cameraDb->maxAssetPk = raised(cameraDb->maxAssetPk, photo->pk);
         const keyed_record record = {photo->pk, photo.release()};
@@ -234,9 +266,9 @@ void fileVideo(CameraDB *cameraDb, std::unique_ptr<Camera_Data> video)
 gboolean readVideos(sqlite3 *db, CameraDB *cameraDb)
 {
     const char *trashed = columnOrMissing(db, "ZTRASHEDDATE", "A.ZTRASHEDDATE");
-    char sql[sqlSize];
+    sql_text sql;
     sqlite3_snprintf(
-        sqlSize, sql,
+        sizeof sql, sql,
         "select A.Z_PK,ZKIND,A.ZHEIGHT,A.ZWIDTH,A.ZTHUMBNAILINDEX, A.ZORIENTATION,A.ZDIRECTORY,"
         "A.ZFILENAME,A.ZMODIFICATIONDATE,A.ZUUID, T.ZORIGINALFILESIZE, \"0\", %s from "
         "ZGENERICASSET as A left join ZADDITIONALASSETATTRIBUTES as T on A.Z_PK = T.Z_PK where "
@@ -249,13 +281,9 @@ gboolean readVideos(sqlite3 *db, CameraDB *cameraDb)
         return 0;
     }
 
-    repeated_texts texts;
-    asset_reader reader(cameraDb, statement.get(), &texts);
-    while (statement.nextRow()) {
-        std::unique_ptr<Camera_Data> video = reader.read();
-        if (video)
-            fileVideo(cameraDb, std::move(video));
-    }
+    asset_rows rows(cameraDb, db, statement);
+    while (std::unique_ptr<Camera_Data> video = rows.next())
+        fileVideo(cameraDb, std::move(video));
     return 1;
 }
 
@@ -264,8 +292,8 @@ gboolean readAlbums(sqlite3 *db, CameraDB *cameraDb)
     // Hosts rely on the probe looking at the assets here too: a database whose assets
     // alone know the trash fails to parse.
     const bool hasTrash = assetsHasSpecialCol(db, QString::fromLatin1("ZTRASHEDSTATE"));
-    char sql[sqlSize];
-    sqlite3_snprintf(sqlSize, sql,
+    sql_text sql;
+    sqlite3_snprintf(sizeof sql, sql,
                      "select Z_PK,ZTITLE,ZKIND,ZUUID%s from ZGENERICALBUM where (ZKIND=1000 or "
                      "(ZKIND < 1600 and ZKIND > 1000) or ZKIND=2)",
                      hasTrash ? ",ZTRASHEDSTATE" : "");
@@ -275,11 +303,12 @@ gboolean readAlbums(sqlite3 *db, CameraDB *cameraDb)
         return 0;
     }
 
-    while (statement.nextRow()) {
+    row_allowance allowance(db);
+    while (!allowance.isExhausted() && statement.nextRow()) {
         Camera_Album *album = selectCameraAblumValues(statement.get());
         if (!album)
             break;
-        delete cameraDb->albums.value(album->pk);
+        allowance.spend(album->title.size() + album->uuid.size());
         insertLast(cameraDb->albums, album->pk, album);
         cameraDb->maxAlbumPk = raised(cameraDb->maxAlbumPk, album->pk);
     }
@@ -305,7 +334,7 @@ asset_map::const_iterator findFrom(const asset_map &assets, asset_map::const_ite
     if (last == assets.constEnd() || ++last == assets.constEnd() || last.key() != key)
         return assets.constFind(key);
     const asset_map::const_iterator next = last + 1;
-    if (next != assets.constEnd())
+    if (next != assets.constEnd() && next.value())
         prefetch(&next.value()->duration);
     return last;
 }
@@ -321,7 +350,7 @@ gboolean readExtendInfo(sqlite3 *db, const asset_map &assets)
     while (statement.nextRow()) {
         const asset_map::const_iterator asset =
             findFrom(assets, last, keyColumn(statement.get(), 1));
-        if (asset == assets.constEnd())
+        if (asset == assets.constEnd() || !asset.value())
             continue;
         asset.value()->duration = wholeSeconds(sqlite3_column_double(statement.get(), 2));
         asset.value()->originalFileSize = sqlite3_column_int64(statement.get(), 3);

@@ -14,7 +14,10 @@
 /// Each runs on the calling thread; a connection and a model belong to one thread at a
 /// time. A null argument is warned about through `g_return_if_fail_warning` and gives
 /// the failure value. Double-quoted literals must be enabled on the connection. An
-/// error in the middle of the rows ends a query like the end of the rows.
+/// error in the middle of the rows ends a query like the end of the rows, and so do rows
+/// that hold more than the database's files can. A record that a later row of the same key
+/// replaces is not freed, for `panoramas` may hold it. When memory runs out the failure
+/// value comes back without a log line.
 
 /// Whether the definition of the table ZGENERICASSET contains the text `column`,
 /// case-sensitively. False, after logging, when the schema can not be read. `db` must
@@ -40,7 +43,7 @@ PHOTOLIB_EXPORT gboolean queryCameraPhotos(sqlite3 *db, CameraDB *cameraDb);
 /// statement does not prepare.
 PHOTOLIB_EXPORT gboolean queryCameraVideo(sqlite3 *db, CameraDB *cameraDb);
 
-/// Files the albums that a person may see into `albums`, and raises `maxAlbumPk`.
+/// Files the albums of the kinds 2, 1000 and 1001 to 1599 into `albums`, and raises `maxAlbumPk`.
 /// Returns 1, or 0 with the model untouched, after logging, when the statement does
 /// not prepare.
 PHOTOLIB_EXPORT gboolean queryCameraAlbum(sqlite3 *db, CameraDB *cameraDb);

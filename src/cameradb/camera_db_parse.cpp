@@ -4,6 +4,7 @@
 #include "cameradb/cancel_flag.h"
 #include "cameradb/device_copy.h"
 #include "cameradb/join_table.h"
+#include "cameradb/read_limits.h"
 #include "cameradb/sqlite_connection.h"
 #include "cameradb/sqlite_statement.h"
 #include "host/host_log.h"
@@ -75,11 +76,13 @@ void queryDBInfo(sqlite3 *db, CameraDB *cameraDb)
     sqlite_statement statement(db, "select Z_VERSION, Z_UUID from Z_METADATA");
     if (!statement.isPrepared())
         return;
-    while (statement.nextRow()) {
+    row_allowance allowance(db);
+    while (!allowance.isExhausted() && statement.nextRow()) {
         const void *uuid = sqlite3_column_blob(statement.get(), 1);
+        const int size = sqlite3_column_bytes(statement.get(), 1);
         if (uuid)
-            cameraDb->uuid.append(static_cast<const char *>(uuid),
-                                  sqlite3_column_bytes(statement.get(), 1));
+            cameraDb->uuid.append(static_cast<const char *>(uuid), size);
+        allowance.spend(size);
     }
 }
 

@@ -15,7 +15,8 @@ PHOTOLIB_EXPORT CameraDB *cameraDBParse(IIPod *device);
 /// success; 0 when the database opened but a query failed, with the records filed so
 /// far in the model; -1, with the model untouched, when the database was not copied,
 /// the parse was cancelled, there is no model, or the copy does not open. The copies
-/// stay in the local folder.
+/// stay in the local folder. A database made to yield more than its files can hold, or to
+/// run for ever, is cut short: its rows end there, without a log line.
 PHOTOLIB_EXPORT int parseCameraDB(IIPod *device, CameraDB *cameraDb);
 
 /// Stops a parse that is copying, within one block of 4 MiB; a database that is

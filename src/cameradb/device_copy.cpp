@@ -19,7 +19,7 @@ namespace {
 const int blockSize = 4 * 1024 * 1024;
 
 // The four handles of one copy. They are closed together after the copy and only then:
-// a failed open leaves the earlier ones to the host, which reclaims them with the device.
+// after a failed open the earlier ones are left to the host.
 struct copy_handles {
     VDev *device = nullptr;
     VFile *source = nullptr;

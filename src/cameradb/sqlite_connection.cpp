@@ -1,25 +1,30 @@
 #include "cameradb/sqlite_connection.h"
 
-#include "cameradb/sqlite_statement.h"
+#include "cameradb/read_limits.h"
 
 #include <QByteArray>
 
 namespace {
 
-// Instructions of SQLite's virtual machine between two looks at the allowance.
-const int progressStep = 10000;
+// Instructions of SQLite's virtual machine between two looks at the allowances.
+const int progressStep = 1000;
 
 // Reading a library takes about seven instructions a byte of its file.
 const qint64 instructionsPerByte = 32;
 const qint64 instructionsAlways = 20000000;
 
+// Single instructions can be made slow. A library is read at tens of megabytes a second.
+const qint64 bytesPerMillisecond = 1024;
+const qint64 millisecondsAlways = 20000;
+
 // No text or blob of a photo database comes near it.
-const int longestValue = 64 * 1024 * 1024;
+const int longestValue = 16 * 1024 * 1024;
 
 } // namespace
 
 sqlite_connection::sqlite_connection(const QString &path)
-    : m_db(nullptr), m_result(sqlite3_open(path.toUtf8().constData(), &m_db)), m_allowance(0)
+    : m_db(nullptr), m_result(sqlite3_open(path.toUtf8().constData(), &m_db)), m_stepsLeft(0),
+      m_milliseconds(0)
 {
     if (isOpen())
         setUp();
@@ -41,23 +46,24 @@ void sqlite_connection::setUp()
     // The journals stay beside the copy as they came from the device.
     sqlite3_db_config(m_db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 #endif
-    sqlite3_limit(m_db, SQLITE_LIMIT_LENGTH, longestValue);
-
-    const qint64 bytes = pragma("PRAGMA page_count") * pragma("PRAGMA page_size");
-    m_allowance = (bytes * instructionsPerByte + instructionsAlways) / progressStep;
-    sqlite3_progress_handler(m_db, progressStep, isExhausted, this);
+    limitWork();
 }
 
-// SQLite bounds both numbers asked for here, so their product fits easily.
-qint64 sqlite_connection::pragma(const char *sql) const
+// The files' own sizes count: what the database says of itself may be a lie.
+void sqlite_connection::limitWork()
 {
-    sqlite_statement statement(m_db, sql);
-    if (!statement.isPrepared() || !statement.nextRow())
-        return 0;
-    return sqlite3_column_int64(statement.get(), 0);
+    // A first look opens the write-ahead log; its outcome is for the queries to tell.
+    sqlite3_exec(m_db, "PRAGMA schema_version", nullptr, nullptr, nullptr);
+    const qint64 bytes = databaseBytes(m_db);
+    m_stepsLeft = (bytes * instructionsPerByte + instructionsAlways) / progressStep;
+    m_milliseconds = bytes / bytesPerMillisecond + millisecondsAlways;
+    m_timer.start();
+    sqlite3_progress_handler(m_db, progressStep, isExhausted, this);
+    sqlite3_limit(m_db, SQLITE_LIMIT_LENGTH, longestValue);
 }
 
 int sqlite_connection::isExhausted(void *connection)
 {
-    return --static_cast<sqlite_connection *>(connection)->m_allowance < 0;
+    sqlite_connection *self = static_cast<sqlite_connection *>(connection);
+    return --self->m_stepsLeft < 0 || self->m_timer.hasExpired(self->m_milliseconds);
 }

@@ -1,6 +1,7 @@
 #ifndef PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H
 #define PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H
 
+#include <QElapsedTimer>
 #include <QString>
 #include <QtGlobal>
 
@@ -9,9 +10,9 @@
 /// Owns one connection to a copied Photos.sqlite, set up for reading a file that comes
 /// from a device and can not be trusted.
 ///
-/// The statements on one connection share an allowance of work in proportion to the
-/// file's size: honest databases use a small part of it, and one made to run for ever
-/// (a view over an endless query, say) ends with an error instead.
+/// The statements on one connection share an allowance of work and of time in proportion
+/// to the file's size: honest databases use a small part of it, and one made to run for
+/// ever (a view over an endless query, say) ends with an error instead.
 class sqlite_connection
 {
 public:
@@ -26,12 +27,14 @@ public:
 
 private:
     void setUp();
-    qint64 pragma(const char *sql) const;
+    void limitWork();
     static int isExhausted(void *connection);
 
     sqlite3 *m_db;
     int m_result;
-    qint64 m_allowance; // virtual-machine instructions left, in units of `progressStep`
+    qint64 m_stepsLeft; // in units of `progressStep` instructions
+    qint64 m_milliseconds;
+    QElapsedTimer m_timer;
 };
 
 #endif // PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H

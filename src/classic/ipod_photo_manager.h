@@ -14,7 +14,7 @@ struct itdb_photo;
 /// only the low 32 bits of a key passed in count.
 ///
 /// Without locks: one thread at a time. The last photo database is not released with
-/// the object, for the host's library frees its databases with the device.
+/// the object: it stays the host's, which may share it with other readers of the device.
 class iPodPhotoManager : public photo_manager_int
 {
 public:

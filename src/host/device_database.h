@@ -81,7 +81,9 @@ public:
 /// The photo database of `iPod`, for `releaseITunesDBInt`; null when it has none.
 iitdb *getPhotoDBInt(IIPod *iPod);
 
-/// Frees a database from `getPhotoDBInt`; `*db` may be null. May set `*db` to null.
+/// Frees a database from `getPhotoDBInt`; `*db` may be null. May set `*db` to null. The
+/// last database of a manager is not released: a host that wants it back frees it when it
+/// lets the device go.
 void releaseITunesDBInt(iitdb **db);
 
 /// Decodes `raw`, the stored bytes of the image that `photo` describes, into `out` as

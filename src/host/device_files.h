@@ -7,9 +7,10 @@
 /// computer. The host defines these functions; the loaded plug-in finds them in the
 /// process.
 ///
-/// Paths are UTF-8 and end with a NUL. No function may throw. The plug-in uses each
-/// handle from one thread at a time, different handles from different threads, and
-/// closes what it opened except where an operation of the plug-in says otherwise.
+/// Paths are UTF-8 and end with a NUL. No function may throw. The plug-in uses a `VFile`
+/// from one thread at a time, but one `VDev` from several. It closes what it opened except
+/// where an operation of the plug-in says otherwise; a host that wants those handles back
+/// closes what is left open of a device when it lets the device go.
 
 /// An open file system: the device's, or the host computer's. Opaque to the plug-in.
 struct VDev;

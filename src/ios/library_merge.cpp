@@ -7,6 +7,7 @@
 #include "ios/uuid_order.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 

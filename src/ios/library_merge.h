@@ -18,9 +18,11 @@ public:
         QList<quint64> &albumIds;
     };
 
+    /// Both must outlive the merge.
     library_merge(const CameraDB &model, const view &target);
 
-    /// Enters the uuids of all albums and assets, and `photoLibraryUuid`.
+    /// Enters the uuids of all albums and assets, and `photoLibraryUuid`, which is not
+    /// changed.
     void collectUsedUuids(QByteArray &photoLibraryUuid);
 
     /// Lists the synthetic albums and fills those of videos and panoramas.

@@ -5,6 +5,7 @@
 #include "ios/library_merge.h"
 #include "ios/photo_manager.h"
 #include "ios/sync_plist.h"
+#include "no_throw.h"
 
 namespace {
 
@@ -30,25 +31,31 @@ bool photo_manager::parseLib()
         return false;
 
     const parse_guard guard(m_semParse);
-    // The model of an earlier parse is not freed and its lists are added to: hosts that
-    // parse again go on using records of it.
-    m_pCameraDB = ::cameraDBParse(m_pIPod);
-    if (!m_pCameraDB || m_pIPod->isAccessBlocked()) {
+    // The model of an earlier parse is not freed and its lists are added to, for hosts
+    // that parse again while views of the first parse are open.
+    m_pCameraDB = cameraDBParse(m_pIPod);
+    if (!m_pCameraDB || m_pIPod->isAccessBlocked() || !mergeLibrary()) {
         Log("PHOTOLIB", 2, "Can not parse photo lib");
         return false;
     }
-    try {
-        mergeLibrary();
+    // A library without its identifier is still a library.
+    withoutThrowing(false, [this] {
         readLibraryUuid();
-    } catch (...) {
-        // Out of memory.
-        Log("PHOTOLIB", 2, "Can not parse photo lib");
-        return false;
-    }
+        return true;
+    });
     return true;
 }
 
-void photo_manager::mergeLibrary()
+// False when memory runs out.
+bool photo_manager::mergeLibrary()
+{
+    return withoutThrowing(false, [this] {
+        buildView();
+        return true;
+    });
+}
+
+void photo_manager::buildView()
 {
     const library_merge::view view = {m_mapUsedUUID, m_mapAlbum2Photos, m_listAlbumIDs};
     library_merge merge(*m_pCameraDB, view);

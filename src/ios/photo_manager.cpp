@@ -45,20 +45,29 @@ void photo_manager::fillStatics()
     const AlbumKindProp cameraRoll = {1, QString::fromLatin1("Camera Roll"), version};
     const AlbumKindProp onDevice = {4, QString::fromLatin1("Album in Device"), version};
     const AlbumKindProp custom = {6, QString::fromLatin1("Cus Album"), version};
-    m_mapAlbumKind2Type.insert(cameraRollKind, cameraRoll);
-    m_mapAlbumKind2Type.insert(userAlbumKind, onDevice);
-    m_mapAlbumKind2Type.insert(customAlbumKind, custom);
+    QMap<int, AlbumKindProp> kinds;
+    kinds.insert(cameraRollKind, cameraRoll);
+    kinds.insert(userAlbumKind, onDevice);
+    kinds.insert(customAlbumKind, custom);
 
     // Hosts know the Photo Library by these very bytes.
-    m_photoLibUUID = QByteArray(15, '\0');
-    m_photoLibUUID.append('\x64');
+    QByteArray uuid(15, '\0');
+    uuid.append('\x64');
+
+    // Both or, when memory runs out above, neither: a filled table is never filled again.
+    m_photoLibUUID = uuid;
+    m_mapAlbumKind2Type = kinds;
 }
 
 // A cancel comes from another thread: the plain flag is written whole, and no other
 // memory is ordered by it.
 void photo_manager::setCancel(bool cancel)
 {
+#if defined(__GNUC__)
     __atomic_store_n(&m_bCancel, cancel, __ATOMIC_RELAXED);
+#else
+    m_bCancel = cancel;
+#endif
 }
 
 void photo_manager::cancleParse()

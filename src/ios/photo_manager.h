@@ -38,8 +38,8 @@ public:
         double version; ///< 8.0 in every row; nothing reads it
     };
 
-    /// Makes an unparsed library of `iPod`, which is not owned and may be null only for
-    /// a library that is never parsed.
+    /// Makes an unparsed library of `iPod`, which is not owned. Without one, `parseLib`
+    /// returns false.
     PHOTOLIB_EXPORT explicit photo_manager(IIPod *iPod);
 
     /// Frees the model with its records and closes the device handle. The thumbnail
@@ -68,7 +68,8 @@ private:
 
     static void fillStatics();
     void setCancel(bool cancel);
-    void mergeLibrary();
+    bool mergeLibrary();
+    void buildView();
     void readLibraryUuid();
 
     static QMap<int, AlbumKindProp> m_mapAlbumKind2Type; ///< by album kind of the database
@@ -87,7 +88,7 @@ private:
     QByteArray m_libraryUUID; ///< from the sync property list; empty when it has none
     QDateTime m_refDate;      ///< 2001-01-01 00:00:00 UTC
     QSemaphore m_semParse;    ///< binary; held while parsing
-    bool m_bCancel;           ///< kept for hosts' debuggers; no parse polls it
+    bool m_bCancel;           ///< a cancel came since the last parse began; nothing polls it
 };
 
 #endif // PHOTOLIB_IOS_PHOTO_MANAGER_H

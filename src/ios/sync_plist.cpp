@@ -6,27 +6,46 @@
 
 namespace {
 
-// libplist frees nested containers by recursion. The list that a device writes nests
-// one deep; this many still fit any thread's stack.
-const int mostContainers = 1000;
+// A device's list has one container and a few hundred bytes. Far above that, but low
+// enough for libplist, whose time grows with the square of a text's length and which frees
+// nested containers by recursion: this many still fit the stack of any thread.
+const int mostBytes = 256 * 1024;
+const int mostContainers = 10000;
 
-QByteArray readWholeFile(VFile *file)
+// Owns an open file.
+class open_file
+{
+public:
+    explicit open_file(VFile *file) : m_file(file) {}
+    ~open_file() { vFileClose(m_file); }
+
+    QByteArray readAll() const;
+
+private:
+    Q_DISABLE_COPY(open_file)
+
+    VFile *m_file;
+};
+
+// What lies behind the first bytes too many is not read: no list of a device is so long.
+QByteArray open_file::readAll() const
 {
     QByteArray content;
     char piece[1024];
     const int pieceSize = sizeof piece;
-    int count = vFileRead(file, piece, pieceSize);
-    // A count beyond the buffer is a file service's error; the bytes are not ours.
-    while (count > 0 && count <= pieceSize) {
-        content.append(piece, count);
-        count = vFileRead(file, piece, pieceSize);
-    }
+    int count = 0;
+    do {
+        count = vFileRead(m_file, piece, pieceSize);
+        // A count beyond the buffer is a file service's error; the bytes are not ours.
+        if (count > 0 && count <= pieceSize)
+            content.append(piece, count);
+    } while (count > 0 && count <= pieceSize && content.size() <= mostBytes);
     return content;
 }
 
-bool nestsTooDeep(const QByteArray &xml)
+bool isSafeToParse(const QByteArray &xml)
 {
-    return xml.count("<array") + xml.count("<dict") > mostContainers;
+    return xml.size() <= mostBytes && xml.count("<array") + xml.count("<dict") <= mostContainers;
 }
 
 // Owns a parsed property list; null where the text is none.
@@ -66,9 +85,6 @@ QByteArray readSyncPlist(VDev *device)
     VFile *file = vFileOpen(device, "/Photos/Sync/CurrentLibraryUUID.plist", 0);
     if (!file)
         return QByteArray();
-    const QByteArray xml = readWholeFile(file);
-    vFileClose(file);
-    if (nestsTooDeep(xml))
-        return QByteArray();
-    return property_list(xml).text("libraryUUID");
+    const QByteArray xml = open_file(file).readAll();
+    return isSafeToParse(xml) ? property_list(xml).text("libraryUUID") : QByteArray();
 }

@@ -15,7 +15,7 @@ public:
     /// Makes room for `expected` uuids.
     explicit uuid_order(int expected);
 
-    /// Notes `uuid`, which must stay where it is until it is inserted.
+    /// Notes `uuid`, which is not changed and must stay where it is until it is inserted.
     void add(QByteArray &uuid) { m_uuids.push_back(&uuid); }
 
     /// Inserts all uuids noted, each with the value true.

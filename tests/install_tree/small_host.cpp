@@ -1,9 +1,15 @@
 #include <boundary/photo_manager_int.h>
 #include <boundary/photolib.h>
+#include <cameradb/asset_queries.h>
+#include <cameradb/camera_db_parse.h>
+#include <cameradb/device_copy.h>
+#include <classic/ipod_photo_manager.h>
 #include <host/device_database.h>
 #include <host/device_files.h>
 #include <host/host_log.h>
 #include <host/iipod.h>
+#include <ios/photo_manager.h>
+#include <ios/uuid_text.h>
 
 #include <cstdio>
 
