@@ -1,6 +1,9 @@
 #include "cameradb/query_fixture.h"
+#include "support/expected_leak.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
 
 namespace {
 
@@ -101,9 +104,25 @@ TEST_F(AlbumsQuery, LetsTheLastRowOfAKeyWin)
     database.schema.uniqueKeys = false;
     database.rows.albums = {albumRow(5), albumRow(5)};
     database.rows.albums[1].title = "Last";
-    EXPECT_EQ(query(), 1);
+    {
+        // Nothing points to the first record any more.
+        const ExpectedLeak replaced;
+        EXPECT_EQ(query(), 1);
+    }
     ASSERT_EQ(model->albums.keys(), Keys{5});
     EXPECT_EQ(model->albums.value(5)->title, QStringLiteral("Last"));
+}
+
+TEST_F(AlbumsQuery, LeavesAReplacedRecordAlive)
+{
+    const std::unique_ptr<Camera_Album> earlier(new Camera_Album());
+    earlier->title = QStringLiteral("Earlier");
+    model->albums.insert(5, earlier.get());
+    database.rows.albums = {albumRow(5)};
+    EXPECT_EQ(query(), 1);
+    ASSERT_EQ(model->albums.keys(), Keys{5});
+    EXPECT_NE(model->albums.value(5), earlier.get());
+    EXPECT_EQ(earlier->title, QStringLiteral("Earlier"));
 }
 
 TEST_F(AlbumsQuery, RaisesTheHighestKeyOnly)
@@ -111,6 +130,11 @@ TEST_F(AlbumsQuery, RaisesTheHighestKeyOnly)
     database.rows.albums = {albumRow(9), albumRow(40), albumRow(12), albumRow(90, 1600)};
     EXPECT_EQ(query(), 1);
     EXPECT_EQ(model->maxAlbumPk, 40);
+}
+
+TEST_F(AlbumsQuery, KeepsAHigherKeyMetBefore)
+{
+    database.rows.albums = {albumRow(9), albumRow(40)};
     model->maxAlbumPk = 100;
     EXPECT_EQ(query(), 1);
     EXPECT_EQ(model->maxAlbumPk, 100);

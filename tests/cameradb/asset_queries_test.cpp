@@ -137,6 +137,18 @@ INSTANTIATE_TEST_SUITE_P(
               "CREATE INDEX A ON ZGENERICASSET (Z_PK);"
               "ALTER TABLE ZGENERICASSET ADD COLUMN ZSORTTOKEN FLOAT",
               QStringLiteral("ZSORTTOKEN"), true},
+        Probe{"IndexListedFirst",
+              "CREATE TABLE ZGENERICASSET (Z_PK, ZSORTTOKEN);"
+              "CREATE INDEX A ON ZGENERICASSET (Z_PK);"
+              "PRAGMA writable_schema = ON;"
+              "UPDATE sqlite_master SET rowid = 100 WHERE type = 'table'",
+              QStringLiteral("ZSORTTOKEN"), true},
+        Probe{"EmptyDefinitionListedFirst",
+              "CREATE TABLE ZGENERICASSET (Z_PK, ZSORTTOKEN);"
+              "PRAGMA writable_schema = ON;"
+              "INSERT INTO sqlite_master (rowid, type, name, tbl_name, rootpage, sql) "
+              "VALUES (0, 'table', 'ZGENERICASSET', 'ZGENERICASSET', 0, NULL)",
+              QStringLiteral("ZSORTTOKEN"), true},
         Probe{"View", "CREATE VIEW ZGENERICASSET AS SELECT 1 AS ZSORTTOKEN",
               QStringLiteral("ZSORTTOKEN"), true}),
     rowName<Probe>);

@@ -1,7 +1,10 @@
 #include "cameradb/query_fixture.h"
+#include "support/expected_leak.h"
 #include "support/row_name.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
 
 namespace {
 
@@ -231,6 +234,21 @@ TEST_F(PhotosQuery, SharesATextThatNeighboursHaveInCommon)
     EXPECT_EQ(model->assets.value(3)->directory, QStringLiteral("DCIM/101APPLE"));
 }
 
+TEST_F(PhotosQuery, ReadsTextsThatNeighboursHaveInCommonAsLatin1)
+{
+    database.rows.assets = {photoRow(1, 1), photoRow(2, 2)};
+    for (AssetRow &row : database.rows.assets) {
+        row.directory = "\xc3\xa9";
+        row.avalancheUuid = "\xe9\x9b\xbb";
+    }
+    EXPECT_EQ(query(), 1);
+    ASSERT_EQ(model->assets.keys(), (Keys{1, 2}));
+    for (const Camera_Data *photo : qAsConst(model->assets)) {
+        EXPECT_EQ(photo->directory, QStringLiteral("\u00c3\u00a9"));
+        EXPECT_EQ(photo->avalancheUUID, QStringLiteral("\u00e9\u009b\u00bb"));
+    }
+}
+
 TEST_F(PhotosQuery, KeepsManyDifferentTextsApart)
 {
     const int count = 9000;
@@ -355,10 +373,27 @@ TEST_F(PhotosQuery, LetsTheLastRowOfAKeyWin)
     database.schema.uniqueKeys = false;
     database.rows.assets = {photoRow(5, 30), photoRow(5, 10), photoRow(5, 20)};
     database.rows.assets[0].fileName = "LAST.JPG";
-    EXPECT_EQ(query(), 1);
+    {
+        // Nothing points to the earlier records any more.
+        const ExpectedLeak replaced;
+        EXPECT_EQ(query(), 1);
+    }
     ASSERT_EQ(model->assets.keys(), Keys{5});
     EXPECT_EQ(model->assets.value(5)->fileName, QStringLiteral("LAST.JPG"));
     EXPECT_EQ(model->assets.value(5)->modificationDate, 30);
+}
+
+TEST_F(PhotosQuery, LeavesAReplacedPanoramaAmongThePanoramas)
+{
+    database.schema.uniqueKeys = false;
+    database.rows.assets = {photoRow(5, 10), photoRow(5, 20)};
+    database.rows.assets[0].kindSubtype = 1;
+    EXPECT_EQ(query(), 1);
+    ASSERT_EQ(model->assets.keys(), Keys{5});
+    EXPECT_EQ(model->assets.value(5)->modificationDate, 20);
+    ASSERT_EQ(model->panoramas.keys(), Keys{5});
+    const std::unique_ptr<Camera_Data> replaced(model->panoramas.take(5));
+    EXPECT_EQ(replaced->modificationDate, 10);
 }
 
 } // namespace
