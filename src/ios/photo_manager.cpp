@@ -24,8 +24,9 @@ photo_manager::photo_manager(IIPod *iPod)
 {
     if (m_mapAlbumKind2Type.isEmpty())
         fillStatics();
-    // Setting the spec keeps the clock's reading, so no time zone enters.
-    m_refDate = QDateTime::fromString(QString::fromLatin1("2001"), QString::fromLatin1("yyyy"));
+    // Setting the spec keeps the clock's reading, so no time zone enters; and no text is
+    // parsed, for Qt's locale does not survive memory running out at its first use.
+    m_refDate = QDateTime(QDate(2001, 1, 1), QTime(0, 0));
     m_refDate.setTimeSpec(Qt::UTC);
 }
 
