@@ -7,7 +7,7 @@ namespace {
 // A text takes its bytes in the file, or twice as many in a UTF-16 one; only a page that
 // is replaced in the write-ahead log counts twice the other way.
 const qint64 bytesPerFileByte = 2;
-const qint64 bytesAlways = 1024 * 1024;
+const qint64 bytesAlways = 1048576;
 
 // Less than any row's numbers and its header take in the file.
 const qint64 bytesPerRow = 16;
