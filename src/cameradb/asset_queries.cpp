@@ -193,10 +193,13 @@ struct keyed_record {
     Camera_Data *data;
 };
 
-bool keyLess(const keyed_record &left, const keyed_record &right)
-{
-    return left.pk < right.pk;
-}
+// A type of its own, which the compiler can expand in a sort; a function it calls.
+struct key_less {
+    bool operator()(const keyed_record &left, const keyed_record &right) const
+    {
+        return left.pk < right.pk;
+    }
+};
 
 typedef QMap<quint64, Camera_Data *> asset_map;
 
@@ -204,7 +207,7 @@ typedef QMap<quint64, Camera_Data *> asset_map;
 // rows of one key the winner.
 void fileByKey(asset_map &map, std::vector<keyed_record> &records)
 {
-    std::stable_sort(records.begin(), records.end(), keyLess);
+    std::stable_sort(records.begin(), records.end(), key_less());
     for (const keyed_record &record : records)
         insertLast(map, record.pk, record.data);
 }

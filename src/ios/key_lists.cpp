@@ -9,10 +9,13 @@ struct placed_key {
     std::size_t place;
 };
 
-bool keyThenPlace(const placed_key &left, const placed_key &right)
-{
-    return left.key != right.key ? left.key < right.key : left.place < right.place;
-}
+// A type of its own, which the compiler can expand in a sort; a function it calls.
+struct key_then_place {
+    bool operator()(const placed_key &left, const placed_key &right) const
+    {
+        return left.key != right.key ? left.key < right.key : left.place < right.place;
+    }
+};
 
 } // namespace
 
@@ -34,7 +37,7 @@ std::vector<quint64> firstOccurrences(const std::vector<quint64> &keys)
     placed.reserve(keys.size());
     for (std::size_t i = 0; i < keys.size(); ++i)
         placed.push_back(placed_key{keys[i], i});
-    std::sort(placed.begin(), placed.end(), keyThenPlace);
+    std::sort(placed.begin(), placed.end(), key_then_place());
 
     std::vector<bool> isRepeated(keys.size(), false);
     for (std::size_t i = 1; i < placed.size(); ++i)

@@ -31,11 +31,6 @@ uuid_order::uuid_order(int expected)
     m_uuids.reserve(static_cast<std::size_t>(expected));
 }
 
-bool uuid_order::isLess(const entry &left, const entry &right)
-{
-    return left.prefix != right.prefix ? left.prefix < right.prefix : left.uuid < right.uuid;
-}
-
 std::vector<uuid_order::entry> uuid_order::sortedEntries() const
 {
     std::vector<entry> entries;
@@ -48,7 +43,7 @@ std::vector<uuid_order::entry> uuid_order::sortedEntries() const
         }
         entries.push_back(entry{prefixOf(*m_uuids[i]), *m_uuids[i]});
     }
-    std::sort(entries.begin(), entries.end(), isLess);
+    std::sort(entries.begin(), entries.end());
     return entries;
 }
 

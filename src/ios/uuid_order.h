@@ -26,9 +26,13 @@ private:
     struct entry {
         quint64 prefix;
         QByteArray uuid;
+
+        bool operator<(const entry &other) const
+        {
+            return prefix != other.prefix ? prefix < other.prefix : uuid < other.uuid;
+        }
     };
 
-    static bool isLess(const entry &left, const entry &right);
     std::vector<entry> sortedEntries() const;
 
     std::vector<QByteArray *> m_uuids;
