@@ -871,4 +871,33 @@ TEST_F(CameraParse, IgnoresAFailureOfTheExtendedInformation)
     EXPECT_EQ(model->assets.keys(), Keys{1});
 }
 
+// --- What a device can do to the reader
+
+TEST_F(CameraParse, ReadsAllRowsOfALargeLibrary)
+{
+    const int count = 10000;
+    for (int pk = 1; pk <= count; ++pk) {
+        database.rows.assets.push_back(photoRow(pk, pk));
+        database.join().add(1, pk);
+    }
+    database.rows.albums = {albumRow(1)};
+    install();
+    EXPECT_EQ(parse(), 1);
+    EXPECT_EQ(model->assets.size(), count);
+    ASSERT_EQ(model->albums.keys(), Keys{1});
+    EXPECT_EQ(model->albums.value(1)->assetKeys.size(), count);
+}
+
+TEST_F(CameraParse, ComesToAnEndWithEndlessRows)
+{
+    database.schema.albums = false;
+    database.rows.sql = {"CREATE VIEW ZGENERICALBUM AS "
+                         "WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
+                         "SELECT i AS Z_PK, 2 AS ZKIND, 'x' AS ZTITLE, x'01' AS ZUUID, "
+                         "0 AS ZTRASHEDSTATE FROM n"};
+    install();
+    EXPECT_NE(parse(), -1);
+    EXPECT_LT(model->albums.size(), 100000);
+}
+
 } // namespace

@@ -170,13 +170,13 @@ TEST(CameraDatabaseModel, IteratesNegativeKeysLast)
     EXPECT_EQ(assets.keys(), inOrder);
 }
 
-std::unique_ptr<Camera_Data> asset(CameraDB *model, quint64 pk)
+Camera_Data *addAsset(CameraDB *model, quint64 pk)
 {
-    std::unique_ptr<Camera_Data> record(new Camera_Data());
+    Camera_Data *record = new Camera_Data();
     record->db = model;
     record->pk = pk;
     record->fileName = QStringLiteral("IMG_%1.JPG").arg(pk);
-    model->assets.insert(pk, record.get());
+    model->assets.insert(pk, record);
     return record;
 }
 
@@ -184,8 +184,8 @@ std::unique_ptr<Camera_Data> asset(CameraDB *model, quint64 pk)
 TEST(CameraDatabaseModel, LeavesItsRecordsAliveWhenItIsDeleted)
 {
     std::unique_ptr<CameraDB> model(new CameraDB());
-    const std::unique_ptr<Camera_Data> photo = asset(model.get(), 1);
-    const std::unique_ptr<Camera_Data> video = asset(model.get(), 2);
+    const std::unique_ptr<Camera_Data> photo(addAsset(model.get(), 1));
+    const std::unique_ptr<Camera_Data> video(addAsset(model.get(), 2));
     model->videos.insert(2, video.get());
     const std::unique_ptr<Camera_Album> album(new Camera_Album());
     album->assetKeys = {1, 2};
@@ -201,7 +201,7 @@ TEST(CameraDatabaseModel, FreesEverythingOnceThroughItsAssets)
 {
     CameraDB *model = new CameraDB();
     for (const quint64 pk : {1U, 2U, 3U})
-        asset(model, pk).release();
+        addAsset(model, pk);
     model->videos.insert(2, model->assets.value(2));
     model->panoramas.insert(3, model->assets.value(3));
 

@@ -309,8 +309,9 @@ Lines loopOf(const std::vector<int> &blocks)
     Lines lines;
     for (const int count : blocks) {
         const std::string number = std::to_string(count);
-        lines.push_back("vFileRead(file1, 4194304) -> " + number);
-        lines.push_back("vFileWrite(file2, " + number + ") -> " + number);
+        lines.push_back(std::string("vFileRead(file1, 4194304) -> ").append(number));
+        lines.push_back(
+            std::string("vFileWrite(file2, ").append(number).append(") -> ").append(number));
     }
     lines.emplace_back("vFileRead(file1, 4194304) -> 0");
     return lines;

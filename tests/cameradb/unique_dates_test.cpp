@@ -67,6 +67,7 @@ protected:
     {
         PlainDates plain;
         std::vector<qint32> result;
+        result.reserve(stamps.size());
         for (const qint32 stamp : stamps)
             result.push_back(plain.take(stamp));
         return result;

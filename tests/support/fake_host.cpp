@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -837,15 +838,12 @@ void Log(const char *tag, int level, const char *format, ...)
         return;
     va_list arguments;
     va_start(arguments, format);
-    va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    char *formatted = nullptr;
+    const int length = vasprintf(&formatted, format, arguments);
     va_end(arguments);
-    // With room for the closing NUL, which vsnprintf writes.
-    QByteArray text(length + 1, '\0');
-    std::vsnprintf(text.data(), static_cast<std::size_t>(text.size()), format, again);
-    va_end(again);
-    text.chop(1);
+    ASSERT_GE(length, 0) << format;
+    const QByteArray text(formatted, length);
+    std::free(formatted);
 
     FakeHost::Services service("Log");
     service.host.log.push_back({tag, level, text});
@@ -908,7 +906,7 @@ auto answered(const std::string &operation, const std::string &arguments, Answer
     FakeHost *host = FakeHost::current();
     if (host != nullptr)
         host->enter(operation);
-    const auto result = answer();
+    auto result = answer();
     if (host != nullptr)
         host->record(operation, operation + '(' + arguments + ')' + print(result));
     return result;
