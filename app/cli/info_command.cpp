@@ -69,7 +69,7 @@ void writeSummary(LibrarySession &session, Output &output)
     const auto line = [&output](const char *label, const QString &value) {
         output.writeLine(QStringLiteral("%1 %2").arg(QLatin1String(label), -13).arg(value));
     };
-    line("Device:", printable(QString::fromStdString(session.deviceName())));
+    line("Device:", QString::fromUtf8(printable(QByteArray::fromStdString(session.deviceName()))));
     line("Kind:", QStringLiteral("iOS device (folder)"));
     line("Library UUID:", nameText(session.library().getUUID()));
     line("Photos:", QString::number(summary.photos));

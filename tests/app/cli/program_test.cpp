@@ -400,9 +400,13 @@ TEST_F(ProgramDump, FindsNamesBeyondAscii)
 TEST_F(ProgramDump, WorksForADeviceWithANameInAnyEncoding)
 {
     writeTwoPhotos();
-    ASSERT_EQ(0, ::rename(device().constData(), m_scratch.path("g\xc3\xbcr\n").constData()));
-    const ProgramResult result = run({"dump", m_scratch.path("g\xc3\xbcr\n")});
+    ASSERT_EQ(0, ::rename(device().constData(), m_scratch.path("\xff\n").constData()));
+    // By a shell, since Qt passes on only what the locale can express.
+    m_setup.program = QStringLiteral("/bin/sh");
+    const ProgramResult result = run({"-c", R"sh(exec "$0" info "$(printf "$1/\377\n.")")sh",
+                                      PHOTOLIB_PROGRAM, m_scratch.root()});
     EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains("/\\xff\\x0a"));
 }
 
 TEST_F(ProgramDump, AppliesNoJournalOfAnEarlierDevice)
@@ -553,6 +557,15 @@ TEST_F(ProgramOnASample, MakesOneForAPersonWithoutADevice)
               second.errors);
     EXPECT_EQ(first.output, second.output);
     EXPECT_EQ(QByteArray(), run({"info", "--quiet"}).errors);
+}
+
+TEST_F(ProgramOnASample, FindsTheCacheFolderWhateverTheLocaleIs)
+{
+    m_setup.cacheFolder = QString::fromUtf8(m_scratch.path("zwölf"));
+    m_setup.environment = {{"LC_ALL", "C"}};
+    const ProgramResult result = run({"info"});
+    EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+    EXPECT_TRUE(m_scratch.exists("zwölf/photolib/sample/PhotoData/Photos.sqlite"));
 }
 
 TEST_F(ProgramOnASample, ReplacesOneThatWasNotFinished)

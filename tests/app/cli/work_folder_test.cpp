@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <thread>
 
 namespace {
@@ -120,6 +122,30 @@ TEST(WorkFolder, NeedsAFolderAndNotAFile)
     EXPECT_THROW(WorkFolder(places.scratch.path("file"), places.device), CommandError);
     EXPECT_THROW(WorkFolder(places.scratch.path("file/x"), places.device), CommandError);
     EXPECT_EQ("text", places.scratch.read("file"));
+}
+
+TEST(WorkFolder, IsLockedUntilTheParseIsOver)
+{
+    const Places places;
+    WorkFolder folder(places.work, places.device);
+    const UniqueFd other(::open(places.work.constData(), O_RDONLY | O_DIRECTORY));
+    EXPECT_NE(0, ::flock(other.get(), LOCK_EX | LOCK_NB));
+    folder.unlock();
+    EXPECT_EQ(0, ::flock(other.get(), LOCK_EX | LOCK_NB));
+}
+
+TEST(WorkFolder, LeavesTheCopiesThatAnotherProgramIsMaking)
+{
+    const Places places;
+    places.scratch.makeFolder("cache/work/1");
+    UniqueFd other;
+    {
+        WorkFolder folder(places.work, places.device);
+        folder.unlock();
+        other = lockFolder(places.work);
+        places.scratch.write("cache/work/1/Photos.sqlite", "of the other one");
+    }
+    EXPECT_EQ("of the other one", places.scratch.read("cache/work/1/Photos.sqlite"));
 }
 
 TEST(WorkFolderThreads, BelongsToOneAtATime)
