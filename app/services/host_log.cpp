@@ -7,34 +7,23 @@
 
 #include <cstdarg>
 #include <cstdio>
-
-namespace {
-
-// Room for a text of `length` characters and the closing NUL; empty when memory runs out.
-QByteArray roomFor(int length)
-{
-    return withoutThrowing(QByteArray(), [length] { return QByteArray(length + 1, '\0'); });
-}
-
-} // namespace
+#include <cstdlib>
+#include <memory>
 
 void Log(const char *tag, int level, const char *format, ...)
 {
     if (!isLogged(level))
         return;
+    char *text = nullptr;
     va_list arguments;
     va_start(arguments, format);
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    const int length = ::vasprintf(&text, format, arguments);
     va_end(arguments);
-    QByteArray text = roomFor(qMax(length, 0));
-    if (length < 0 || text.isEmpty())
+    if (length < 0)
         return;
-    va_start(arguments, format);
-    std::vsnprintf(text.data(), static_cast<size_t>(text.size()), format, arguments);
-    va_end(arguments);
-    text.chop(1);
+    const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
     withoutThrowing(false, [&] {
-        logLine(tag, level, text);
+        logLine(tag, level, QByteArray(text, length));
         return true;
     });
 }

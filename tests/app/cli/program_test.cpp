@@ -400,7 +400,7 @@ TEST_F(ProgramDump, FindsNamesBeyondAscii)
 TEST_F(ProgramDump, WorksForADeviceWithANameInAnyEncoding)
 {
     writeTwoPhotos();
-    ASSERT_EQ(0, ::rename(device().constData(), m_scratch.path("\xff\n").constData()));
+    ASSERT_EQ(0, ::rename(device().constData(), m_scratch.path("\xff\n.").constData()));
     // By a shell, since Qt passes on only what the locale can express.
     m_setup.program = QStringLiteral("/bin/sh");
     const ProgramResult result = run({"-c", R"sh(exec "$0" info "$(printf "$1/\377\n.")")sh",
