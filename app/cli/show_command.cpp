@@ -80,11 +80,19 @@ void writePhoto(LibrarySession &session, const std::string &idText, Output &outp
     }
 }
 
-std::string checkNumber(const std::string &text)
+bool isNumber(const std::string &text)
 {
-    const bool isNumber =
-        !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-    return isNumber ? std::string() : "not a number";
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+// People name the device first as well: it is plain which of the two is the id, unless a
+// folder has a number for a name.
+void orderArguments(std::string *id, std::optional<std::string> *device)
+{
+    if (*device && !isNumber(*id) && isNumber(**device))
+        std::swap(*id, **device);
+    if (!isNumber(*id))
+        throw CLI::ValidationError("ID", "not a number");
 }
 
 int runShow(const CommandContext &context, const std::string &id,
@@ -103,10 +111,10 @@ void addShowCommand(CLI::App &app, CommandContext &context)
     const auto id = std::make_shared<std::string>();
     command->add_option("ID", *id, "Its id, as the command photos lists it")
         ->required()
-        ->check(checkNumber)
         ->type_name("");
     const auto device = addDeviceArgument(*command);
     command->callback([&context, id, device] {
+        orderArguments(id.get(), device.get());
         context.run = [&context, id, device] { return runShow(context, *id, *device); };
     });
 }

@@ -73,20 +73,21 @@ void copy_handles::close()
     vDevClose(host);
 }
 
-void copyBlocks(VFile *source, VFile *target)
+// Until the source or the target gives up, or a cancel; false only without memory.
+bool copyBlocks(VFile *source, VFile *target)
 {
     const std::unique_ptr<char[]> buffer(new (std::nothrow) char[blockSize]);
     if (!buffer)
-        return;
+        return false;
     for (;;) {
         const int count = vFileRead(source, buffer.get(), blockSize);
         // A count beyond the buffer is a file service's error; the bytes are not ours.
         if (count <= 0 || count > blockSize)
-            return;
+            return true;
         if (gbShouldQuit.load(std::memory_order_relaxed))
-            return;
+            return true;
         if (vFileWrite(target, buffer.get(), count) != count)
-            return;
+            return true;
     }
 }
 
@@ -97,9 +98,9 @@ int copyFile(IIPod *device, const QString &sourcePath, const QString &targetPath
         return -1;
     if (!handles.openTarget(targetPath))
         return -1;
-    copyBlocks(handles.source, handles.target);
+    const bool hasMemory = copyBlocks(handles.source, handles.target);
     handles.close();
-    return 0;
+    return hasMemory ? 0 : -1;
 }
 
 } // namespace

@@ -12,7 +12,7 @@ class QString;
 /// Returns 0 when the copy ran, or when there was nothing to do: no device, a device
 /// whose access is blocked, or an empty path. Returns -1 after logging when a device,
 /// file or folder does not open; what was opened before stays open then, and is the host's
-/// to close.
+/// to close. Returns -1 without a log line when memory runs out.
 ///
 /// A read error, a short write and `cancleParse` end the copy early, leave the partial
 /// target behind and still return 0. Runs on the calling thread; a cancel takes effect

@@ -1,7 +1,6 @@
 #ifndef PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H
 #define PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H
 
-#include <QElapsedTimer>
 #include <QString>
 #include <QtGlobal>
 
@@ -10,7 +9,7 @@
 /// Owns one connection to a copied Photos.sqlite, set up for reading a file that comes
 /// from a device and can not be trusted.
 ///
-/// The statements on one connection share an allowance of work and of time in proportion
+/// The statements on one connection share an allowance of work and of processor time in proportion
 /// to the file's size: honest databases use a small part of it, and one made to run for
 /// ever (a view over an endless query, say) ends with an error instead.
 class sqlite_connection
@@ -33,8 +32,7 @@ private:
     sqlite3 *m_db;
     int m_result;
     qint64 m_stepsLeft; // in units of `progressStep` instructions
-    qint64 m_milliseconds;
-    QElapsedTimer m_timer;
+    qint64 m_deadline;  // in the thread's processor time
 };
 
 #endif // PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H
