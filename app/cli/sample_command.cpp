@@ -1,12 +1,13 @@
 #include "cli/command.h"
 #include "cli/command_error.h"
+#include "cli/output.h"
 #include "sample/sample_writer.h"
+#include "services/printable.h"
 
 #include <QFile>
 
 #include <CLI/CLI.hpp>
 
-#include <iostream>
 #include <memory>
 
 namespace {
@@ -29,6 +30,14 @@ SampleOptions optionsFrom(const SampleArguments &arguments)
     return options;
 }
 
+void report(const SampleArguments &arguments)
+{
+    Output output;
+    output.write("Wrote a sample device with " + QByteArray::number(arguments.assets) +
+                 " assets to " + printable(QByteArray::fromStdString(arguments.folder)) + '\n');
+    output.flush();
+}
+
 int runSample(const SampleArguments &arguments, const CommonOptions &common)
 {
     const auto bytes = QByteArray::fromStdString(arguments.folder);
@@ -40,8 +49,7 @@ int runSample(const SampleArguments &arguments, const CommonOptions &common)
     if (!writeSample(folder, optionsFrom(arguments), &error))
         throw CommandError(error);
     if (!common.quiet)
-        std::cout << "Wrote a sample device with " << arguments.assets << " assets to "
-                  << arguments.folder << '\n';
+        report(arguments);
     return 0;
 }
 

@@ -533,6 +533,17 @@ TEST_F(ProgramOutput, NoticesAFullDisk)
     }
 }
 
+TEST_F(ProgramOnASample, ReportsTheOneThatItWrote)
+{
+    const QList<QByteArray> arguments = {"sample", m_scratch.path("a\n"), "--assets", "2"};
+    const ProgramResult result = run(arguments);
+    EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+    EXPECT_EQ("Wrote a sample device with 2 assets to " + m_scratch.path("a\\x0a\n"),
+              result.output);
+    m_setup.output = QStringLiteral("/dev/full");
+    EXPECT_EQ(1, run({"sample", m_scratch.path("b"), "--assets", "2"}).exitCode);
+}
+
 TEST_F(ProgramOutput, NoticesThatThereIsNone)
 {
     writeTwoPhotos();
