@@ -1,8 +1,8 @@
-#include "boundary/allocation_faults.h"
 #include "boundary/photo_manager_int.h"
 #include "boundary/photolib.h"
 #include "classic/ipod_photo_manager.h"
 #include "ios/photo_manager.h"
+#include "support/allocation_faults.h"
 #include "support/fake_host.h"
 
 #include <gtest/gtest.h>

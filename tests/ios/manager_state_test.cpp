@@ -1,7 +1,7 @@
-#include "boundary/allocation_faults.h"
 #include "cameradb/cancel_flag.h"
 #include "ios/photo_manager.h"
 #include "ios/time_zone.h"
+#include "support/allocation_faults.h"
 #include "support/fake_host.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,155 @@
+#include "support/allocation_faults.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constexpr int RecordedBlocks = 64;
+
+// Plain data, since operator new may run before any constructor of this program.
+struct ThreadState {
+    int untilFailure;
+    bool failed;
+    bool recording;
+    int deletes;
+    int plainDeletes;
+    std::array<std::uintptr_t, RecordedBlocks> blocks;
+};
+
+thread_local ThreadState state;
+
+// Null when this call is the one to fail.
+void *allocate(std::size_t size) noexcept
+{
+    if (state.untilFailure > 0 && --state.untilFailure == 0) {
+        state.failed = true;
+        return nullptr;
+    }
+    return std::malloc(size != 0 ? size : 1);
+}
+
+void *allocateOrThrow(std::size_t size)
+{
+    void *block = allocate(size);
+    if (block == nullptr)
+        throw std::bad_alloc();
+    return block;
+}
+
+void record(const void *block, bool plain) noexcept
+{
+    if (!state.recording || block == nullptr)
+        return;
+    if (state.deletes < RecordedBlocks)
+        state.blocks[static_cast<std::size_t>(state.deletes)] =
+            reinterpret_cast<std::uintptr_t>(block);
+    ++state.deletes;
+    if (plain)
+        ++state.plainDeletes;
+}
+
+void release(void *block, bool plain) noexcept
+{
+    record(block, plain);
+    std::free(block);
+}
+
+} // namespace
+
+void *operator new(std::size_t size)
+{
+    return allocateOrThrow(size);
+}
+
+void *operator new[](std::size_t size)
+{
+    return allocateOrThrow(size);
+}
+
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept
+{
+    return allocate(size);
+}
+
+void *operator new[](std::size_t size, const std::nothrow_t &) noexcept
+{
+    return allocate(size);
+}
+
+void operator delete(void *block) noexcept
+{
+    release(block, true);
+}
+
+void operator delete[](void *block) noexcept
+{
+    release(block, false);
+}
+
+void operator delete(void *block, std::size_t) noexcept
+{
+    release(block, false);
+}
+
+void operator delete[](void *block, std::size_t) noexcept
+{
+    release(block, false);
+}
+
+void operator delete(void *block, const std::nothrow_t &) noexcept
+{
+    release(block, false);
+}
+
+void operator delete[](void *block, const std::nothrow_t &) noexcept
+{
+    release(block, false);
+}
+
+AllocationFault::AllocationFault(int failing)
+{
+    state.failed = false;
+    state.untilFailure = failing;
+}
+
+AllocationFault::~AllocationFault()
+{
+    state.untilFailure = 0;
+}
+
+bool AllocationFault::happened() const
+{
+    return state.failed;
+}
+
+DeleteRecorder::DeleteRecorder()
+{
+    state.deletes = 0;
+    state.plainDeletes = 0;
+    state.recording = true;
+}
+
+DeleteRecorder::~DeleteRecorder()
+{
+    state.recording = false;
+}
+
+void DeleteRecorder::stop()
+{
+    state.recording = false;
+}
+
+std::vector<std::uintptr_t> DeleteRecorder::deleted() const
+{
+    const ThreadState seen = state;
+    const int kept = seen.deletes < RecordedBlocks ? seen.deletes : RecordedBlocks;
+    return {seen.blocks.begin(), seen.blocks.begin() + kept};
+}
+
+int DeleteRecorder::plainDeletes() const
+{
+    return state.plainDeletes;
+}
