@@ -41,7 +41,7 @@ std::vector<uuid_order::entry> uuid_order::sortedEntries() const
             prefetch(m_uuids[i + 2 * stepsAhead]);
             prefetch(m_uuids[i + stepsAhead]->data_ptr());
         }
-        entries.push_back(entry{prefixOf(*m_uuids[i]), *m_uuids[i]});
+        entries.push_back(entry{prefixOf(*m_uuids[i]), m_uuids[i]});
     }
     std::sort(entries.begin(), entries.end());
     return entries;
@@ -49,10 +49,12 @@ std::vector<uuid_order::entry> uuid_order::sortedEntries() const
 
 void uuid_order::insertInto(QMap<QByteArray, bool> &set)
 {
-    std::vector<entry> entries = sortedEntries();
+    const std::vector<entry> entries = sortedEntries();
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (i + stepsAhead < entries.size())
-            prefetch(entries[i + stepsAhead].uuid.data_ptr());
-        insertLast(set, entries[i].uuid, true);
+        if (i + 2 * stepsAhead < entries.size()) {
+            prefetch(entries[i + 2 * stepsAhead].uuid);
+            prefetch(entries[i + stepsAhead].uuid->data_ptr());
+        }
+        insertLast(set, *entries[i].uuid, true);
     }
 }

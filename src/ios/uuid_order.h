@@ -25,11 +25,11 @@ private:
     // The first bytes as a number spare most comparisons the way to the bytes.
     struct entry {
         quint64 prefix;
-        QByteArray uuid;
+        QByteArray *uuid;
 
         bool operator<(const entry &other) const
         {
-            return prefix != other.prefix ? prefix < other.prefix : uuid < other.uuid;
+            return prefix != other.prefix ? prefix < other.prefix : *uuid < *other.uuid;
         }
     };
 
