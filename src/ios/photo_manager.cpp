@@ -24,7 +24,7 @@ photo_manager::photo_manager(IIPod *iPod)
 {
     if (m_mapAlbumKind2Type.isEmpty())
         fillStatics();
-    // Setting the spec keeps the clock's reading, so no time zone enters; and no text is
+    // Setting the time zone keeps the reading of the clock, nothing is converted; and no text is
     // parsed, for Qt's locale does not survive memory running out at its first use.
     m_refDate = QDateTime(QDate(2001, 1, 1), QTime(0, 0));
     m_refDate.setTimeSpec(Qt::UTC);
