@@ -6,15 +6,13 @@
 #include "ios/photo_manager.h"
 #include "no_throw.h"
 
-#include <new>
-
 photo_manager_int *getPhotolib(IIPod *iPod)
 {
     photo_manager_int *manager =
         withoutThrowing<photo_manager_int *>(nullptr, [&]() -> photo_manager_int * {
             if (iPod->isIOSDevice())
-                return new (std::nothrow) photo_manager(iPod);
-            return new (std::nothrow) iPodPhotoManager(iPod);
+                return new photo_manager(iPod);
+            return new iPodPhotoManager(iPod);
         });
     if (!manager)
         Log("PHOTOLIB", 2, "Can not malloc photo manager");
