@@ -16,7 +16,7 @@ expect_failed_parse() {
 
 cmake --install "$build" --prefix "$work/tree" >/dev/null
 
-cmake -S "$sources" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$work/tree" \
+cmake -S "$sources" -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$work/tree" \
     -DCMAKE_CXX_FLAGS="$flags" >/dev/null
 cmake --build "$work/cmake" >/dev/null
 expect_failed_parse "$work/cmake/small_host"
