@@ -22,6 +22,12 @@ struct ThumbType {
     qint32 width;     ///< columns of the frame
 };
 
+/// One record of a packed thumbnail file, as it was read.
+struct PhotoThumb {
+    void *data;             ///< `ThumbType::dataSize` bytes of pixels, not aligned; not owned
+    unsigned char info[28]; ///< the trailer: seven 32-bit numbers, the lowest byte first
+};
+
 /// The photo library of an iOS device: a model of its Photos.sqlite in memory, which
 /// the album edits change.
 ///
@@ -65,6 +71,27 @@ public:
 
 private:
     Q_DISABLE_COPY(photo_manager)
+
+    /// Replaces `out` by the ready JPEG file of `asset`, which must not be null. Returns
+    /// false, with `out` untouched, when the device has none that can be read whole.
+    bool checkV2Thumbnail(const Camera_Data *asset, QByteArray &out);
+
+    /// Opens the first packed thumbnail file that the device has and fills `*type` with its
+    /// layout. Returns null, with `*type` untouched, when it has none. The caller owns the
+    /// file.
+    VFile *decideThmbFile(ThumbType *type);
+
+    /// Writes the pixels of the record `*thumb`, laid out as `*type` says, to `out` as the
+    /// rows of a 24-bit BMP image, the bottom one first. What fills a row up to a multiple
+    /// of 4 bytes is left as it is. The caller makes sure that the picture which the trailer
+    /// describes lies inside the pixels, and that `out` has room for it; nothing is written
+    /// when its width or height is 0 or less. Uses no state of the manager: any thread.
+    void convertThmb2BMP(PhotoThumb *thumb, ThumbType *type, unsigned char *out);
+
+    /// Makes a uuid that the library does not use yet, 8 zero bytes and 8 random ones, and
+    /// counts it as used. Without a parsed library 16 times the letter a, not counted. May
+    /// be called on any thread; seeds that thread's `qrand`.
+    QByteArray makeNewUID();
 
     static void fillStatics();
     void setCancel(bool cancel);
