@@ -1,4 +1,5 @@
 #include "cli/library_command.h"
+#include "cli/library_ids.h"
 #include "cli/library_session.h"
 #include "cli/output.h"
 #include "cli/photo_text.h"
@@ -19,7 +20,7 @@ QStringList row(LibrarySession &session, quint64 id)
             dimensionsText(item), dateText(item.modifyDate), nameText(item.path)};
 }
 
-void writePhotos(LibrarySession &session, Output &output)
+void writePhotos(LibrarySession &session, const QList<quint64> &ids, Output &output)
 {
     TextTable table({QStringLiteral("ID"), QStringLiteral("NAME"), QStringLiteral("KIND"),
                      QStringLiteral("SIZE"), QStringLiteral("DIMENSIONS"),
@@ -28,9 +29,17 @@ void writePhotos(LibrarySession &session, Output &output)
     constexpr int sizeColumn = 3;
     table.alignRight(idColumn);
     table.alignRight(sizeColumn);
-    for (const quint64 id : session.library().photoIDs())
+    for (const quint64 id : ids)
         table.addRow(row(session, id));
     table.write(output);
+}
+
+int runPhotos(const CommandContext &context, const std::optional<std::string> &device,
+              const std::optional<std::string> &album)
+{
+    return runOnLibrary(context, device, [&album](LibrarySession &session, Output &output) {
+        writePhotos(session, chosenPhotoIds(session, album), output);
+    });
 }
 
 } // namespace
@@ -39,7 +48,8 @@ void addPhotosCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command = app.add_subcommand("photos", "List the photos and videos");
     const auto device = addDeviceArgument(*command);
-    command->callback([&context, device] {
-        context.run = [&context, device] { return runOnLibrary(context, *device, writePhotos); };
+    const auto album = addAlbumOption(*command);
+    command->callback([&context, device, album] {
+        context.run = [&context, device, album] { return runPhotos(context, *device, *album); };
     });
 }

@@ -1,5 +1,5 @@
-#include "cli/command_error.h"
 #include "cli/library_command.h"
+#include "cli/library_ids.h"
 #include "cli/library_session.h"
 #include "cli/output.h"
 #include "cli/photo_text.h"
@@ -59,30 +59,15 @@ Lines linesFor(const photoItem &item, bool isThere)
            Lines{{QStringLiteral("File"), QStringLiteral("missing on the device")}};
 }
 
-// Throws CommandError unless `text`, a decimal number of any length, is one of `ids`.
-quint64 knownId(const std::string &text, const QList<quint64> &ids, const std::string &device)
-{
-    bool isKey = false;
-    const quint64 id = QByteArray::fromStdString(text).toULongLong(&isKey);
-    if (!isKey || !ids.contains(id))
-        throw CommandError(text, "no photo with this id in " + device);
-    return id;
-}
-
 void writePhoto(LibrarySession &session, const std::string &idText, Output &output)
 {
-    const quint64 id = knownId(idText, session.library().photoIDs(), session.deviceName());
+    const quint64 id = knownPhotoId(idText, session);
     photoItem item;
     const bool isThere = session.photo(id, &item);
     for (const auto &line : linesFor(item, isThere)) {
         const QString label = line.first + QLatin1Char(':');
         output.writeLine(QStringLiteral("%1 %2").arg(label, -12).arg(line.second));
     }
-}
-
-bool isNumber(const std::string &text)
-{
-    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
 // People name the device first as well: it is plain which of the two is the id, unless a

@@ -1,0 +1,78 @@
+#include "cli/library_ids.h"
+
+#include "cli/command_error.h"
+#include "cli/library_session.h"
+#include "services/log_output.h"
+
+#include <CLI/CLI.hpp>
+
+namespace {
+
+const char notANumber[] = "not a number";
+
+// Throws CommandError unless `text`, a decimal number of any length, is one of `ids`.
+quint64 knownId(const std::string &text, const QList<quint64> &ids, const std::string &unknown)
+{
+    bool isKey = false;
+    const quint64 id = QByteArray::fromStdString(text).toULongLong(&isKey);
+    if (!isKey || !ids.contains(id))
+        throw CommandError(text, unknown);
+    return id;
+}
+
+} // namespace
+
+bool isNumber(const std::string &text)
+{
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+quint64 knownPhotoId(const std::string &text, LibrarySession &session)
+{
+    return knownId(text, session.library().photoIDs(),
+                   "no photo with this id in " + session.deviceName());
+}
+
+quint64 knownAlbumId(const std::string &text, LibrarySession &session)
+{
+    return knownId(text, session.library().albumIDs(),
+                   "no album with this id in " + session.deviceName());
+}
+
+std::shared_ptr<std::optional<std::string>> addAlbumOption(CLI::App &command)
+{
+    auto album = std::make_shared<std::optional<std::string>>();
+    command
+        .add_option_function<std::string>(
+            "--album", [album](const std::string &id) { *album = id; },
+            "Only the photos and videos of this album, as the command albums lists it")
+        ->check([](const std::string &id) { return isNumber(id) ? "" : notANumber; })
+        ->type_name("ID");
+    return album;
+}
+
+QList<quint64> chosenPhotoIds(LibrarySession &session, const std::optional<std::string> &album)
+{
+    if (!album)
+        return session.library().photoIDs();
+    albumItem item;
+    const LogCapture log; // a failure is one line
+    if (!session.library().getAlbum(knownAlbumId(*album, session), &item))
+        throw CommandError(*album, "an album of a kind that is not shown");
+    return item.photoIDs;
+}
+
+DeviceAndIds splitDeviceAndIds(const std::vector<std::string> &arguments)
+{
+    DeviceAndIds result;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const bool isAtAnEnd = i == 0 || i + 1 == arguments.size();
+        if (isNumber(arguments[i]))
+            result.ids.push_back(arguments[i]);
+        else if (isAtAnEnd && !result.device)
+            result.device = arguments[i];
+        else
+            throw CLI::ValidationError(arguments[i], notANumber);
+    }
+    return result;
+}
