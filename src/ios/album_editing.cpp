@@ -1,28 +1,211 @@
+#include "boundary/photo_records.h"
+#include "host/host_log.h"
+#include "ios/key_lists.h"
 #include "ios/photo_manager.h"
+#include "ios/synthetic_albums.h"
+#include "no_throw.h"
 
-// Albums can not be edited yet: every edit is refused.
+#include <QMutexLocker>
 
-int photo_manager::addPhoto2Album(photoItem *, const quint64 &)
+#include <memory>
+
+namespace {
+
+quint64 widened(qint32 key)
 {
-    return -1;
+    return static_cast<quint64>(static_cast<qint64>(key));
 }
 
-int photo_manager::addPhoto2Album(photoItem *, albumItem *)
+// The key behind `last`. Behind the largest one the keys go on at the lowest, where a
+// device's own ones are left out.
+template <class Record>
+qint32 nextKey(qint32 last, const QMap<quint64, Record *> &records)
 {
-    return -1;
+    quint32 key = static_cast<quint32>(last);
+    do
+        ++key;
+    while (records.contains(widened(static_cast<qint32>(key))));
+    return static_cast<qint32>(key);
 }
 
-int photo_manager::addAlbum(albumItem *)
+qint32 secondsBetween(const QDateTime &from, const QDateTime &to)
 {
-    return -1;
+    return static_cast<qint32>(from.secsTo(to));
 }
 
-int photo_manager::rmAlbum(const quint64 &)
+std::unique_ptr<Camera_Data> assetFor(const photoItem &photo, CameraDB *model,
+                                      const QDateTime &reference)
 {
-    return -1;
+    std::unique_ptr<Camera_Data> asset(new Camera_Data());
+    asset->db = model;
+    asset->pk = photo.id;
+    // The host's code, not the database's: getPhoto shows every code but 1 as a photo.
+    asset->kind = photo.type;
+    asset->name = photo.name;
+    asset->uuid = photo.uuid;
+    asset->createDate = secondsBetween(reference, photo.createDate);
+    asset->width = photo.width;
+    asset->height = photo.height;
+    asset->thumbnailIndex = -1;
+    asset->orientation = photo.orientation;
+    asset->fileName = photo.path;
+    asset->modificationDate = secondsBetween(reference, photo.modifyDate);
+    asset->originalFileSize = static_cast<qint64>(photo.fileSize);
+    return asset;
 }
 
-int photo_manager::updateAlbum(albumItem *)
+std::unique_ptr<Camera_Album> recordFor(const albumItem &album)
 {
-    return -1;
+    std::unique_ptr<Camera_Album> record(new Camera_Album());
+    record->pk = album.id;
+    record->kind = customAlbumKind;
+    record->title = album.name;
+    record->uuid = album.uuid;
+    record->assetKeys = album.photoIDs;
+    return record;
+}
+
+// The keys that are among `wanted`, in their order.
+QList<quint64> keysAmong(const QList<quint64> &keys, const key_set &wanted)
+{
+    QList<quint64> found;
+    for (const quint64 key : keys) {
+        if (wanted.contains(key))
+            found.append(key);
+    }
+    return found;
+}
+
+// The map owns its records, which the other two only point to.
+void freeAsset(CameraDB *model, quint64 key)
+{
+    model->videos.remove(key);
+    model->panoramas.remove(key);
+    delete model->assets.take(key);
+}
+
+} // namespace
+
+int photo_manager::addPhoto2Album(photoItem *photo, albumItem *album)
+{
+    const QMutexLocker locker(&m_recMutex);
+    if (!album || album->id == 0)
+        return -1;
+    return withoutThrowing(-1, [&] {
+        if (addPhoto2Album(photo, album->id) != 0)
+            return -1;
+        album->photoIDs.append(photo->id);
+        return 0;
+    });
+}
+
+int photo_manager::addPhoto2Album(photoItem *photo, const quint64 &albumKey)
+{
+    const QMutexLocker locker(&m_recMutex);
+    // A copy: the reference may be to the photo's own id, which changes.
+    const quint64 key = albumKey;
+    if (!m_pCameraDB || !photo) {
+        Log("PHOTOLIB", 2, "no photolib or photo");
+        return -1;
+    }
+    return withoutThrowing(-1, [&] {
+        if (photo->id == 0)
+            addToLibrary(photo);
+        if (!m_listAlbumIDs.contains(key))
+            return 0;
+        if (Camera_Album *record = m_pCameraDB->albums.value(key))
+            record->assetKeys.append(photo->id);
+        m_mapAlbum2Photos[photoLibraryKey].append(photo->id);
+        return 0;
+    });
+}
+
+void photo_manager::addToLibrary(photoItem *photo)
+{
+    m_pCameraDB->maxAssetPk = nextKey(m_pCameraDB->maxAssetPk, m_pCameraDB->assets);
+    photo->id = widened(m_pCameraDB->maxAssetPk);
+    photo->uuid = makeNewUID();
+    std::unique_ptr<Camera_Data> asset = assetFor(*photo, m_pCameraDB, m_refDate);
+    m_pCameraDB->assets.insert(photo->id, asset.get());
+    asset.release();
+}
+
+int photo_manager::addAlbum(albumItem *album)
+{
+    const QMutexLocker locker(&m_recMutex);
+    if (!m_pCameraDB || !album) {
+        Log("PHOTOLIB", 2, "no photolib or album");
+        return -1;
+    }
+    return withoutThrowing(-1, [&] {
+        m_pCameraDB->maxAlbumPk = nextKey(m_pCameraDB->maxAlbumPk, m_pCameraDB->albums);
+        album->id = widened(m_pCameraDB->maxAlbumPk);
+        album->uuid = makeNewUID();
+        album->type = 6;
+        std::unique_ptr<Camera_Album> record = recordFor(*album);
+        m_pCameraDB->albums.insert(album->id, record.get());
+        record.release();
+        m_listAlbumIDs.append(album->id);
+        return static_cast<int>(m_pCameraDB->maxAlbumPk);
+    });
+}
+
+int photo_manager::updateAlbum(albumItem *album)
+{
+    const QMutexLocker locker(&m_recMutex);
+    if (!album || !m_pCameraDB) {
+        // The low half of the key: the line's number has 32 bits.
+        Log("PHOTOLIB", 2, "can not get the album: %d", album ? static_cast<int>(album->id) : 0);
+        return -1;
+    }
+    return withoutThrowing(-1, [&] {
+        if (album->id == photoLibraryKey)
+            keepInLibrary(album->photoIDs);
+        else if (m_listAlbumIDs.contains(album->id))
+            updateDeviceAlbum(*album);
+        return 0;
+    });
+}
+
+// The albums go on listing the photos that leave: device albums drop them when they are
+// next fetched.
+void photo_manager::keepInLibrary(const QList<quint64> &photos)
+{
+    const QMap<quint64, QList<quint64>>::iterator members = m_mapAlbum2Photos.find(photoLibraryKey);
+    if (members == m_mapAlbum2Photos.end())
+        return;
+    const key_set wanted(photos);
+    const QList<quint64> before = members.value();
+    members.value() = keysAmong(before, wanted);
+    for (const quint64 key : before) {
+        if (!wanted.contains(key))
+            freeAsset(m_pCameraDB, key);
+    }
+}
+
+void photo_manager::updateDeviceAlbum(const albumItem &album)
+{
+    // The synthetic albums have no record to update.
+    Camera_Album *record = m_pCameraDB->albums.value(album.id);
+    if (!record)
+        return;
+    record->title = album.name;
+    record->assetKeys = keysAmong(record->assetKeys, key_set(album.photoIDs));
+}
+
+int photo_manager::rmAlbum(const quint64 &albumKey)
+{
+    const QMutexLocker locker(&m_recMutex);
+    if (!m_pCameraDB)
+        return -1;
+    if (albumKey == photoLibraryKey) {
+        Log("PHOTOLIB", 2, "You can not remove the photo library");
+        return -1;
+    }
+    // Hidden only: the record stays, and with it the key and the uuid, which are not given
+    // out again.
+    return withoutThrowing(-1, [&] {
+        m_listAlbumIDs.removeAll(albumKey);
+        return 0;
+    });
 }

@@ -98,6 +98,11 @@ private:
     bool mergeLibrary();
     void buildView();
     void readLibraryUuid();
+    bool getSyntheticAlbum(quint64 id, albumItem *album);
+    bool getDeviceAlbum(quint64 id, Camera_Album *record, albumItem *album);
+    void addToLibrary(photoItem *photo);
+    void keepInLibrary(const QList<quint64> &photos);
+    void updateDeviceAlbum(const albumItem &album);
 
     static QMap<int, AlbumKindProp> m_mapAlbumKind2Type; ///< by album kind of the database
     static QByteArray m_photoLibUUID;                    ///< uuid of the Photo Library album

@@ -1,6 +1,6 @@
 #include "ios/sync_plist.h"
 
-#include "host/device_files.h"
+#include "ios/open_file.h"
 
 #include <plist/plist.h>
 
@@ -12,30 +12,15 @@ namespace {
 const int mostBytes = 256 * 1024;
 const int mostContainers = 10000;
 
-// Owns an open file.
-class open_file
-{
-public:
-    explicit open_file(VFile *file) : m_file(file) {}
-    ~open_file() { vFileClose(m_file); }
-
-    QByteArray readAll() const;
-
-private:
-    Q_DISABLE_COPY(open_file)
-
-    VFile *m_file;
-};
-
 // What lies behind the first bytes too many is not read: no list of a device is so long.
-QByteArray open_file::readAll() const
+QByteArray readAll(const open_file &file)
 {
     QByteArray content;
     char piece[1024];
     const int pieceSize = sizeof piece;
     int count = 0;
     do {
-        count = vFileRead(m_file, piece, pieceSize);
+        count = vFileRead(file.get(), piece, pieceSize);
         // A count beyond the buffer is a file service's error; the bytes are not ours.
         if (count > 0 && count <= pieceSize)
             content.append(piece, count);
@@ -82,9 +67,9 @@ QByteArray property_list::text(const char *key) const
 
 QByteArray readSyncPlist(VDev *device)
 {
-    VFile *file = vFileOpen(device, "/Photos/Sync/CurrentLibraryUUID.plist", 0);
-    if (!file)
+    const open_file file(vFileOpen(device, "/Photos/Sync/CurrentLibraryUUID.plist", 0));
+    if (!file.get())
         return QByteArray();
-    const QByteArray xml = open_file(file).readAll();
+    const QByteArray xml = readAll(file);
     return isSafeToParse(xml) ? property_list(xml).text("libraryUUID") : QByteArray();
 }
