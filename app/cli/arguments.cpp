@@ -14,6 +14,7 @@ namespace {
 const char examples[] = R"(Examples:
   photolib info                       sum up a sample device, made on first use
   photolib photos /media/phone        list what is on a mounted device
+  photolib albums /media/phone        list its albums
   photolib show 42 ~/phone-copy       all about one photo
   photolib dump ~/phone-copy | jq .   the whole library as JSON
   photolib sample /tmp/phone --assets 500
@@ -41,7 +42,7 @@ void addCommonOptions(CLI::App &app, CommonOptions &options)
 void setUp(CLI::App &app, CommandContext &context)
 {
     app.name("photolib");
-    app.description("Lists the photos and videos in the library of a handheld device.");
+    app.description("Lists the photos, videos and albums in the library of a handheld device.");
     app.footer(examples);
     app.set_version_flag("--version", "photolib " PHOTOLIB_VERSION);
     app.require_subcommand(1);
@@ -49,6 +50,7 @@ void setUp(CLI::App &app, CommandContext &context)
     addCommonOptions(app, context.options);
     addInfoCommand(app, context);
     addPhotosCommand(app, context);
+    addAlbumsCommand(app, context);
     addShowCommand(app, context);
     addDumpCommand(app, context);
     addSampleCommand(app, context);

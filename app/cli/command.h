@@ -24,6 +24,7 @@ struct CommandContext {
 void addSampleCommand(CLI::App &app, CommandContext &context);
 void addInfoCommand(CLI::App &app, CommandContext &context);
 void addPhotosCommand(CLI::App &app, CommandContext &context);
+void addAlbumsCommand(CLI::App &app, CommandContext &context);
 void addShowCommand(CLI::App &app, CommandContext &context);
 void addDumpCommand(CLI::App &app, CommandContext &context);
 

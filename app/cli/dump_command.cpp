@@ -2,6 +2,9 @@
 #include "cli/library_session.h"
 #include "cli/output.h"
 #include "cli/photo_text.h"
+#include "services/log_output.h"
+
+#include <QCryptographicHash>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -55,17 +58,43 @@ void writeMember(Output &output, const char *name, const Json &value)
     output.write(QByteArray::fromStdString(Json(name).dump() + ": " + value.dump() + ",\n"));
 }
 
-// One photo at a time, for a large library as one JSON value would take far more memory
-// than the library itself.
-void writePhotos(LibrarySession &session, Output &output)
+Json albumObject(LibrarySession &session, quint64 id)
 {
-    output.write("\"photos\": [");
+    albumItem item;
+    if (!session.library().getAlbum(id, &item))
+        return {{"id", id}, {"ok", false}};
+    return {
+        {"id", item.id},           {"ok", true},        {"uuid", item.uuid.toHex().toStdString()},
+        {"name", utf8(item.name)}, {"type", item.type}, {"photoIds", idList(item.photoIDs)},
+    };
+}
+
+Json thumbnailObject(LibrarySession &session, quint64 id)
+{
+    QByteArray bytes;
+    const int result = session.library().getPhotoThumbnail(id, bytes);
+    const QByteArray hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+    return {
+        {"id", id},
+        {"result", result},
+        {"bytes", bytes.size()},
+        {"sha256", hash.toHex().toStdString()},
+    };
+}
+
+using ObjectMaker = Json (*)(LibrarySession &, quint64);
+
+// One object at a time, for a large library as one JSON value would take far more memory
+// than the library itself.
+void writeObjects(LibrarySession &session, const QList<quint64> &ids, ObjectMaker make,
+                  Output &output)
+{
     const char *separator = "\n";
-    for (const quint64 id : session.library().photoIDs()) {
-        output.write(separator + QByteArray::fromStdString(photoObject(session, id).dump()));
+    for (const quint64 id : ids) {
+        const LogCapture log; // the object says whether it failed
+        output.write(separator + QByteArray::fromStdString(make(session, id).dump()));
         separator = ",\n";
     }
-    output.write("\n]");
 }
 
 void writeLibrary(LibrarySession &session, Output &output)
@@ -78,8 +107,13 @@ void writeLibrary(LibrarySession &session, Output &output)
     writeMember(output, "photoIds", idList(library.photoIDs()));
     writeMember(output, "albumCount", library.albumCnt());
     writeMember(output, "albumIds", idList(library.albumIDs()));
-    writePhotos(session, output);
-    output.write("\n}\n");
+    output.write("\"photos\": [");
+    writeObjects(session, library.photoIDs(), photoObject, output);
+    output.write("\n],\n\"albums\": [");
+    writeObjects(session, library.albumIDs(), albumObject, output);
+    output.write("\n],\n\"thumbnails\": [");
+    writeObjects(session, library.photoIDs(), thumbnailObject, output);
+    output.write("\n]\n}\n");
 }
 
 } // namespace

@@ -1,0 +1,59 @@
+#include "cli/album_table.h"
+
+#include "boundary/photo_manager_int.h"
+#include "boundary/photo_records.h"
+#include "cli/text_table.h"
+#include "services/log_output.h"
+#include "services/printable.h"
+
+// Unlike the names of files, titles arrive as they were written: there is no encoding to
+// undo.
+QString albumNameText(const QString &name)
+{
+    return printable(name);
+}
+
+QString albumKindText(qint32 type)
+{
+    switch (type) {
+    case 1:
+        return QStringLiteral("camera roll");
+    case 2:
+        return QStringLiteral("panoramas");
+    case 3:
+        return QStringLiteral("videos");
+    case 4:
+        return QStringLiteral("album");
+    case 5:
+        return QStringLiteral("photo library");
+    case 6:
+        return QStringLiteral("user album");
+    default:
+        return QStringLiteral("unknown");
+    }
+}
+
+QStringList albumRow(photo_manager_int &library, quint64 id)
+{
+    albumItem item;
+    const bool isShown = library.getAlbum(id, &item);
+    if (!isShown)
+        return {QString::number(id), albumNameText(item.name), QStringLiteral("not shown"),
+                QString()};
+    return {QString::number(id), albumNameText(item.name), albumKindText(item.type),
+            QString::number(item.photoIDs.size())};
+}
+
+void writeAlbumTable(photo_manager_int &library, Output &output)
+{
+    TextTable table({QStringLiteral("ID"), QStringLiteral("NAME"), QStringLiteral("KIND"),
+                     QStringLiteral("PHOTOS")});
+    constexpr int idColumn = 0;
+    constexpr int countColumn = 3;
+    table.alignRight(idColumn);
+    table.alignRight(countColumn);
+    const LogCapture log; // the table says what is not shown
+    for (const quint64 id : library.albumIDs())
+        table.addRow(albumRow(library, id));
+    table.write(output);
+}
