@@ -100,6 +100,8 @@ private:
     void readLibraryUuid();
     bool getSyntheticAlbum(quint64 id, albumItem *album);
     bool getDeviceAlbum(quint64 id, Camera_Album *record, albumItem *album);
+    bool readThumbnail(qint32 index, PhotoThumb *thumb);
+    bool appendImage(PhotoThumb *thumb, QByteArray &out);
     void addToLibrary(photoItem *photo);
     void keepInLibrary(const QList<quint64> &photos);
     void updateDeviceAlbum(const albumItem &album);

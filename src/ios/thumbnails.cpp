@@ -1,13 +1,263 @@
+#include "cameradb/prefetch.h"
+#include "host/device_files.h"
+#include "host/host_log.h"
+#include "ios/bmp_header.h"
+#include "ios/open_file.h"
 #include "ios/photo_manager.h"
+#include "ios/thumbnail_rows.h"
+#include "no_throw.h"
 
-// Thumbnails are not read yet: every request fails.
-int photo_manager::getPhotoThumbnail(const quint64 &, QByteArray &)
+#include <QtEndian>
+
+#include <limits>
+#include <vector>
+
+namespace {
+
+struct thumbnail_file {
+    const char *path;
+    ThumbType type;
+};
+
+// The largest pictures first, then the formats of older systems.
+const thumbnail_file thumbnailFiles[] = {
+    {"/PhotoData/Thumbnails/332x332.ithmb", {223104, 336, 332, 332}},
+    {"/PhotoData/Thumbnails/240x240.ithmb", {115200, 240, 240, 240}},
+    {"/PhotoData/Thumbnails/166x166.ithmb", {55776, 168, 166, 166}},
+    {"/PhotoData/Thumbnails/158x158.ithmb", {50560, 160, 158, 158}},
+    {"/PhotoData/Thumbnails/120x120.ithmb", {28800, 120, 120, 120}},
+    {"/PhotoData/Thumbnails/3319.ithmb", {50240, 160, 157, 157}},
+    {"/PhotoData/Thumbnails/4031.ithmb", {28800, 120, 120, 120}},
+    {"/PhotoData/Thumbnails/3309.ithmb", {8192, 64, 64, 64}},
+};
+
+// The ready pictures of one asset, the best first.
+const char *const readyPictures[] = {"5005.JPG", "5003.JPG", "3507.JPG", "3505.JPG"};
+
+const int trailerBytes = sizeof PhotoThumb().info;
+const int widthOffset = 16;  // of the picture's width in the trailer
+const int heightOffset = 20; // of its height
+
+qint32 pictureWidth(const PhotoThumb &thumb)
 {
-    return -1;
+    return qFromLittleEndian<qint32>(thumb.info + widthOffset);
+}
+
+qint32 pictureHeight(const PhotoThumb &thumb)
+{
+    return qFromLittleEndian<qint32>(thumb.info + heightOffset);
+}
+
+// Where a picture lies in the middle of its frame, in stored pixels.
+struct placement {
+    placement(const ThumbType &type, qint64 width, qint64 height)
+        : rowPixels(type.rowPixels), left((type.width - width) / 2),
+          bottomRow(type.height - 1 - (type.height - height) / 2)
+    {
+    }
+
+    // Of the first pixel of the output row `y`, the bottom one being 0.
+    qint64 pixel(qint64 y) const { return (bottomRow - y) * rowPixels + left; }
+
+    qint64 rowPixels;
+    qint64 left;
+    qint64 bottomRow;
+};
+
+// The picture's size comes from the device and may be anything.
+bool liesInPixels(const ThumbType &type, qint64 width, qint64 height)
+{
+    if (width <= 0 || height <= 0)
+        return width >= 0; // nothing is read
+    const placement place(type, width, height);
+    const qint64 pixels = type.dataSize / 2;
+    return place.pixel(height - 1) >= 0 && place.pixel(0) <= pixels - width;
+}
+
+// Bytes of the rows of a BMP image. False when its headers can not hold the sizes, or when
+// it does not fit behind the `before` bytes of a byte array. A picture of negative height
+// has no rows, but its size is in the headers.
+bool imageSize(qint64 width, qint64 height, int before, qint64 *bytes)
+{
+    const qint64 most = std::numeric_limits<qint32>::max();
+    const qint64 rowBytes = bmp::rowBytes(width);
+    if (height != 0 && rowBytes > most)
+        return false;
+    *bytes = rowBytes * height;
+    return *bytes >= -most && *bytes <= most - bmp::headerBytes - before;
+}
+
+// What fills the rows up to a multiple of 4 bytes. The rest is about to be written.
+void clearRowEnds(unsigned char *rows, qint64 width, qint64 height)
+{
+    const qint64 rowBytes = bmp::rowBytes(width);
+    const qint64 pixelBytes = width * 3;
+    for (qint64 y = 0; pixelBytes < rowBytes && y < height; ++y) {
+        for (qint64 i = pixelBytes; i < rowBytes; ++i)
+            rows[y * rowBytes + i] = 0;
+    }
+}
+
+void prefetchRow(const unsigned char *row, qint64 bytes)
+{
+    const int cacheLine = 64;
+    for (qint64 i = 0; i < bytes; i += cacheLine)
+        prefetch(row + i);
+}
+
+// The pixels of one record: kept for the thread's next request, since a host may ask for
+// every thumbnail of a library, and a record is too large to be allocated each time.
+void *pixelBuffer(int bytes)
+{
+    thread_local std::vector<char> buffer;
+    if (buffer.size() < static_cast<size_t>(bytes))
+        buffer.resize(static_cast<size_t>(bytes));
+    return buffer.data();
+}
+
+bool seekToRecord(VFile *file, const ThumbType &type, qint32 index)
+{
+    // Wraps beyond 4 GiB; no device has so long a file.
+    const quint32 recordBytes = static_cast<quint32>(type.dataSize + trailerBytes);
+    const qint64 offset = recordBytes * static_cast<quint32>(index);
+    if (vFileSeek(file, offset, 0) == offset)
+        return true;
+    Log("PHOTOLIB", 2, "Can seek to offset %lld while getting ithmb",
+        static_cast<long long>(offset));
+    return false;
+}
+
+bool readRecord(VFile *file, const ThumbType &type, PhotoThumb *thumb)
+{
+    thumb->data = pixelBuffer(type.dataSize);
+    if (vFileRead(file, static_cast<char *>(thumb->data), type.dataSize) != type.dataSize) {
+        Log("PHOTOLIB", 2, "Can not read ithmb data");
+        return false;
+    }
+    if (vFileRead(file, reinterpret_cast<char *>(thumb->info), trailerBytes) != trailerBytes) {
+        Log("PHOTOLIB", 2, "Can not read ithmb info");
+        return false;
+    }
+    return true;
+}
+
+bool readWhole(VFile *file, QByteArray &out)
+{
+    vFileSeek(file, 0, 2);
+    const qint64 size = vFileTell(file);
+    if (size < 0 || size > std::numeric_limits<int>::max())
+        return false;
+    // A file that says it is larger than memory is one that can not be read, too.
+    return withoutThrowing(false, [&] {
+        QByteArray content(static_cast<int>(size), Qt::Uninitialized);
+        vFileSeek(file, 0, 0);
+        if (vFileRead(file, content.data(), content.size()) != content.size())
+            return false;
+        out = content;
+        return true;
+    });
+}
+
+} // namespace
+
+int photo_manager::getPhotoThumbnail(const quint64 &id, QByteArray &out)
+{
+    const Camera_Data *asset = m_pCameraDB ? m_pCameraDB->assets.value(id) : nullptr;
+    if (!asset)
+        return 0;
+    return withoutThrowing(-1, [&] {
+        if (checkV2Thumbnail(asset, out))
+            return 0;
+        PhotoThumb thumb;
+        return readThumbnail(asset->thumbnailIndex, &thumb) && appendImage(&thumb, out) ? 0 : -1;
+    });
 }
 
 // The host reads source files itself, by `photoItem::path`.
 int photo_manager::getSourcePhoto(const quint64 &, QByteArray &)
 {
     return 0;
+}
+
+bool photo_manager::checkV2Thumbnail(const Camera_Data *asset, QByteArray &out)
+{
+    const QString base = QString::fromLatin1("/PhotoData/Thumbnails/V2/%1/%2")
+                             .arg(asset->directory)
+                             .arg(asset->fileName);
+    for (const char *name : readyPictures) {
+        if (!m_pVDev)
+            continue;
+        const QByteArray path = (base + QLatin1Char('/') + QLatin1String(name)).toUtf8();
+        const open_file file(vFileOpen(m_pVDev, path.constData(), 0));
+        if (file.get() && readWhole(file.get(), out))
+            return true;
+    }
+    return false;
+}
+
+VFile *photo_manager::decideThmbFile(ThumbType *type)
+{
+    for (const thumbnail_file &candidate : thumbnailFiles) {
+        VFile *const file = m_pVDev ? vFileOpen(m_pVDev, candidate.path, 0) : nullptr;
+        if (!file)
+            continue;
+        *type = candidate.type;
+        return file;
+    }
+    return nullptr;
+}
+
+bool photo_manager::readThumbnail(qint32 index, PhotoThumb *thumb)
+{
+    if (index < 0) {
+        Log("PHOTOLIB", 1, "This is a newly added photo?");
+        return false;
+    }
+    if (!m_pThmbFile)
+        m_pThmbFile = decideThmbFile(&m_thmbType);
+    if (!m_pThmbFile) {
+        Log("PHOTOLIB", 2, "Can not decide teh iThmb file");
+        return false;
+    }
+    return seekToRecord(m_pThmbFile, m_thmbType, index) &&
+           readRecord(m_pThmbFile, m_thmbType, thumb);
+}
+
+bool photo_manager::appendImage(PhotoThumb *thumb, QByteArray &out)
+{
+    const qint32 width = pictureWidth(*thumb);
+    const qint32 height = pictureHeight(*thumb);
+    const int before = out.size();
+    qint64 imageBytes = 0;
+    if (!liesInPixels(m_thmbType, width, height) ||
+        !imageSize(width, height, before, &imageBytes)) {
+        Log("PHOTOLIB", 2, "Can not read ithmb info");
+        return false;
+    }
+    const int rowsStart = before + bmp::headerBytes;
+    out.resize(rowsStart + static_cast<int>(qMax<qint64>(imageBytes, 0)));
+    unsigned char *const rows = reinterpret_cast<unsigned char *>(out.data()) + rowsStart;
+    bmp::writeHeaders(width, height, imageBytes, rows - bmp::headerBytes);
+    clearRowEnds(rows, width, height);
+    convertThmb2BMP(thumb, &m_thmbType, rows);
+    return true;
+}
+
+void photo_manager::convertThmb2BMP(PhotoThumb *thumb, ThumbType *type, unsigned char *out)
+{
+    const qint32 width = pictureWidth(*thumb);
+    const qint32 height = pictureHeight(*thumb);
+    if (width <= 0)
+        return;
+    // The rows are read upwards, which no processor expects.
+    const qint32 rowsAhead = 4;
+    const placement place(*type, width, height);
+    const unsigned char *const pixels = static_cast<const unsigned char *>(thumb->data);
+    const row_converter convertRow = fastestRowConverter();
+    for (qint32 y = 0; y < height; ++y) {
+        if (y < height - rowsAhead)
+            prefetchRow(pixels + 2 * place.pixel(y + rowsAhead), 2 * qint64(width));
+        convertRow(pixels + 2 * place.pixel(y), out, width);
+        out += bmp::rowBytes(width);
+    }
 }
