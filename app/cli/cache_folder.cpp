@@ -27,3 +27,8 @@ QByteArray defaultWorkFolder(const QByteArray &deviceFolder)
     constexpr int digits = 16; // plenty to tell one user's devices apart
     return cacheFolder() + "/work/" + hash.toHex().left(digits);
 }
+
+bool liesIn(const QByteArray &path, const QByteArray &folder)
+{
+    return (canonicalPath(path) + '/').startsWith(canonicalPath(folder) + '/');
+}

@@ -14,4 +14,7 @@ QByteArray defaultWorkFolder(const QByteArray &deviceFolder);
 /// `path` with links and ".." resolved; `path` itself when it does not exist.
 QByteArray canonicalPath(const QByteArray &path);
 
+/// Whether `path` is the existing folder `folder` or lies in it, links resolved.
+bool liesIn(const QByteArray &path, const QByteArray &folder);
+
 #endif // PHOTOLIB_CLI_CACHE_FOLDER_H

@@ -41,11 +41,11 @@ void lock(const UniqueFd &fd)
 
 } // namespace
 
-EnsuredFolder::EnsuredFolder(const QByteArray &path)
+EnsuredFolder::EnsuredFolder(const QByteArray &path, mode_t mode)
 {
     for (int end = path.indexOf('/', 1); end >= 0; end = path.indexOf('/', end + 1))
-        create(path.left(end));
-    create(path);
+        create(path.left(end), mode);
+    create(path, mode);
 }
 
 EnsuredFolder::~EnsuredFolder()
@@ -54,11 +54,11 @@ EnsuredFolder::~EnsuredFolder()
         ::rmdir(m_created.takeLast().constData());
 }
 
-void EnsuredFolder::create(const QByteArray &path)
+void EnsuredFolder::create(const QByteArray &path, mode_t mode)
 {
     if (isFolder(path))
         return;
-    if (::mkdir(path.constData(), 0700) == 0)
+    if (::mkdir(path.constData(), mode) == 0)
         m_created.append(path);
     else if (errno != EEXIST || !isFolder(path))
         fail(path);

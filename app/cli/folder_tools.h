@@ -6,14 +6,17 @@
 #include <QByteArray>
 #include <QList>
 
+#include <sys/types.h>
+
 /// A folder that exists as long as the object lives, and after it when it was there before
 /// or is kept: what the object had to create, parents included, it removes at its end as
 /// far as it is empty.
 class EnsuredFolder
 {
 public:
-    /// Creates `path` and its missing parents for the user alone. Throws CommandError.
-    explicit EnsuredFolder(const QByteArray &path);
+    /// Creates `path` and its missing parents, for the user alone unless `mode` says
+    /// otherwise. Throws CommandError.
+    explicit EnsuredFolder(const QByteArray &path, mode_t mode = 0700);
     ~EnsuredFolder();
 
     EnsuredFolder(const EnsuredFolder &) = delete;
@@ -22,7 +25,7 @@ public:
     void keep() { m_created.clear(); }
 
 private:
-    void create(const QByteArray &path);
+    void create(const QByteArray &path, mode_t mode);
 
     QList<QByteArray> m_created; // parents first
 };

@@ -20,10 +20,19 @@ std::shared_ptr<std::optional<std::string>> addDeviceArgument(CLI::App &command)
 int runOnLibrary(const CommandContext &context, const std::optional<std::string> &device,
                  const std::function<void(LibrarySession &, Output &)> &write)
 {
+    return workOnLibrary(context, device, [&write](LibrarySession &session, Output &output) {
+        write(session, output);
+        return 0;
+    });
+}
+
+int workOnLibrary(const CommandContext &context, const std::optional<std::string> &device,
+                  const std::function<int(LibrarySession &, Output &)> &work)
+{
     LibrarySession session(context.options, device);
     Output output([&session] { session.announce(); });
-    write(session, output);
+    const int exitCode = work(session, output);
     output.flush();
     session.keepCopies();
-    return 0;
+    return exitCode;
 }

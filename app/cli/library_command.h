@@ -20,4 +20,8 @@ std::shared_ptr<std::optional<std::string>> addDeviceArgument(CLI::App &command)
 int runOnLibrary(const CommandContext &context, const std::optional<std::string> &device,
                  const std::function<void(LibrarySession &, Output &)> &write);
 
+/// The same for work that may fail in part: `work` returns the exit code.
+int workOnLibrary(const CommandContext &context, const std::optional<std::string> &device,
+                  const std::function<int(LibrarySession &, Output &)> &work);
+
 #endif // PHOTOLIB_CLI_LIBRARY_COMMAND_H

@@ -60,10 +60,8 @@ QList<QByteArray> withoutHarmless(const QList<QByteArray> &failures, const Datab
 
 [[noreturn]] void failInterrupted(const DatabaseCopy &copy)
 {
-    const QString amounts =
-        QStringLiteral("%1 of %2").arg(byteCountText(copy.done()), byteCountText(copy.total()));
     throw CommandError(CommandError::interrupted,
-                       "interrupted: " + amounts.toStdString() +
+                       "interrupted: " + byteCountsText(copy.done(), copy.total()).toStdString() +
                            " of the database copied; the partial copy is " +
                            copy.localDatabase().toStdString());
 }
@@ -130,8 +128,10 @@ void LibrarySession::runParse(DatabaseCopy &copy)
     {
         const LogCapture log;
         const TransferWatch watch(&copy);
-        ProgressBar bar(showsProgress(), copy.total());
-        result = parseLibrary(*m_library, *m_plugin, [&] { bar.show(copy.done()); });
+        ProgressBar bar(showsProgress(), QStringLiteral("Copying the database"));
+        result = parseLibrary(*m_library, *m_plugin, [&] {
+            bar.show(copy.done(), copy.total(), byteCountsText(copy.done(), copy.total()));
+        });
         failures = withoutHarmless(log.failures(), copy);
     }
     if (result == ParseResult::Interrupted) {

@@ -34,6 +34,12 @@ public:
     /// The device's folder as the user named it.
     const std::string &deviceName() const { return m_name; }
 
+    /// The device's files; any thread may use them as long as the session lives.
+    DeviceFileSystem &files() { return *m_files; }
+
+    /// Whether progress is to be shown on stderr.
+    bool showsProgress() const;
+
     /// Says on stderr that a sample is shown, if one is and nobody asked for quiet. To be
     /// called once, when the result is about to be written: a failure stays one line.
     void announce() const;
@@ -46,7 +52,6 @@ private:
     QByteArray workFolderName() const;
     void parse();
     void runParse(DatabaseCopy &copy);
-    bool showsProgress() const;
 
     const CommonOptions m_options;
     std::string m_name;

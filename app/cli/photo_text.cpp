@@ -4,12 +4,17 @@
 #include "services/device_names.h"
 #include "services/printable.h"
 
-QString nameText(const QString &name)
+QString writtenName(const QString &name)
 {
     const QByteArray stored = undoneEncoding(name.toUtf8());
     const QString text = QString::fromUtf8(stored);
     const bool isUtf8 = !stored.isEmpty() && text.toUtf8() == stored;
-    return printable(isUtf8 ? text : name);
+    return isUtf8 ? text : name;
+}
+
+QString nameText(const QString &name)
+{
+    return printable(writtenName(name));
 }
 
 QString kindText(const photoItem &item)
@@ -32,6 +37,24 @@ QString isoText(const QDateTime &date)
 QString dateText(const QDateTime &date)
 {
     return date.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+}
+
+QString durationText(qint64 seconds)
+{
+    const QString rest = QStringLiteral("%1:%2");
+    const auto twoDigits = [](qint64 number) {
+        return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
+    };
+    const qint64 minutes = seconds / 60;
+    if (minutes < 60)
+        return rest.arg(minutes).arg(twoDigits(seconds % 60));
+    return rest.arg(minutes / 60).arg(twoDigits(minutes % 60)) + QLatin1Char(':') +
+           twoDigits(seconds % 60);
+}
+
+QString labelText(const photoItem &item)
+{
+    return item.path.isEmpty() ? QString::number(item.id) : nameText(item.path);
 }
 
 bool isInBurst(const photoItem &item)

@@ -9,8 +9,11 @@ class photoItem;
 /// The plug-in's code for a video in `photoItem::type`.
 constexpr int videoType = 2;
 
-/// A name or path from the plug-in as the person who gave it wrote it, safe to show: the
-/// plug-in reads names as Latin-1 though devices write UTF-8.
+/// A name or path from the plug-in as the person who gave it wrote it: the plug-in reads
+/// names as Latin-1 though devices write UTF-8. Not safe to show.
+QString writtenName(const QString &name);
+
+/// `writtenName`, safe to show.
 QString nameText(const QString &name);
 
 /// "photo" or "video".
@@ -24,6 +27,12 @@ QString isoText(const QDateTime &date);
 
 /// "2020-01-31 10:20:30", UTC; empty for an invalid date.
 QString dateText(const QDateTime &date);
+
+/// "0:07" or "1:02:03".
+QString durationText(qint64 seconds);
+
+/// What tells the item from others in a message: its path, or its id when it has none.
+QString labelText(const photoItem &item);
 
 /// Whether the item belongs to a burst, whose group `avalancheUUID` names.
 bool isInBurst(const photoItem &item);

@@ -8,15 +8,11 @@ namespace {
 
 constexpr int barWidth = 30;
 
-QByteArray barText(qint64 bytes, qint64 total)
+QString filledBar(qint64 done, qint64 total)
 {
-    const double part = total > 0 ? qBound(0.0, double(bytes) / double(total), 1.0) : 1.0;
+    const double part = total > 0 ? qBound(0.0, double(done) / double(total), 1.0) : 1.0;
     const int filled = static_cast<int>(part * barWidth);
-    const QString text =
-        QStringLiteral("Copying the database [%1%2] %3 of %4")
-            .arg(QString(filled, QLatin1Char('#')), QString(barWidth - filled, QLatin1Char('.')),
-                 byteCountText(bytes), byteCountText(total));
-    return text.toUtf8();
+    return QString(filled, QLatin1Char('#')) + QString(barWidth - filled, QLatin1Char('.'));
 }
 
 } // namespace
@@ -26,23 +22,35 @@ QString byteCountText(qint64 bytes)
     return QLocale::c().formattedDataSize(bytes, bytes < 1024 ? 0 : 1);
 }
 
-ProgressBar::ProgressBar(bool isShown, qint64 total) : m_isShown(isShown), m_total(total) {}
+QString byteCountsText(qint64 bytes, qint64 total)
+{
+    // The files may have grown since they were measured.
+    return QStringLiteral("%1 of %2").arg(byteCountText(bytes), byteCountText(qMax(bytes, total)));
+}
+
+ProgressBar::ProgressBar(bool isShown, const QString &task) : m_isShown(isShown), m_task(task) {}
 
 ProgressBar::~ProgressBar()
 {
-    if (!m_drawn.isEmpty())
-        draw(QByteArray());
+    hide();
 }
 
-void ProgressBar::show(qint64 bytes)
+void ProgressBar::show(qint64 done, qint64 total, const QString &amounts)
 {
     if (!m_isShown)
         return;
-    // The files may have grown since they were measured.
-    const QByteArray text = barText(bytes, qMax(bytes, m_total));
-    if (text != m_drawn)
-        draw(text);
-    m_drawn = text;
+    const QString text = QStringLiteral("%1 [%2] %3").arg(m_task, filledBar(done, total), amounts);
+    const QByteArray bytes = text.toUtf8();
+    if (bytes != m_drawn)
+        draw(bytes);
+    m_drawn = bytes;
+}
+
+void ProgressBar::hide()
+{
+    if (!m_drawn.isEmpty())
+        draw(QByteArray());
+    m_drawn.clear();
 }
 
 void ProgressBar::draw(const QByteArray &text)

@@ -8,12 +8,15 @@
 /// "3.0 MiB" for a number of bytes.
 QString byteCountText(qint64 bytes);
 
-/// One line on stderr that shows how many bytes of a total are copied.
+/// "3.0 MiB of 12.3 MiB".
+QString byteCountsText(qint64 bytes, qint64 total);
+
+/// One line on stderr that shows how much of a task is done.
 class ProgressBar
 {
 public:
-    /// Shows nothing at all unless `isShown`. `total` is in bytes and only an estimate.
-    ProgressBar(bool isShown, qint64 total);
+    /// Shows nothing at all unless `isShown`. `task` says what is being done.
+    ProgressBar(bool isShown, const QString &task);
 
     /// Takes the bar off the line again.
     ~ProgressBar();
@@ -21,13 +24,18 @@ public:
     ProgressBar(const ProgressBar &) = delete;
     ProgressBar &operator=(const ProgressBar &) = delete;
 
-    void show(qint64 bytes);
+    /// Fills the bar by `done` of `total`, in whatever unit; `amounts` tells a person.
+    void show(qint64 done, qint64 total, const QString &amounts);
+
+    /// Takes the bar off the line until it is shown the next time, so that another line
+    /// can be written.
+    void hide();
 
 private:
     void draw(const QByteArray &text);
 
     const bool m_isShown;
-    const qint64 m_total;
+    const QString m_task;
     QByteArray m_drawn;
 };
 

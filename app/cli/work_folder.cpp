@@ -26,9 +26,7 @@ QByteArray checkedPath(const QByteArray &path)
 
 void refuseInside(const QByteArray &path, const QByteArray &deviceFolder)
 {
-    const QByteArray inner = canonicalPath(path) + '/';
-    const QByteArray outer = canonicalPath(deviceFolder) + '/';
-    if (inner.startsWith(outer))
+    if (liesIn(path, deviceFolder))
         throw CommandError(path.toStdString(), "the work folder must not lie in the device");
 }
 

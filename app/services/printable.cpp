@@ -21,15 +21,6 @@ int sequenceLength(const QByteArray &text, int at)
     return QString::fromUtf8(sequence).toUtf8() == sequence ? length : 0;
 }
 
-bool isShown(uint character)
-{
-    const bool isDirection = (character >= 0x202a && character <= 0x202e) ||
-                             (character >= 0x2066 && character <= 0x2069) || character == 0x200e ||
-                             character == 0x200f;
-    const bool isLineBreak = character == 0x2028 || character == 0x2029;
-    return !isDirection && !isLineBreak && QChar::category(character) != QChar::Other_Control;
-}
-
 // What most names are.
 bool isPlain(const QByteArray &text)
 {
@@ -46,6 +37,15 @@ QByteArray escaped(const QByteArray &bytes)
 
 } // namespace
 
+bool isPrintable(uint character)
+{
+    const bool isDirection = (character >= 0x202a && character <= 0x202e) ||
+                             (character >= 0x2066 && character <= 0x2069) || character == 0x200e ||
+                             character == 0x200f;
+    const bool isLineBreak = character == 0x2028 || character == 0x2029;
+    return !isDirection && !isLineBreak && QChar::category(character) != QChar::Other_Control;
+}
+
 QByteArray printable(const QByteArray &text)
 {
     if (isPlain(text))
@@ -54,7 +54,7 @@ QByteArray printable(const QByteArray &text)
     for (int at = 0; at < text.size();) {
         const int length = sequenceLength(text, at);
         const QByteArray sequence = text.mid(at, qMax(length, 1));
-        const bool show = length > 0 && isShown(QString::fromUtf8(sequence).toUcs4().first());
+        const bool show = length > 0 && isPrintable(QString::fromUtf8(sequence).toUcs4().first());
         result += show ? sequence : escaped(sequence);
         at += sequence.size();
     }

@@ -10,4 +10,7 @@
 QByteArray printable(const QByteArray &text);
 QString printable(const QString &text);
 
+/// Whether the Unicode character needs no escape in such a text.
+bool isPrintable(uint character);
+
 #endif // PHOTOLIB_SERVICES_PRINTABLE_H

@@ -1,0 +1,148 @@
+#include "cli/new_file.h"
+
+#include <QRandomGenerator>
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+
+namespace {
+
+constexpr mode_t usualMode = 0666; // less what the umask takes
+
+[[noreturn]] void fail(int code)
+{
+    throw std::system_error(code, std::generic_category());
+}
+
+void check(int result)
+{
+    if (result < 0)
+        fail(errno);
+}
+
+QByteArray temporaryName()
+{
+    return ".photolib-" + QByteArray::number(QRandomGenerator::system()->generate64(), 16) +
+           ".part";
+}
+
+timespec timeOf(qint64 nanoseconds)
+{
+    constexpr qint64 second = 1000000000;
+    timespec time = {};
+    time.tv_sec = nanoseconds / second;
+    time.tv_nsec = nanoseconds % second;
+    if (time.tv_nsec < 0) { // before 1970
+        time.tv_nsec += second;
+        --time.tv_sec;
+    }
+    return time;
+}
+
+} // namespace
+
+NewFile::NewFile(int folder, Hiding hiding) : m_folder(folder)
+{
+    if (hiding == Hiding::BestAvailable)
+        m_fd = UniqueFd(::openat(m_folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, usualMode));
+    if (m_fd.isOpen())
+        return;
+    const QByteArray name = temporaryName();
+    const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    m_fd = UniqueFd(::openat(m_folder, name.constData(), flags, usualMode));
+    check(m_fd.get());
+    m_temporaryName = name;
+}
+
+NewFile::~NewFile()
+{
+    if (!m_temporaryName.isEmpty())
+        ::unlinkat(m_folder, m_temporaryName.constData(), 0);
+}
+
+void NewFile::write(const char *bytes, qint64 length)
+{
+    while (length > 0) {
+        const ssize_t count = ::write(m_fd.get(), bytes, static_cast<size_t>(length));
+        if (count < 0 && errno == EINTR)
+            continue;
+        check(static_cast<int>(count));
+        bytes += count;
+        length -= count;
+    }
+}
+
+void NewFile::setModified(qint64 nanoseconds)
+{
+    const timespec times[] = {{0, UTIME_NOW}, timeOf(nanoseconds)};
+    check(::futimens(m_fd.get(), times));
+}
+
+void NewFile::sync()
+{
+    check(::fsync(m_fd.get()));
+}
+
+bool NewFile::giveName(const QByteArray &name)
+{
+    if (m_temporaryName.isEmpty())
+        return linkTo(name);
+    return renameTo(name);
+}
+
+void NewFile::replace(const QByteArray &name)
+{
+    if (m_temporaryName.isEmpty()) {
+        const QByteArray temporary = temporaryName();
+        if (!linkTo(temporary))
+            fail(EEXIST);
+        m_temporaryName = temporary;
+    }
+    check(::renameat(m_folder, m_temporaryName.constData(), m_folder, name.constData()));
+    m_temporaryName.clear();
+}
+
+bool NewFile::linkTo(const QByteArray &name)
+{
+    const QByteArray self = "/proc/self/fd/" + QByteArray::number(m_fd.get());
+    if (::linkat(AT_FDCWD, self.constData(), m_folder, name.constData(), AT_SYMLINK_FOLLOW) == 0)
+        return true;
+    if (errno != EEXIST)
+        fail(errno);
+    return false;
+}
+
+bool NewFile::renameTo(const QByteArray &name)
+{
+    const int result = ::renameat2(m_folder, m_temporaryName.constData(), m_folder,
+                                   name.constData(), RENAME_NOREPLACE);
+    if (result == 0) {
+        m_temporaryName.clear();
+        return true;
+    }
+    if (errno == EEXIST)
+        return false;
+    if (errno != EINVAL && errno != ENOSYS)
+        fail(errno);
+    return linkAndRemove(name);
+}
+
+// For disks and systems that can not rename without replacing.
+bool NewFile::linkAndRemove(const QByteArray &name)
+{
+    if (::linkat(m_folder, m_temporaryName.constData(), m_folder, name.constData(), 0) == 0)
+        return true; // the end of the object removes the temporary name
+    if (errno != EEXIST)
+        fail(errno);
+    return false;
+}
+
+void replaceFile(int folder, const QByteArray &name, const QByteArray &bytes)
+{
+    NewFile file(folder);
+    file.write(bytes.constData(), bytes.size());
+    file.replace(name);
+}

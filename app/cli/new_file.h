@@ -1,0 +1,59 @@
+#ifndef PHOTOLIB_CLI_NEW_FILE_H
+#define PHOTOLIB_CLI_NEW_FILE_H
+
+#include "devices/unique_fd.h"
+
+#include <QByteArray>
+#include <QtGlobal>
+
+/// A file that is written whole before it gets its name, so that no half of one is ever
+/// seen; without a name it is gone at the end of the object. Its permissions are those of
+/// any new file.
+///
+/// Each operation throws std::system_error when the disk refuses.
+class NewFile
+{
+public:
+    /// How the file exists until it has its name.
+    enum class Hiding {
+        BestAvailable, ///< without a name, or with a temporary one where the disk lacks that
+        TemporaryName, ///< always with a temporary name, which a killed program leaves behind
+    };
+
+    /// Opens a new file in the folder that the descriptor `folder` holds open, which must
+    /// outlive the object.
+    explicit NewFile(int folder, Hiding hiding = Hiding::BestAvailable);
+    ~NewFile();
+
+    NewFile(const NewFile &) = delete;
+    NewFile &operator=(const NewFile &) = delete;
+
+    void write(const char *bytes, qint64 length);
+
+    /// Sets the time of the last change, in nanoseconds since 1970-01-01 UTC.
+    void setModified(qint64 nanoseconds);
+
+    /// Has everything written to the disk, which may only now notice that it is full.
+    void sync();
+
+    /// Gives the file its name. False when anything, a dangling link too, has that name
+    /// already; another one may be tried then.
+    bool giveName(const QByteArray &name);
+
+    /// Gives the file its name and replaces a file or link that has it.
+    void replace(const QByteArray &name);
+
+private:
+    bool linkTo(const QByteArray &name);
+    bool renameTo(const QByteArray &name);
+    bool linkAndRemove(const QByteArray &name);
+
+    const int m_folder;
+    QByteArray m_temporaryName; // empty while the file has none
+    UniqueFd m_fd;
+};
+
+/// Writes a file with the content `bytes` whole; a file of that name is replaced.
+void replaceFile(int folder, const QByteArray &name, const QByteArray &bytes);
+
+#endif // PHOTOLIB_CLI_NEW_FILE_H
