@@ -17,6 +17,8 @@ const char examples[] = R"(Examples:
   photolib albums /media/phone        list its albums
   photolib show 42 ~/phone-copy       all about one photo
   photolib dump ~/phone-copy | jq .   the whole library as JSON
+  photolib edit ~/phone-copy edits.txt
+                                      try album edits, in memory only
   photolib sample /tmp/phone --assets 500
                                       write a sample device of one's own
 
@@ -53,6 +55,7 @@ void setUp(CLI::App &app, CommandContext &context)
     addAlbumsCommand(app, context);
     addShowCommand(app, context);
     addDumpCommand(app, context);
+    addEditCommand(app, context);
     addSampleCommand(app, context);
 }
 

@@ -1,0 +1,144 @@
+#include "cli/album_editor.h"
+#include "cli/album_table.h"
+#include "cli/command_error.h"
+#include "cli/edit_script.h"
+#include "cli/library_command.h"
+#include "cli/library_session.h"
+#include "cli/output.h"
+#include "cli/text_table.h"
+#include "devices/unique_fd.h"
+#include "services/printable.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
+
+namespace {
+
+const char help[] =
+    R"(A script has one edit a line; blank lines and lines that begin with # are skipped:
+  add-album NAME [ID...]    make an album of photos of the library
+  add-photo FILE|ID ALBUM   add a file of this computer, or a photo of the library
+  rename ALBUM NAME         give an album another name
+  remove-photo ALBUM ID...  take photos out of an album; out of the photo library, too,
+                            when that is the album
+  rm-album ALBUM            hide an album
+
+ALBUM is an id or a name. A name means the album of that name which the script has made,
+or else the one which the device has. Names with blanks stand in double quotes, with \"
+and \\ for a quote and a backslash; a name of digits does, too, or it is an id.
+
+The edits live in memory until the program ends. The device is never changed.
+
+Examples:
+  photolib edit /media/phone edits.txt
+  printf 'add-album "Best of 2018" 3 4\nadd-photo new.jpg "Best of 2018"\n' |
+      photolib edit /media/phone -)";
+
+constexpr int largestScript = 16 << 20; // bytes, far more than a person writes
+constexpr int longestEdit = 60;         // letters of an edit that are shown with its result
+
+[[noreturn]] void failToRead(const std::string &name)
+{
+    throw CommandError(name, std::generic_category().message(errno));
+}
+
+QByteArray readAll(int fd, const std::string &name)
+{
+    QByteArray bytes;
+    char block[1 << 16];
+    for (;;) {
+        const ssize_t count = ::read(fd, block, sizeof(block));
+        if (count == 0)
+            return bytes;
+        if (count < 0 && errno != EINTR)
+            failToRead(name);
+        if (count > 0)
+            bytes.append(block, static_cast<int>(count));
+        if (bytes.size() > largestScript)
+            throw CommandError(name, "too large for a script");
+    }
+}
+
+QVector<ScriptEdit> readScript(const std::string &file)
+{
+    if (file == "-")
+        return parseEditScript(readAll(STDIN_FILENO, "standard input"), "standard input");
+    const UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!fd.isOpen())
+        failToRead(file);
+    return parseEditScript(readAll(fd.get(), file), file);
+}
+
+QString shortened(const QString &text)
+{
+    if (text.size() <= longestEdit)
+        return text;
+    return text.left(longestEdit) + QStringLiteral("...");
+}
+
+// Returns how many edits were refused.
+int applyEdits(photo_manager_int &library, const QVector<ScriptEdit> &edits, Output &output)
+{
+    TextTable table({QStringLiteral("LINE"), QStringLiteral("EDIT"), QStringLiteral("RESULT")});
+    table.alignRight(0);
+    AlbumEditor editor(library);
+    int refused = 0;
+    for (const ScriptEdit &edit : edits) {
+        const EditResult result = editor.apply(edit);
+        refused += result.isDone ? 0 : 1;
+        table.addRow(
+            {QString::number(edit.line), printable(shortened(edit.text)), printable(result.text)});
+    }
+    table.write(output);
+    return refused;
+}
+
+int runEdit(const CommandContext &context, const std::optional<std::string> &device,
+            const std::string &script)
+{
+    const QVector<ScriptEdit> edits = readScript(script);
+    int refused = 0;
+    const auto write = [&edits, &refused](LibrarySession &session, Output &output) {
+        refused = applyEdits(session.library(), edits, output);
+        output.write("\n");
+        writeAlbumTable(session.library(), output);
+        output.write("\nThe edits were made in memory only. The device is not changed.\n");
+    };
+    const int code = runOnLibrary(context, device, write);
+    if (refused > 0)
+        throw CommandError(script, std::to_string(refused) + " of " + std::to_string(edits.size()) +
+                                       " edits refused");
+    return code;
+}
+
+// A single argument is the script, whose place is behind that of the device.
+void orderArguments(std::optional<std::string> *device, std::optional<std::string> *script)
+{
+    if (!*script)
+        std::swap(*device, *script);
+    if (!*script)
+        throw CLI::RequiredError("SCRIPT");
+}
+
+} // namespace
+
+void addEditCommand(CLI::App &app, CommandContext &context)
+{
+    CLI::App *const command =
+        app.add_subcommand("edit", "Try album edits in memory; the device is not changed");
+    const auto device = addDeviceArgument(*command);
+    const auto script = std::make_shared<std::optional<std::string>>();
+    command
+        ->add_option_function<std::string>(
+            "SCRIPT", [script](const std::string &name) { *script = name; },
+            "File with the edits, or - for standard input")
+        ->type_name("");
+    command->footer(help);
+    command->callback([&context, device, script] {
+        orderArguments(device.get(), script.get());
+        context.run = [&context, device, script] { return runEdit(context, *device, **script); };
+    });
+}
