@@ -1,6 +1,5 @@
-#include "support/device_folder.h"
 #include "support/library_expectation.h"
-#include "support/program_run.h"
+#include "support/program_fixture.h"
 
 #include "sample/sample_writer.h"
 
@@ -14,49 +13,6 @@
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-const char twoPhotosPath[] = "device/DCIM/100APPLE/IMG_0001.JPG";
-
-// A photo with its file and one without.
-PhotosDatabase twoPhotos()
-{
-    PhotosDatabase database;
-    database.rows.assets = {photoRow(1), photoRow(2, 60)};
-    database.rows.assets[1].fileName = "IMG_0002.JPG";
-    return database;
-}
-
-// Runs of the program with a cache folder of their own.
-class ProgramTest : public testing::Test
-{
-protected:
-    ProgramTest() { m_setup.cacheFolder = QString::fromUtf8(m_scratch.path("cache")); }
-
-    ProgramResult run(const QList<QByteArray> &arguments) { return runProgram(m_setup, arguments); }
-
-    /// Runs the program and expects a failure that is told in the one line `line`, prints
-    /// nothing and leaves nothing behind.
-    void expectFailure(const QList<QByteArray> &arguments, const QByteArray &line, int code = 1)
-    {
-        const QList<QByteArray> before = m_scratch.everythingIn();
-        const ProgramResult result = run(arguments);
-        EXPECT_EQ(code, result.exitCode);
-        EXPECT_EQ("photolib: " + line + '\n', result.errors);
-        EXPECT_EQ(QByteArray(), result.output);
-        EXPECT_EQ(before, m_scratch.everythingIn());
-    }
-
-    void writeTwoPhotos()
-    {
-        writeDatabase(m_scratch, "device", twoPhotos());
-        m_scratch.write(twoPhotosPath, "picture");
-    }
-
-    QByteArray device() const { return m_scratch.path("device"); }
-
-    ScratchFolder m_scratch;
-    ProgramSetup m_setup;
-};
 
 using ProgramOnBadInput = ProgramTest;
 using ProgramUsage = ProgramTest;
@@ -304,7 +260,10 @@ TEST_F(ProgramDump, PrintsTheWholeLibrary)
     database.rows.assets = {photo, video, missing};
     database.rows.attributes = {{2, 2, 12.5, 1000}};
     database.rows.albums = {albumRow(7)};
+    database.rows.albums[0].title = "Grüße";
+    database.join().add(7, 2);
     writeDatabase(m_scratch, "device", database);
+    m_scratch.write("device/PhotoData/Thumbnails/V2/DCIM/100APPLE/IMG_0001.JPG/5003.JPG", "abc");
     m_scratch.write("device/DCIM/100APPLE/IMG_0001.JPG", "picture");
     m_scratch.write("device/DCIM/100APPLE/IMG_0002.MOV", "movie");
 
@@ -331,6 +290,26 @@ TEST_F(ProgramDump, PrintsTheWholeLibrary)
              "createDate": "2001-01-01T00:00:00Z", "modifyDate": "2000-12-31T23:59:59Z",
              "trashedDate": 0, "avalancheUUID": "0", "sortToken": 0.0},
             {"id": 3, "ok": false}
+        ],
+        "albums": [
+            {"id": 1000, "ok": true, "uuid": "", "name": "Camera Roll", "type": 1,
+             "photoIds": [1, 3]},
+            {"id": 16777215, "ok": true, "uuid": "00000000000000000000000000000064",
+             "name": "Photo Library", "type": 5, "photoIds": [2]},
+            {"id": 16777214, "ok": true, "uuid": "", "name": "Panorama", "type": 2,
+             "photoIds": []},
+            {"id": 16777213, "ok": true, "uuid": "", "name": "Video", "type": 3,
+             "photoIds": [2]},
+            {"id": 7, "ok": true, "uuid": "a1000000000000000000000000000000",
+             "name": "Grüße", "type": 4, "photoIds": [2]}
+        ],
+        "thumbnails": [
+            {"id": 1, "result": 0, "bytes": 3, "sha256":
+             "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
+            {"id": 2, "result": -1, "bytes": 0, "sha256":
+             "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
+            {"id": 3, "result": -1, "bytes": 0, "sha256":
+             "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"}
         ]
     })");
     Json actual = Json::parse(result.output.toStdString());

@@ -56,7 +56,7 @@ void restoreSignals()
 Program::Program(const ProgramSetup &setup, const QList<QByteArray> &arguments) : m_setup(setup)
 {
     setProcessEnvironment(environmentFor(setup));
-    setStandardInputFile(nullDevice());
+    setStandardInputFile(setup.input.isEmpty() ? nullDevice() : setup.input);
     if (!setup.output.isEmpty())
         setStandardOutputFile(setup.output);
     const QString program =
