@@ -2,6 +2,8 @@
 
 #include "services/printable.h"
 
+#include <QVector>
+
 namespace {
 
 constexpr int longestName = 200;     // bytes; disks take 255, and a number may be added
