@@ -1,0 +1,221 @@
+#include "cli/cache_folder.h"
+#include "cli/command_error.h"
+#include "cli/export_folder.h"
+#include "cli/file_names.h"
+#include "cli/folder_tools.h"
+#include "cli/interruptible_run.h"
+#include "cli/library_command.h"
+#include "cli/library_ids.h"
+#include "cli/library_session.h"
+#include "cli/output.h"
+#include "cli/photo_export.h"
+#include "cli/photo_text.h"
+#include "cli/progress_bar.h"
+#include "services/device_names.h"
+#include "services/log_output.h"
+
+#include <QElapsedTimer>
+#include <QSet>
+
+#include <CLI/CLI.hpp>
+
+namespace {
+
+struct ExportArguments {
+    std::vector<std::string> positionals;
+    std::shared_ptr<std::optional<std::string>> album;
+    DeviceAndIds chosen; // taken out of the positionals
+    std::string folder;
+};
+
+// The last argument is the folder. Named by mistake for a device or an id it would get a
+// copy of the sample.
+void splitArguments(ExportArguments &arguments)
+{
+    std::vector<std::string> others = arguments.positionals;
+    arguments.folder = others.back();
+    others.pop_back();
+    arguments.chosen = splitDeviceAndIds(others);
+    if (arguments.folder.empty())
+        throw CLI::ValidationError("DIR", "the name is empty");
+    if (isNumber(arguments.folder))
+        throw CLI::ValidationError(arguments.folder,
+                                   "an id where the folder to copy to is missing; write ./" +
+                                       arguments.folder + " for a folder of that name");
+    if (*arguments.album && !arguments.chosen.ids.empty())
+        throw CLI::ValidationError("--album", "takes the place of ids");
+}
+
+// Each photo once, however often it was named or is in the album.
+QList<quint64> chosenIds(const ExportArguments &arguments, LibrarySession &session)
+{
+    QList<quint64> ids;
+    for (const std::string &id : arguments.chosen.ids)
+        ids.append(knownPhotoId(id, session));
+    if (ids.isEmpty())
+        ids = chosenPhotoIds(session, *arguments.album);
+    QSet<quint64> seen;
+    QList<quint64> result;
+    for (const quint64 id : ids) {
+        if (!seen.contains(id))
+            result.append(id);
+        seen.insert(id);
+    }
+    return result;
+}
+
+ExportItem exportItem(LibrarySession &session, quint64 id)
+{
+    photoItem photo;
+    session.library().getPhoto(id, &photo); // false only when there is no file
+    ExportItem item;
+    item.label = labelText(photo);
+    item.name = safeFileName(writtenName(photo.name));
+    item.path = photo.path.toUtf8();
+    if (!deviceFileInfo(session.files(), item.path, &item.info, &item.failure))
+        return item;
+    if (item.info.type == FileInfo::File)
+        item.failure = FileError();
+    else
+        item.failure = {FileError::WrongType, QStringLiteral("not a regular file")};
+    return item;
+}
+
+QVector<ExportItem> exportItems(LibrarySession &session, const QList<quint64> &ids)
+{
+    QVector<ExportItem> items;
+    items.reserve(ids.size());
+    for (const quint64 id : ids)
+        items.append(exportItem(session, id));
+    return items;
+}
+
+void refuseDevices(const QByteArray &path, const LibrarySession &session)
+{
+    if (liesIn(path, QByteArray::fromStdString(session.deviceName())))
+        throw CommandError(path.toStdString(), "a device is only read; name a folder outside it");
+    FileError error;
+    DeviceKind kind = DeviceKind::None;
+    const auto files = FolderFileSystem::openFolder(path, &error);
+    if (files && findDeviceKind(*files, &kind, &error) && kind != DeviceKind::None)
+        throw CommandError(path.toStdString(),
+                           "a device, not a folder to copy to; name that one after it");
+}
+
+// How the export goes, on stderr.
+class ExportReport
+{
+public:
+    ExportReport(bool isShown, PhotoExport &photos)
+        : m_photos(photos), m_bar(isShown, QStringLiteral("Copying"))
+    {
+        m_clock.start();
+    }
+
+    void update()
+    {
+        for (const QByteArray &failure : m_photos.takeFailures()) {
+            m_bar.hide();
+            writeErrorLine("photolib: " + failure);
+        }
+        m_bar.show(m_photos.doneBytes(), m_photos.totalBytes(), amounts());
+    }
+
+private:
+    QString amounts() const
+    {
+        return QStringLiteral("%1 of %2 files, %3%4")
+            .arg(QString::number(m_photos.counts().all()), QString::number(m_photos.size()),
+                 byteCountsText(m_photos.doneBytes(), m_photos.totalBytes()), timeLeft());
+    }
+
+    // Empty while it is too early to tell.
+    QString timeLeft() const
+    {
+        constexpr qint64 earliest = 1000; // milliseconds
+        const auto done = static_cast<double>(m_photos.doneBytes());
+        const qint64 elapsed = m_clock.elapsed();
+        if (elapsed < earliest || done <= 0)
+            return QString();
+        const double rest = qMax(0.0, static_cast<double>(m_photos.totalBytes()) - done);
+        const double seconds = rest / done * static_cast<double>(elapsed) / 1000.0;
+        constexpr double longest = 100 * 3600.0; // nobody waits for what takes longer
+        return QStringLiteral(", %1 left").arg(durationText(qint64(qMin(seconds, longest))));
+    }
+
+    PhotoExport &m_photos;
+    ProgressBar m_bar;
+    QElapsedTimer m_clock;
+};
+
+// Whether it was interrupted.
+bool runReported(PhotoExport &photos, bool showsProgress)
+{
+    ExportReport report(showsProgress, photos);
+    try {
+        return runInterruptible([&photos] { photos.run(); }, [&photos] { photos.cancel(); },
+                                [&report] { report.update(); });
+    } catch (const CommandError &error) {
+        throw CommandError(CommandError::failed,
+                           error.what() + ("; " + photos.counts().text().toStdString()));
+    }
+}
+
+int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession &session,
+                 Output &output)
+{
+    const QList<quint64> ids = chosenIds(arguments, session);
+    const auto path = QByteArray::fromStdString(arguments.folder);
+    EnsuredFolder ensured(path, 0777);
+    refuseDevices(path, session);
+    ExportFolder folder(path);
+    PhotoExport photos(session.files(), folder, exportItems(session, ids));
+    const bool isInterrupted = runReported(photos, session.showsProgress());
+    const ExportCounts counts = photos.counts();
+    if (isInterrupted)
+        throw CommandError(CommandError::interrupted,
+                           "interrupted: " + counts.text().toStdString());
+    ensured.keep();
+    if (!isQuiet)
+        output.writeLine(counts.text());
+    return counts.failed == 0 ? 0 : CommandError::failed;
+}
+
+void addArguments(CLI::App &command, ExportArguments &arguments)
+{
+    command
+        .add_option("ARGUMENTS", arguments.positionals,
+                    "[DEVICE] [ID...] DIR: the device's folder, without which the sample is "
+                    "copied;\nthe ids of what to copy, all without them; and the folder to copy "
+                    "to, made if need be")
+        ->required()
+        ->type_name("");
+    arguments.album = addAlbumOption(command);
+    command.footer("A name that is taken gets a number; a file that is there already is left as "
+                   "it is, so that\na second run copies only what is missing.\n"
+                   "\n"
+                   "Examples:\n"
+                   "  photolib export /media/phone ~/Pictures/phone\n"
+                   "  photolib export /media/phone 42 43 /tmp/two\n"
+                   "  photolib export /media/phone --album 7 /tmp/album");
+}
+
+} // namespace
+
+void addExportCommand(CLI::App &app, CommandContext &context)
+{
+    CLI::App *const command =
+        app.add_subcommand("export", "Copy photos and videos off the device: [DEVICE] [ID...] DIR");
+    const auto arguments = std::make_shared<ExportArguments>();
+    addArguments(*command, *arguments);
+    command->callback([&context, arguments] {
+        splitArguments(*arguments);
+        context.run = [&context, arguments] {
+            const bool isQuiet = context.options.quiet;
+            return workOnLibrary(context, arguments->chosen.device,
+                                 [&](LibrarySession &session, Output &output) {
+                                     return exportPhotos(*arguments, isQuiet, session, output);
+                                 });
+        };
+    });
+}

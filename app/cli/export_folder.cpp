@@ -1,0 +1,53 @@
+#include "cli/export_folder.h"
+
+#include "cli/command_error.h"
+#include "cli/file_names.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
+
+ExportFolder::ExportFolder(const QByteArray &path)
+    : m_path(path), m_fd(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+{
+    if (!m_fd.isOpen())
+        throw CommandError(path.toStdString(), std::generic_category().message(errno));
+    FileError error;
+    QList<QByteArray> names;
+    // Name by name, since a link in the folder is nobody's photo.
+    m_files = FolderFileSystem::openFolder(path, &error, FolderFileSystem::Confinement::NameByName);
+    if (!m_files || !m_files->list("", &names, &error))
+        throw CommandError(path.toStdString(), error.text.toStdString());
+    for (const QByteArray &name : names)
+        m_holding.insert(comparedName(name), name);
+}
+
+int ExportFolder::firstUnclaimed(const QByteArray &name)
+{
+    int &number = m_firstUnclaimed[comparedName(name)];
+    number = qMax(number, 1);
+    while (isClaimed(numberedName(name, number)))
+        ++number;
+    return number;
+}
+
+bool ExportFolder::isClaimed(const QByteArray &name) const
+{
+    return m_claimed.contains(comparedName(name));
+}
+
+void ExportFolder::claim(const QByteArray &name)
+{
+    m_claimed.insert(comparedName(name));
+}
+
+QList<QByteArray> ExportFolder::holding(const QByteArray &name) const
+{
+    return m_holding.values(comparedName(name));
+}
+
+std::unique_ptr<DeviceFile> ExportFolder::open(const QByteArray &name)
+{
+    FileError ignored;
+    return m_files->open(name, &ignored);
+}

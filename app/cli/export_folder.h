@@ -1,0 +1,49 @@
+#ifndef PHOTOLIB_CLI_EXPORT_FOLDER_H
+#define PHOTOLIB_CLI_EXPORT_FOLDER_H
+
+#include "devices/folder_file_system.h"
+#include "devices/unique_fd.h"
+
+#include <QHash>
+#include <QList>
+#include <QSet>
+#include <QString>
+
+#include <memory>
+
+/// The folder that photos are copied to, and which of its names are taken: by what was
+/// there before, and by the photos of this run, each of which claims a name of its own.
+/// Names that differ by case only count as one, so that the files fit on any disk.
+class ExportFolder
+{
+public:
+    /// Opens the existing folder `path` and looks what is in it. Throws CommandError.
+    explicit ExportFolder(const QByteArray &path);
+
+    const QByteArray &path() const { return m_path; }
+
+    /// A descriptor of the folder, for as long as the object lives.
+    int fd() const { return m_fd.get(); }
+
+    /// The number of the first name like `name` that no photo has claimed.
+    int firstUnclaimed(const QByteArray &name);
+    bool isClaimed(const QByteArray &name) const;
+    void claim(const QByteArray &name);
+
+    /// What the folder holds under `name`, maybe in another case.
+    QList<QByteArray> holding(const QByteArray &name) const;
+
+    /// Opens a regular file of the folder for reading; null for anything else, a link
+    /// among it.
+    std::unique_ptr<DeviceFile> open(const QByteArray &name);
+
+private:
+    const QByteArray m_path;
+    const UniqueFd m_fd;
+    std::unique_ptr<FolderFileSystem> m_files;
+    QMultiHash<QString, QByteArray> m_holding; // by compared name
+    QSet<QString> m_claimed;                   // compared names
+    QHash<QString, int> m_firstUnclaimed;      // by compared name; lower ones are claimed
+};
+
+#endif // PHOTOLIB_CLI_EXPORT_FOLDER_H

@@ -1,0 +1,217 @@
+#include "cli/photo_export.h"
+
+#include "cli/command_error.h"
+#include "cli/export_folder.h"
+#include "cli/file_names.h"
+#include "cli/progress_bar.h"
+#include "services/device_names.h"
+
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <optional>
+#include <system_error>
+
+namespace {
+
+constexpr int blockSize = 2 << 20;
+
+struct Cancelled {
+};
+
+// What keeps one file from being copied, and not the next one.
+struct FileFailure {
+    QString cause;
+};
+
+qint64 saturatedSum(qint64 a, qint64 b)
+{
+    qint64 sum = 0;
+    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<qint64>::max() : sum;
+}
+
+// Throws what a failure on the device means for the export.
+[[noreturn]] void failToRead(const FileError &error)
+{
+    if (error.kind == FileError::Disconnected)
+        throw CommandError("the device", error.text.toStdString());
+    if (error.kind == FileError::NotFound)
+        throw FileFailure{QStringLiteral("missing on the device")};
+    throw FileFailure{error.text};
+}
+
+// Whether a disk refuses the one file only, for its size or its name.
+bool concernsOneFile(const std::error_code &code)
+{
+    const int value = code.value();
+    return value == EFBIG || value == ENAMETOOLONG || value == EINVAL || value == EILSEQ;
+}
+
+} // namespace
+
+// The file on the device, and the copy of it once there is one.
+struct PhotoExport::Source {
+    const ExportItem &item;
+    std::unique_ptr<DeviceFile> file;
+    std::optional<NewFile> copy;
+};
+
+QString ExportCounts::text() const
+{
+    const QString files = copied == 1 ? QStringLiteral("file") : QStringLiteral("files");
+    return QStringLiteral("copied %1 %2 (%3), %4 already there, %5 failed")
+        .arg(QString::number(copied), files, byteCountText(copiedBytes), QString::number(present),
+             QString::number(failed));
+}
+
+PhotoExport::PhotoExport(DeviceFileSystem &files, ExportFolder &folder, QVector<ExportItem> items)
+    : m_files(files), m_folder(folder), m_items(std::move(items)), m_block(blockSize, '\0'),
+      m_otherBlock(blockSize, '\0')
+{
+    for (const ExportItem &item : m_items)
+        m_totalBytes = saturatedSum(m_totalBytes, item.info.size);
+}
+
+void PhotoExport::run()
+{
+    try {
+        for (const ExportItem &item : m_items) {
+            handle(item);
+            m_position = 0;
+            m_doneBytes = saturatedSum(m_doneBytes, item.info.size);
+        }
+    } catch (const Cancelled &) {
+        return;
+    }
+}
+
+void PhotoExport::handle(const ExportItem &item)
+{
+    try {
+        FileError error = item.failure;
+        Source source{item, nullptr, std::nullopt};
+        if (error.kind == FileError::None)
+            source.file = openDeviceFile(m_files, item.path, &error);
+        if (!source.file)
+            failToRead(error);
+        store(item, source);
+    } catch (const FileFailure &failure) {
+        addFailure(item, failure.cause);
+    } catch (const std::system_error &error) {
+        const QString cause = QString::fromStdString(error.code().message());
+        if (!concernsOneFile(error.code()))
+            throw CommandError(m_folder.path().toStdString(), cause.toStdString());
+        addFailure(item, cause);
+    }
+}
+
+void PhotoExport::store(const ExportItem &item, Source &source)
+{
+    for (int number = m_folder.firstUnclaimed(item.name);; ++number) {
+        const QByteArray name = numberedName(item.name, number);
+        if (m_folder.isClaimed(name) || !storeAs(name, source))
+            continue;
+        m_folder.claim(name);
+        return;
+    }
+}
+
+// False when something else has the name.
+bool PhotoExport::storeAs(const QByteArray &name, Source &source)
+{
+    const QList<QByteArray> others = m_folder.holding(name);
+    for (const QByteArray &other : others) {
+        if (isSameAs(other, source)) {
+            count(&ExportCounts::present);
+            return true;
+        }
+    }
+    if (!others.isEmpty())
+        return false;
+    if (!source.copy) {
+        source.copy.emplace(m_folder.fd());
+        copy(source, *source.copy);
+    }
+    if (!source.copy->giveName(name))
+        return false;
+    count(&ExportCounts::copied);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_counts.copiedBytes += source.file->tell();
+    return true;
+}
+
+void PhotoExport::copy(Source &source, NewFile &target)
+{
+    FileError error;
+    if (!source.file->seek(0, &error))
+        failToRead(error);
+    while (const qint64 count = readBlock(source))
+        target.write(m_block.constData(), count);
+    if (source.file->tell() != source.item.info.size)
+        throw FileFailure{QStringLiteral("changed while it was read")};
+    target.setModified(source.item.info.modified);
+    target.sync();
+}
+
+bool PhotoExport::isSameAs(const QByteArray &name, Source &source)
+{
+    FileError error;
+    const std::unique_ptr<DeviceFile> other = m_folder.open(name);
+    if (!other || other->size(&error) != source.item.info.size)
+        return false;
+    if (!source.file->seek(0, &error))
+        failToRead(error);
+    while (const qint64 count = readBlock(source)) {
+        const qint64 otherCount = other->read(m_otherBlock.data(), count, &error);
+        const auto length = static_cast<size_t>(count);
+        if (otherCount != count ||
+            std::memcmp(m_block.constData(), m_otherBlock.constData(), length))
+            return false;
+    }
+    return source.file->tell() == source.item.info.size;
+}
+
+// The bytes read into the block; 0 at the end of the file.
+qint64 PhotoExport::readBlock(Source &source)
+{
+    if (m_isCancelled)
+        throw Cancelled();
+    FileError error;
+    const qint64 count = source.file->read(m_block.data(), blockSize, &error);
+    if (count < 0)
+        failToRead(error);
+    m_position = source.file->tell();
+    return count;
+}
+
+void PhotoExport::count(int ExportCounts::*counter)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ++(m_counts.*counter);
+}
+
+void PhotoExport::addFailure(const ExportItem &item, const QString &cause)
+{
+    count(&ExportCounts::failed);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_failures.append((item.label + QLatin1String(": ") + cause).toUtf8());
+}
+
+qint64 PhotoExport::doneBytes() const
+{
+    return saturatedSum(m_doneBytes, m_position);
+}
+
+ExportCounts PhotoExport::counts() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_counts;
+}
+
+QList<QByteArray> PhotoExport::takeFailures()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    QList<QByteArray> failures;
+    failures.swap(m_failures);
+    return failures;
+}
