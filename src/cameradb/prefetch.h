@@ -1,9 +1,8 @@
 #ifndef PHOTOLIB_CAMERADB_PREFETCH_H
 #define PHOTOLIB_CAMERADB_PREFETCH_H
 
-/// Starts fetching the memory at `address`, which may be any address, into the cache.
-/// Records lie in the order of their dates and are mostly visited in that of their keys:
-/// in a large library each visit would wait for the memory.
+/// Starts fetching the memory at `address`, which may be any address, into the cache: for
+/// memory that is about to be visited in an order which the processor does not foresee.
 inline void prefetch(const void *address)
 {
 #if defined(__GNUC__)

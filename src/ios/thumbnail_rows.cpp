@@ -1,5 +1,7 @@
 #include "ios/thumbnail_rows.h"
 
+#include "cameradb/prefetch.h"
+
 #if PHOTOLIB_HAS_X86_ROWS
 #include <immintrin.h>
 #endif
@@ -9,26 +11,69 @@ namespace {
 const int bytesIn = 2;  // of a stored pixel
 const int bytesOut = 3; // of a BMP pixel
 
-row_converter chooseRowConverter()
+rows_converter chooseRowsConverter()
 {
 #if PHOTOLIB_HAS_X86_ROWS
-    return hasAvx2Rows() ? convertRowAvx2 : convertRowSse2;
+    return hasAvx2Rows() ? convertRowsAvx2 : convertRowsSse2;
 #else
-    return convertRowPlain;
+    return convertRowsPlain;
 #endif
 }
 
-} // namespace
-
-row_converter fastestRowConverter()
+// Goes through the rows of a picture from the bottom up. No processor expects to be asked
+// for memory in that direction, so the rows to come are fetched while others are converted.
+class row_walk
 {
-    static const row_converter fastest = chooseRowConverter();
-    return fastest;
-}
+public:
+    explicit row_walk(const picture_rows &picture)
+        : m_pixels(picture.bottomRow), m_out(picture.out), m_rowBytes(picture.rowBytes),
+          m_outRowBytes(picture.outRowBytes), m_width(picture.width),
+          m_left(picture.width > 0 ? picture.height : 0)
+    {
+        m_ahead = m_left > 0 ? bytesAhead / (bytesIn * m_width) + 1 : 0;
+        prefetchAhead();
+    }
 
-// The lower 3 bits of each byte stay 0, as hosts know these pictures: they keep them by
-// checksum.
-void convertRowPlain(const unsigned char *pixels, unsigned char *out, int width)
+    bool hasRow() const { return m_left > 0; }
+    const unsigned char *pixels() const { return m_pixels; }
+    unsigned char *out() const { return m_out; }
+    int width() const { return m_width; }
+
+    void next()
+    {
+        // No further than the last row: a pointer must not leave the record.
+        if (--m_left == 0)
+            return;
+        m_pixels -= m_rowBytes;
+        m_out += m_outRowBytes;
+        prefetchAhead();
+    }
+
+private:
+    static const int bytesAhead = 2048;
+    static const int cacheLine = 64;
+
+    void prefetchAhead() const
+    {
+        if (m_left <= m_ahead)
+            return;
+        const unsigned char *const row = m_pixels - m_ahead * m_rowBytes;
+        for (int i = 0; i < bytesIn * m_width; i += cacheLine)
+            prefetch(row + i);
+    }
+
+    const unsigned char *m_pixels;
+    unsigned char *m_out;
+    const std::ptrdiff_t m_rowBytes;
+    const std::ptrdiff_t m_outRowBytes;
+    const int m_width;
+    int m_left;
+    int m_ahead; // rows
+};
+
+// The lower 3 bits of each byte stay 0, as hosts know these pictures: they tell them apart
+// by their bytes.
+inline void convertRowPlain(const unsigned char *pixels, unsigned char *out, int width)
 {
     for (int x = 0; x < width; ++x) {
         const unsigned int pixel = pixels[0] | static_cast<unsigned int>(pixels[1]) << 8;
@@ -38,6 +83,20 @@ void convertRowPlain(const unsigned char *pixels, unsigned char *out, int width)
         pixels += bytesIn;
         out += bytesOut;
     }
+}
+
+} // namespace
+
+rows_converter fastestRowsConverter()
+{
+    static const rows_converter fastest = chooseRowsConverter();
+    return fastest;
+}
+
+void convertRowsPlain(const picture_rows &picture)
+{
+    for (row_walk row(picture); row.hasRow(); row.next())
+        convertRowPlain(row.pixels(), row.out(), row.width());
 }
 
 #if PHOTOLIB_HAS_X86_ROWS
@@ -61,11 +120,10 @@ inline __m128i packed(__m128i pixels)
 // 8 pixels, 24 bytes.
 inline void convertBlockSse2(const unsigned char *pixels, unsigned char *out)
 {
-    const __m128i high5 = _mm_set1_epi16(0x00f8);
     const __m128i values = _mm_loadu_si128(reinterpret_cast<const __m128i *>(pixels));
-    const __m128i blue = _mm_and_si128(_mm_slli_epi16(values, 3), high5);
-    const __m128i green = _mm_slli_epi16(_mm_and_si128(_mm_srli_epi16(values, 2), high5), 8);
-    const __m128i red = _mm_and_si128(_mm_srli_epi16(values, 7), high5);
+    const __m128i blue = _mm_and_si128(_mm_slli_epi16(values, 3), _mm_set1_epi16(0x00f8));
+    const __m128i green = _mm_and_si128(_mm_slli_epi16(values, 6), _mm_set1_epi16(short(0xf800)));
+    const __m128i red = _mm_and_si128(_mm_srli_epi16(values, 7), _mm_set1_epi16(0x00f8));
     const __m128i blueGreen = _mm_or_si128(blue, green);
     const __m128i first = packed(_mm_unpacklo_epi16(blueGreen, red));
     const __m128i second = packed(_mm_unpackhi_epi16(blueGreen, red));
@@ -74,66 +132,85 @@ inline void convertBlockSse2(const unsigned char *pixels, unsigned char *out)
     _mm_storel_epi64(reinterpret_cast<__m128i *>(out + 16), _mm_srli_si128(second, 4));
 }
 
-// 8 pixels as blue, green, red and 0 to the 24 bytes without the zeros at the low end.
-__attribute__((target("avx2"))) inline __m256i packed(__m256i pixels)
+const int sse2Step = 8;
+
+// A row of a block or more. Here and below, the last block ends with the row and may overlap
+// the one before it, so that none reads or writes beyond the row.
+inline void convertRowSse2(const unsigned char *pixels, unsigned char *out, int width)
 {
-    const __m256i withoutZeros = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
-    const __m256i withoutGap = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7);
-    return _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(pixels, withoutZeros), withoutGap);
-}
-
-// 16 pixels, 48 bytes.
-__attribute__((target("avx2"))) inline void convertBlockAvx2(const unsigned char *pixels,
-                                                             unsigned char *out)
-{
-    const __m256i high5 = _mm256_set1_epi16(0x00f8);
-    const __m256i stored = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(pixels));
-    // The quarters in the order 0 2 1 3: each unpacking takes one quarter of either half.
-    const __m256i values = _mm256_permute4x64_epi64(stored, 0xd8);
-    const __m256i blue = _mm256_and_si256(_mm256_slli_epi16(values, 3), high5);
-    const __m256i green =
-        _mm256_slli_epi16(_mm256_and_si256(_mm256_srli_epi16(values, 2), high5), 8);
-    const __m256i red = _mm256_and_si256(_mm256_srli_epi16(values, 7), high5);
-    const __m256i blueGreen = _mm256_or_si256(blue, green);
-    const __m256i first = packed(_mm256_unpacklo_epi16(blueGreen, red));
-    const __m256i second = packed(_mm256_unpackhi_epi16(blueGreen, red));
-    // The upper 8 of these 32 bytes are overwritten at once.
-    _mm256_storeu_si256(reinterpret_cast<__m256i *>(out), first);
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 24), _mm256_castsi256_si128(second));
-    _mm_storel_epi64(reinterpret_cast<__m128i *>(out + 40), _mm256_extracti128_si256(second, 1));
-}
-
-} // namespace
-
-// In both, the last block ends with the row and may overlap the one before it, so that none
-// reads or writes beyond the row.
-
-void convertRowSse2(const unsigned char *pixels, unsigned char *out, int width)
-{
-    const int step = 8;
-    if (width < step) {
-        convertRowPlain(pixels, out, width);
-        return;
-    }
+    const int step = sse2Step;
     for (; width > step; width -= step, pixels += bytesIn * step, out += bytesOut * step)
         convertBlockSse2(pixels, out);
     const int overlap = step - width;
     convertBlockSse2(pixels - bytesIn * overlap, out - bytesOut * overlap);
 }
 
-__attribute__((target("avx2"))) void convertRowAvx2(const unsigned char *pixels, unsigned char *out,
-                                                    int width)
+// From each 16 bytes of either source those that its mask names, or 0 for -1.
+__attribute__((target("avx2"))) inline __m256i picked(__m256i blueGreen, __m128i fromBlueGreen,
+                                                      __m256i red, __m128i fromRed)
 {
-    const int step = 16;
-    if (width < step) {
-        convertRowSse2(pixels, out, width);
-        return;
-    }
+    return _mm256_or_si256(
+        _mm256_shuffle_epi8(blueGreen, _mm256_broadcastsi128_si256(fromBlueGreen)),
+        _mm256_shuffle_epi8(red, _mm256_broadcastsi128_si256(fromRed)));
+}
+
+// 16 pixels, 48 bytes.
+__attribute__((target("avx2"))) inline void convertBlockAvx2(const unsigned char *pixels,
+                                                             unsigned char *out)
+{
+    const __m256i values = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(pixels));
+    const __m256i blue = _mm256_and_si256(_mm256_slli_epi16(values, 3), _mm256_set1_epi16(0x00f8));
+    const __m256i green =
+        _mm256_and_si256(_mm256_slli_epi16(values, 6), _mm256_set1_epi16(short(0xf800)));
+    const __m256i red = _mm256_and_si256(_mm256_srli_epi16(values, 7), _mm256_set1_epi16(0x00f8));
+    const __m256i blueGreen = _mm256_or_si256(blue, green);
+    // Each half holds 8 pixels, which become 24 bytes: 16 in one vector and 8 in the other.
+    const __m256i first16 =
+        picked(blueGreen, _mm_setr_epi8(0, 1, -1, 2, 3, -1, 4, 5, -1, 6, 7, -1, 8, 9, -1, 10), red,
+               _mm_setr_epi8(-1, -1, 0, -1, -1, 2, -1, -1, 4, -1, -1, 6, -1, -1, 8, -1));
+    const __m256i last8 = picked(
+        blueGreen, _mm_setr_epi8(11, -1, 12, 13, -1, 14, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1),
+        red, _mm_setr_epi8(-1, 10, -1, -1, 12, -1, -1, 14, -1, -1, -1, -1, -1, -1, -1, -1));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(out), _mm256_castsi256_si128(first16));
+    _mm_storel_epi64(reinterpret_cast<__m128i *>(out + 16), _mm256_castsi256_si128(last8));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 24), _mm256_extracti128_si256(first16, 1));
+    _mm_storel_epi64(reinterpret_cast<__m128i *>(out + 40), _mm256_extracti128_si256(last8, 1));
+}
+
+const int avx2Step = 16;
+
+// A row of a block or more.
+__attribute__((target("avx2"))) inline void convertRowAvx2(const unsigned char *pixels,
+                                                           unsigned char *out, int width)
+{
+    const int step = avx2Step;
     for (; width > step; width -= step, pixels += bytesIn * step, out += bytesOut * step)
         convertBlockAvx2(pixels, out);
     const int overlap = step - width;
     convertBlockAvx2(pixels - bytesIn * overlap, out - bytesOut * overlap);
+}
+
+} // namespace
+
+void convertRowsSse2(const picture_rows &picture)
+{
+    if (picture.width < sse2Step) {
+        convertRowsPlain(picture);
+        return;
+    }
+    for (row_walk row(picture); row.hasRow(); row.next())
+        convertRowSse2(row.pixels(), row.out(), row.width());
+}
+
+__attribute__((target("avx2"))) void convertRowsAvx2(const picture_rows &picture)
+{
+    // Once, not for each row: the rows then share the constants in the registers.
+    if (picture.width < avx2Step) {
+        convertRowsSse2(picture);
+        return;
+    }
+    for (row_walk row(picture); row.hasRow(); row.next())
+        convertRowAvx2(row.pixels(), row.out(), row.width());
 }
 
 bool hasAvx2Rows()

@@ -1,26 +1,38 @@
 #ifndef PHOTOLIB_IOS_THUMBNAIL_ROWS_H
 #define PHOTOLIB_IOS_THUMBNAIL_ROWS_H
 
-/// Converts `width` pixels of a packed thumbnail, at most 2^30, into the bytes blue, green
-/// and red of a BMP row. `pixels` are 16-bit values, the lower byte first, with 5 bits each
-/// for blue (the lowest), green and red; each becomes the upper 5 bits of its byte. Reads 2
-/// and writes 3 bytes a pixel, no byte more, at any alignment; nothing when `width` is 0 or
-/// less. Any thread.
-typedef void (*row_converter)(const unsigned char *pixels, unsigned char *out, int width);
+#include <cstddef>
+
+/// A picture in a record of a packed thumbnail file, and the rows of a BMP image that it
+/// becomes. Nothing has to be aligned.
+struct picture_rows {
+    const unsigned char *bottomRow; ///< the first pixel of the lowest stored row
+    std::ptrdiff_t rowBytes;        ///< from a stored row to the one below it
+    int width;                      ///< pixels of a row, at most 2^29; none are converted below 1
+    int height;                     ///< rows; none are converted below 1
+    unsigned char *out;             ///< the first row of the image, its lowest one
+    std::ptrdiff_t outRowBytes;     ///< from a row of the image to the next, the one above it
+};
+
+/// Converts the pixels of a picture: 16-bit values, the lower byte first, with 5 bits each
+/// for blue (the lowest), green and red, become the bytes blue, green and red with these
+/// bits at the upper end. Reads 2 and writes 3 bytes a pixel and no byte beside them. Any
+/// thread.
+typedef void (*rows_converter)(const picture_rows &picture);
 
 /// The quickest of those below on this processor, looked for once.
-row_converter fastestRowConverter();
+rows_converter fastestRowsConverter();
 
 /// For every processor, and what the others are measured by.
-void convertRowPlain(const unsigned char *pixels, unsigned char *out, int width);
+void convertRowsPlain(const picture_rows &picture);
 
 #if defined(__GNUC__) && defined(__x86_64__)
 #define PHOTOLIB_HAS_X86_ROWS 1
 
-void convertRowSse2(const unsigned char *pixels, unsigned char *out, int width);
+void convertRowsSse2(const picture_rows &picture);
 
 /// Only where `hasAvx2Rows()`.
-void convertRowAvx2(const unsigned char *pixels, unsigned char *out, int width);
+void convertRowsAvx2(const picture_rows &picture);
 bool hasAvx2Rows();
 
 #else

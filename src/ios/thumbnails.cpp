@@ -1,4 +1,3 @@
-#include "cameradb/prefetch.h"
 #include "host/device_files.h"
 #include "host/host_log.h"
 #include "ios/bmp_header.h"
@@ -98,13 +97,6 @@ void clearRowEnds(unsigned char *rows, qint64 width, qint64 height)
     }
 }
 
-void prefetchRow(const unsigned char *row, qint64 bytes)
-{
-    const int cacheLine = 64;
-    for (qint64 i = 0; i < bytes; i += cacheLine)
-        prefetch(row + i);
-}
-
 // The pixels of one record: kept for the thread's next request, since a host may ask for
 // every thumbnail of a library, and a record is too large to be allocated each time.
 void *pixelBuffer(int bytes)
@@ -181,13 +173,14 @@ int photo_manager::getSourcePhoto(const quint64 &, QByteArray &)
 
 bool photo_manager::checkV2Thumbnail(const Camera_Data *asset, QByteArray &out)
 {
-    const QString base = QString::fromLatin1("/PhotoData/Thumbnails/V2/%1/%2")
-                             .arg(asset->directory)
-                             .arg(asset->fileName);
+    if (!m_pVDev)
+        return false;
+    const QByteArray base = QString::fromLatin1("/PhotoData/Thumbnails/V2/%1/%2")
+                                .arg(asset->directory)
+                                .arg(asset->fileName)
+                                .toUtf8();
     for (const char *name : readyPictures) {
-        if (!m_pVDev)
-            continue;
-        const QByteArray path = (base + QLatin1Char('/') + QLatin1String(name)).toUtf8();
+        const QByteArray path = base + '/' + name;
         const open_file file(vFileOpen(m_pVDev, path.constData(), 0));
         if (file.get() && readWhole(file.get(), out))
             return true;
@@ -245,19 +238,15 @@ bool photo_manager::appendImage(PhotoThumb *thumb, QByteArray &out)
 
 void photo_manager::convertThmb2BMP(PhotoThumb *thumb, ThumbType *type, unsigned char *out)
 {
-    const qint32 width = pictureWidth(*thumb);
-    const qint32 height = pictureHeight(*thumb);
-    if (width <= 0)
+    picture_rows picture;
+    picture.width = pictureWidth(*thumb);
+    picture.height = pictureHeight(*thumb);
+    if (picture.width <= 0 || picture.height <= 0)
         return;
-    // The rows are read upwards, which no processor expects.
-    const qint32 rowsAhead = 4;
-    const placement place(*type, width, height);
-    const unsigned char *const pixels = static_cast<const unsigned char *>(thumb->data);
-    const row_converter convertRow = fastestRowConverter();
-    for (qint32 y = 0; y < height; ++y) {
-        if (y < height - rowsAhead)
-            prefetchRow(pixels + 2 * place.pixel(y + rowsAhead), 2 * qint64(width));
-        convertRow(pixels + 2 * place.pixel(y), out, width);
-        out += bmp::rowBytes(width);
-    }
+    const placement place(*type, picture.width, picture.height);
+    picture.bottomRow = static_cast<const unsigned char *>(thumb->data) + 2 * place.pixel(0);
+    picture.rowBytes = 2 * place.rowPixels;
+    picture.out = out;
+    picture.outRowBytes = bmp::rowBytes(picture.width);
+    fastestRowsConverter()(picture);
 }
