@@ -1,5 +1,7 @@
 #include "support/allocation_faults.h"
 
+#include <QByteArray>
+
 #include <gtest/gtest.h>
 
 #include <new>
@@ -39,6 +41,59 @@ TEST(AllocationFaultTool, ThrowsWhereTheCallMayThrow)
         }
     }
     EXPECT_TRUE(thrown);
+}
+
+TEST(AllocationFaultTool, FailsWhatTheCHeapGivesToQt)
+{
+    bool thrown = false;
+    bool happened = false;
+    {
+        const HeapFault fault(1);
+        try {
+            const QByteArray bytes(100, 'x');
+        } catch (const std::bad_alloc &) {
+            thrown = true;
+        }
+        happened = fault.happened();
+    }
+    EXPECT_TRUE(thrown);
+    EXPECT_TRUE(happened);
+}
+
+TEST(AllocationFaultTool, KeepsABlockThatCanNotGrow)
+{
+    QByteArray bytes(100, 'x');
+    bool thrown = false;
+    {
+        const HeapFault fault(1);
+        try {
+            bytes.resize(100000);
+        } catch (const std::bad_alloc &) {
+            thrown = true;
+        }
+    }
+    EXPECT_TRUE(thrown);
+    EXPECT_EQ(bytes, QByteArray(100, 'x'));
+}
+
+TEST(AllocationFaultTool, LeavesTheFakesAlone)
+{
+    void *paused = nullptr;
+    void *failed = nullptr;
+    bool happened = false;
+    {
+        const HeapFault fault(1);
+        {
+            const FaultPause pause;
+            paused = ::operator new(1, std::nothrow);
+        }
+        happened = fault.happened();
+        failed = ::operator new(1, std::nothrow);
+    }
+    EXPECT_NE(paused, nullptr);
+    EXPECT_FALSE(happened);
+    EXPECT_EQ(failed, nullptr);
+    ::operator delete(paused);
 }
 
 TEST(AllocationFaultTool, RecordsTheBlocksThatAreDeleted)

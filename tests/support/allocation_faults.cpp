@@ -5,6 +5,22 @@
 #include <cstdlib>
 #include <new>
 
+// Where the blocks come from, under the name that a definition of malloc does not hide.
+extern "C" {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+void *__interceptor_malloc(std::size_t size);
+void *__interceptor_realloc(void *block, std::size_t size);
+#define SYSTEM_HEAP(operation) __interceptor_##operation
+#else
+void *__libc_malloc(std::size_t size);
+void *__libc_realloc(void *block, std::size_t size);
+#define SYSTEM_HEAP(operation) __libc_##operation
+#endif
+}
+
+// For what runs in malloc: the sanitizers call it before their own memory is there.
+#define NOT_INSTRUMENTED __attribute__((no_sanitize("address", "undefined", "thread")))
+
 namespace {
 
 constexpr int RecordedBlocks = 64;
@@ -12,6 +28,7 @@ constexpr int RecordedBlocks = 64;
 // Plain data, since operator new may run before any constructor of this program.
 struct ThreadState {
     int untilFailure;
+    int untilHeapFailure;
     bool failed;
     bool recording;
     int deletes;
@@ -21,13 +38,24 @@ struct ThreadState {
 
 thread_local ThreadState state;
 
-// Null when this call is the one to fail.
+NOT_INSTRUMENTED bool isPaused() noexcept
+{
+    return FaultPause::depth > 0;
+}
+
+// Whether the call that counts down `calls` is the one to fail.
+NOT_INSTRUMENTED bool isFailing(int &calls) noexcept
+{
+    if (calls == 0 || isPaused() || --calls != 0)
+        return false;
+    state.failed = true;
+    return true;
+}
+
 void *allocate(std::size_t size) noexcept
 {
-    if (state.untilFailure > 0 && --state.untilFailure == 0) {
-        state.failed = true;
+    if (isFailing(state.untilFailure))
         return nullptr;
-    }
     return std::malloc(size != 0 ? size : 1);
 }
 
@@ -58,6 +86,16 @@ void release(void *block, bool plain) noexcept
 }
 
 } // namespace
+
+NOT_INSTRUMENTED void *malloc(std::size_t size) noexcept
+{
+    return isFailing(state.untilHeapFailure) ? nullptr : SYSTEM_HEAP(malloc)(size);
+}
+
+NOT_INSTRUMENTED void *realloc(void *block, std::size_t size) noexcept
+{
+    return isFailing(state.untilHeapFailure) ? nullptr : SYSTEM_HEAP(realloc)(block, size);
+}
 
 void *operator new(std::size_t size)
 {
@@ -121,6 +159,22 @@ AllocationFault::~AllocationFault()
 }
 
 bool AllocationFault::happened() const
+{
+    return state.failed;
+}
+
+HeapFault::HeapFault(int failing)
+{
+    state.failed = false;
+    state.untilHeapFailure = failing;
+}
+
+HeapFault::~HeapFault()
+{
+    state.untilHeapFailure = 0;
+}
+
+bool HeapFault::happened() const
 {
     return state.failed;
 }

@@ -1,6 +1,7 @@
 #include "support/fake_host.h"
 
 #include "host/host_log.h"
+#include "support/allocation_faults.h"
 
 #include <gtest/gtest.h>
 
@@ -509,6 +510,7 @@ void FakeHost::enter(const std::string &operation)
 
 // The services. Each runs its hook first, then works and records under the lock.
 struct FakeHost::Services {
+    FaultPause pause;
     State &host;
     std::string operation;
     std::unique_lock<std::mutex> lock;
@@ -834,6 +836,7 @@ void vFileClose(VFile *file)
 
 void Log(const char *tag, int level, const char *format, ...)
 {
+    const FaultPause pause;
     if (FakeHost::current() == nullptr)
         return;
     va_list arguments;
