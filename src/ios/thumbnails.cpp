@@ -175,12 +175,14 @@ bool photo_manager::checkV2Thumbnail(const Camera_Data *asset, QByteArray &out)
 {
     if (!m_pVDev)
         return false;
-    const QByteArray base = QString::fromLatin1("/PhotoData/Thumbnails/V2/%1/%2")
-                                .arg(asset->directory)
-                                .arg(asset->fileName)
-                                .toUtf8();
+    QByteArray path = QString::fromLatin1("/PhotoData/Thumbnails/V2/%1/%2/")
+                          .arg(asset->directory)
+                          .arg(asset->fileName)
+                          .toUtf8();
+    const int folderBytes = path.size();
     for (const char *name : readyPictures) {
-        const QByteArray path = base + '/' + name;
+        path.resize(folderBytes);
+        path += name;
         const open_file file(vFileOpen(m_pVDev, path.constData(), 0));
         if (file.get() && readWhole(file.get(), out))
             return true;
