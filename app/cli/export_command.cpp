@@ -1,4 +1,3 @@
-#include "cli/cache_folder.h"
 #include "cli/command_error.h"
 #include "cli/export_folder.h"
 #include "cli/file_names.h"
@@ -92,8 +91,7 @@ QVector<ExportItem> exportItems(LibrarySession &session, const QList<quint64> &i
 
 void refuseDevices(const QByteArray &path, const LibrarySession &session)
 {
-    if (liesIn(path, QByteArray::fromStdString(session.deviceName())))
-        throw CommandError(path.toStdString(), "a device is only read; name a folder outside it");
+    session.refuseInDevice(path);
     FileError error;
     DeviceKind kind = DeviceKind::None;
     const auto files = FolderFileSystem::openFolder(path, &error);

@@ -2,16 +2,10 @@
 
 #include "cli/command_error.h"
 #include "cli/file_names.h"
+#include "cli/folder_tools.h"
 
-#include <cerrno>
-#include <fcntl.h>
-#include <system_error>
-
-ExportFolder::ExportFolder(const QByteArray &path)
-    : m_path(path), m_fd(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+ExportFolder::ExportFolder(const QByteArray &path) : m_path(path), m_fd(openFolder(path))
 {
-    if (!m_fd.isOpen())
-        throw CommandError(path.toStdString(), std::generic_category().message(errno));
     FileError error;
     QList<QByteArray> names;
     // Name by name, since a link in the folder is nobody's photo.

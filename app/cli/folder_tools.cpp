@@ -17,12 +17,6 @@ namespace {
     throw CommandError(path.toStdString(), std::generic_category().message(errno));
 }
 
-bool isFolder(const QByteArray &path)
-{
-    struct stat status = {};
-    return ::stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
 // Whether `path` still names the folder that `fd` holds open: the process that had the
 // lock may have removed it.
 bool isStillAt(const UniqueFd &fd, const QByteArray &path)
@@ -40,6 +34,28 @@ void lock(const UniqueFd &fd)
 }
 
 } // namespace
+
+bool isFolder(const QByteArray &path)
+{
+    struct stat status = {};
+    return ::stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+QByteArray parentFolder(const QByteArray &path)
+{
+    const int slash = path.lastIndexOf('/');
+    if (slash < 0)
+        return ".";
+    return slash == 0 ? QByteArray("/") : path.left(slash);
+}
+
+UniqueFd openFolder(const QByteArray &path)
+{
+    UniqueFd fd(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!fd.isOpen())
+        fail(path);
+    return fd;
+}
 
 EnsuredFolder::EnsuredFolder(const QByteArray &path, mode_t mode)
 {
@@ -67,9 +83,7 @@ void EnsuredFolder::create(const QByteArray &path, mode_t mode)
 UniqueFd lockFolder(const QByteArray &path)
 {
     for (;;) {
-        UniqueFd fd(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!fd.isOpen())
-            fail(path);
+        UniqueFd fd = openFolder(path);
         lock(fd);
         if (isStillAt(fd, path))
             return fd;

@@ -30,6 +30,14 @@ private:
     QList<QByteArray> m_created; // parents first
 };
 
+bool isFolder(const QByteArray &path);
+
+/// The folder that `path`, which does not end with "/", lies in: "." for a bare name.
+QByteArray parentFolder(const QByteArray &path);
+
+/// Opens the folder `path`. Throws CommandError.
+UniqueFd openFolder(const QByteArray &path);
+
 /// Opens the folder `path` and locks it against other processes that do the same, waiting
 /// for them; a file system without locks is used without one. Closing unlocks. Throws
 /// CommandError.

@@ -149,6 +149,12 @@ void LibrarySession::runParse(DatabaseCopy &copy)
     }
 }
 
+void LibrarySession::refuseInDevice(const QByteArray &folder) const
+{
+    if (liesIn(folder, QByteArray::fromStdString(m_name)))
+        throw CommandError(folder.toStdString(), "a device is only read; name a folder outside it");
+}
+
 bool LibrarySession::showsProgress() const
 {
     return !m_options.quiet && !m_options.verbose && ::isatty(STDERR_FILENO);

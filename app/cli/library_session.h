@@ -37,6 +37,10 @@ public:
     /// The device's files; any thread may use them as long as the session lives.
     DeviceFileSystem &files() { return *m_files; }
 
+    /// Throws CommandError when the existing folder `folder` lies in the device, which is
+    /// never written.
+    void refuseInDevice(const QByteArray &folder) const;
+
     /// Whether progress is to be shown on stderr.
     bool showsProgress() const;
 

@@ -1,0 +1,248 @@
+#include "cli/command_error.h"
+#include "cli/file_names.h"
+#include "cli/folder_tools.h"
+#include "cli/library_command.h"
+#include "cli/library_ids.h"
+#include "cli/library_session.h"
+#include "cli/new_file.h"
+#include "cli/output.h"
+#include "cli/photo_text.h"
+#include "cli/progress_bar.h"
+#include "cli/thumbnail.h"
+#include "services/log_output.h"
+#include "services/printable.h"
+
+#include <QBuffer>
+
+#include <CLI/CLI.hpp>
+
+namespace {
+
+struct ThumbArguments {
+    std::vector<std::string> positionals;
+    std::string target;    ///< of --output
+    std::string allFolder; ///< of --all
+    std::string format;    ///< empty for what the plug-in gives
+
+    DeviceAndIds chosen; // taken out of the positionals
+
+    bool isForAll() const { return !allFolder.empty(); }
+};
+
+void checkArguments(ThumbArguments &arguments)
+{
+    arguments.chosen = splitDeviceAndIds(arguments.positionals);
+    if (arguments.isForAll() && !arguments.chosen.ids.empty())
+        throw CLI::ValidationError("--all", "takes the place of ids");
+    if (!arguments.isForAll() && arguments.chosen.ids.empty())
+        throw CLI::ValidationError("ID", "is missing; --all DIR is for all photos and videos");
+    if (!arguments.isForAll() && arguments.target.empty())
+        throw CLI::ValidationError("--output", "is missing: the file or folder to write to");
+}
+
+// Where the thumbnails go: to files of their own names in a folder, or to one file.
+struct Target {
+    QByteArray path;   ///< as the user named it
+    QByteArray folder; ///< may not exist yet
+    QByteArray file;   ///< the name in the folder; empty for names of their own
+};
+
+Target folderTarget(const std::string &path)
+{
+    const auto folder = QByteArray::fromStdString(path);
+    return {folder, folder, QByteArray()};
+}
+
+Target targetOf(const ThumbArguments &arguments)
+{
+    if (arguments.isForAll())
+        return folderTarget(arguments.allFolder);
+    const auto path = QByteArray::fromStdString(arguments.target);
+    if (isFolder(path) || arguments.chosen.ids.size() > 1)
+        return folderTarget(arguments.target);
+    if (path.endsWith('/'))
+        throw CommandError(arguments.target, "no such folder");
+    return {path, parentFolder(path), path.mid(path.lastIndexOf('/') + 1)};
+}
+
+struct Failure {
+    QString cause;
+};
+
+QByteArray asPng(const QByteArray &bytes)
+{
+    QString cause;
+    const QImage picture = decodedThumbnail(bytes, &cause);
+    if (picture.isNull())
+        throw Failure{cause};
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    if (!picture.save(&buffer, "PNG"))
+        throw std::bad_alloc();
+    return buffer.data();
+}
+
+// Writes thumbnails one by one, and counts them.
+class ThumbWriter
+{
+public:
+    // Throws CommandError when the folder of `target` can not be used.
+    ThumbWriter(LibrarySession &session, const Target &target, bool isPng)
+        : m_session(session), m_target(target), m_isPng(isPng), m_folder(openFolder(target.folder)),
+          m_bar(session.showsProgress(), QStringLiteral("Reading thumbnails"))
+    {
+    }
+
+    void writeAll(const QList<quint64> &ids)
+    {
+        for (const quint64 id : ids) {
+            const int done = m_written + m_failed;
+            m_bar.show(done, ids.size(), QStringLiteral("%1 of %2").arg(done).arg(ids.size()));
+            write(id);
+        }
+        m_bar.hide();
+    }
+
+    int failed() const { return m_failed; }
+
+    QString summary() const
+    {
+        const QString things =
+            m_written == 1 ? QStringLiteral("thumbnail") : QStringLiteral("thumbnails");
+        const QString path = QString::fromUtf8(printable(m_target.path));
+        const QString failures =
+            m_failed == 0 ? QString() : QStringLiteral(", %1 failed").arg(m_failed);
+        return QStringLiteral("wrote %1 %2 to %3%4")
+            .arg(QString::number(m_written), things, path, failures);
+    }
+
+private:
+    void write(quint64 id)
+    {
+        photoItem item;
+        m_session.library().getPhoto(id, &item); // false only when its file is missing
+        try {
+            store(item, thumbnailOf(m_session, id));
+            ++m_written;
+        } catch (const Failure &failure) {
+            ++m_failed;
+            m_bar.hide();
+            writeErrorLine(
+                QStringLiteral("photolib: %1: %2").arg(labelText(item), failure.cause).toUtf8());
+        }
+    }
+
+    void store(const photoItem &item, const Thumbnail &thumbnail)
+    {
+        if (thumbnail.bytes.isEmpty())
+            throw Failure{thumbnail.cause};
+        const char *const given = imageExtension(thumbnail.bytes);
+        if (!given)
+            throw Failure{QStringLiteral("a thumbnail that is neither JPEG nor BMP")};
+        const char *const extension = m_isPng ? "png" : given;
+        const QByteArray bytes = m_isPng ? asPng(thumbnail.bytes) : thumbnail.bytes;
+        replace(m_target.file.isEmpty() ? ownName(item, extension) : m_target.file, bytes);
+    }
+
+    static QByteArray ownName(const photoItem &item, const char *extension)
+    {
+        const QByteArray stem = nameStem(safeFileName(writtenName(item.name)));
+        return QByteArray::number(item.id) + '-' + stem + '.' + extension;
+    }
+
+    void replace(const QByteArray &name, const QByteArray &bytes)
+    {
+        try {
+            replaceFile(m_folder.get(), name, bytes);
+        } catch (const std::system_error &error) {
+            const QByteArray path =
+                m_target.file.isEmpty() ? m_target.folder + '/' + name : m_target.path;
+            throw CommandError(path.toStdString(), error.code().message());
+        }
+    }
+
+    LibrarySession &m_session;
+    const Target m_target;
+    const bool m_isPng;
+    const UniqueFd m_folder;
+    ProgressBar m_bar;
+    int m_written = 0;
+    int m_failed = 0;
+};
+
+QList<quint64> chosenIds(const ThumbArguments &arguments, LibrarySession &session)
+{
+    if (arguments.isForAll())
+        return session.library().photoIDs();
+    QList<quint64> ids;
+    for (const std::string &id : arguments.chosen.ids)
+        ids.append(knownPhotoId(id, session));
+    return ids;
+}
+
+int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySession &session,
+                    Output &output)
+{
+    const QList<quint64> ids = chosenIds(arguments, session);
+    const Target target = targetOf(arguments);
+    std::optional<EnsuredFolder> ensured;
+    if (target.file.isEmpty())
+        ensured.emplace(target.folder, 0777);
+    session.refuseInDevice(target.folder);
+    const bool isPng = !arguments.format.empty() || target.file.toLower().endsWith(".png");
+    ThumbWriter writer(session, target, isPng);
+    writer.writeAll(ids);
+    if (ensured)
+        ensured->keep();
+    if (!isQuiet)
+        output.writeLine(writer.summary());
+    return writer.failed() == 0 ? 0 : CommandError::failed;
+}
+
+void addArguments(CLI::App &command, ThumbArguments &arguments)
+{
+    command
+        .add_option("ARGUMENTS", arguments.positionals,
+                    "[DEVICE] ID...: the device's folder, without which the sample is shown, and "
+                    "the\nids of photos and videos")
+        ->type_name("");
+    CLI::Option *const output =
+        command.add_option("-o,--output", arguments.target,
+                           "The file to write, or a folder; for several ids it is a folder, made "
+                           "if need be");
+    output->type_name("FILE|DIR");
+    command.add_option("--all", arguments.allFolder, "Write those of all to this folder")
+        ->type_name("DIR")
+        ->excludes(output);
+    command
+        .add_option("--format", arguments.format,
+                    "Convert; else as the device has it: JPEG, "
+                    "or BMP for a packed thumbnail. A FILE that ends in \".png\" is converted, too")
+        ->check(CLI::IsMember({"png"}));
+    command.footer("Files are replaced. In a folder they are called \"42-IMG_0041.jpg\".\n"
+                   "\n"
+                   "Examples:\n"
+                   "  photolib thumb 42 -o thumb.jpg\n"
+                   "  photolib thumb /media/phone 42 43 -o thumbs --format png\n"
+                   "  photolib thumb /media/phone --all thumbs");
+}
+
+} // namespace
+
+void addThumbCommand(CLI::App &app, CommandContext &context)
+{
+    CLI::App *const command =
+        app.add_subcommand("thumb", "Write thumbnails: [DEVICE] ID... -o FILE|DIR, or --all DIR");
+    const auto arguments = std::make_shared<ThumbArguments>();
+    addArguments(*command, *arguments);
+    command->callback([&context, arguments] {
+        checkArguments(*arguments);
+        context.run = [&context, arguments] {
+            const bool isQuiet = context.options.quiet;
+            return workOnLibrary(context, arguments->chosen.device,
+                                 [&](LibrarySession &session, Output &output) {
+                                     return writeThumbnails(*arguments, isQuiet, session, output);
+                                 });
+        };
+    });
+}

@@ -1,0 +1,113 @@
+#include "cli/thumbnail.h"
+
+#include "boundary/photo_records.h"
+#include "cli/library_session.h"
+#include "cli/qt_messages.h"
+#include "services/log_output.h"
+
+#include <QBuffer>
+#include <QImageReader>
+#include <QTransform>
+
+namespace {
+
+constexpr qint64 mostPixels = 16 << 20;
+
+bool isThumbnailSize(const QSize &size)
+{
+    return !size.isEmpty() && qint64(size.width()) * size.height() <= mostPixels;
+}
+
+// Null where the content is that of another format, whatever readers are installed.
+const char *readerFormat(const QByteArray &bytes)
+{
+    if (bytes.startsWith("\xff\xd8\xff"))
+        return "jpeg";
+    return bytes.startsWith("BM") ? "bmp" : nullptr;
+}
+
+// 1 for a picture that is wider than high, -1 for one that is higher, 0 for a square.
+int shapeOf(int width, int height)
+{
+    return (width > height) - (width < height);
+}
+
+} // namespace
+
+Thumbnail thumbnailOf(LibrarySession &session, quint64 id)
+{
+    Thumbnail thumbnail;
+    const LogCapture log;
+    const int result = session.library().getPhotoThumbnail(id, thumbnail.bytes);
+    if (result == 0 && !thumbnail.bytes.isEmpty())
+        return thumbnail;
+    const QList<QByteArray> failures = log.failures();
+    thumbnail.bytes.clear();
+    thumbnail.cause = QStringLiteral("no thumbnail");
+    if (!failures.isEmpty())
+        thumbnail.cause += QStringLiteral(" (%1)").arg(QString::fromUtf8(failures.first()));
+    return thumbnail;
+}
+
+const char *imageExtension(const QByteArray &bytes)
+{
+    const QByteArray format = readerFormat(bytes);
+    if (format == "jpeg")
+        return "jpg";
+    return format == "bmp" ? "bmp" : nullptr;
+}
+
+QImage decodedThumbnail(const QByteArray &bytes, QString *cause)
+{
+    const char *const format = readerFormat(bytes);
+    if (!format) {
+        *cause = QStringLiteral("a thumbnail that is neither JPEG nor BMP");
+        return QImage();
+    }
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    const QtMessages messages; // of the reader
+    QImageReader reader(&buffer, format);
+    reader.setAutoDetectImageFormat(false);
+    reader.setAutoTransform(true);
+    const QSize size = reader.size();
+    const QImage picture = isThumbnailSize(size) ? reader.read() : QImage();
+    // The reader makes a picture of half a file as well, and only says so.
+    if (!picture.isNull() && messages.first().isEmpty())
+        return picture;
+    const bool isTooLarge = !size.isEmpty() && !isThumbnailSize(size);
+    *cause = isTooLarge ? QStringLiteral("a thumbnail of %1 x %2 pixels is too large")
+                              .arg(size.width())
+                              .arg(size.height())
+                        : QStringLiteral("a damaged thumbnail");
+    return QImage();
+}
+
+QImage turnedUpright(const QImage &picture, int orientation)
+{
+    const bool isOnItsSide = orientation >= 5 && orientation <= 8;
+    const QImage standing = isOnItsSide ? picture.transformed(QTransform().rotate(90)) : picture;
+    switch (orientation) {
+    case 2:
+    case 5:
+        return standing.mirrored(true, false);
+    case 3:
+    case 8:
+        return standing.mirrored(true, true);
+    case 4:
+    case 7:
+        return standing.mirrored(false, true);
+    default:
+        return standing;
+    }
+}
+
+QImage uprightThumbnail(const QImage &picture, const photoItem &item)
+{
+    const int wanted = shapeOf(item.width, item.height);
+    const int given = shapeOf(picture.width(), picture.height());
+    const bool liesAcross = wanted * given == -1;
+    const bool isOnItsSide = item.orientation >= 5 && item.orientation <= 8;
+    return liesAcross && isOnItsSide ? turnedUpright(picture, item.orientation) : picture;
+}
