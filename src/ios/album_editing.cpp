@@ -127,7 +127,7 @@ void photo_manager::addToLibrary(photoItem *photo)
     photo->uuid = makeNewUID();
     std::unique_ptr<Camera_Data> asset = assetFor(*photo, m_pCameraDB, m_refDate);
     m_pCameraDB->assets.insert(photo->id, asset.get());
-    asset.release();
+    static_cast<void>(asset.release()); // the model's now
 }
 
 int photo_manager::addAlbum(albumItem *album)
@@ -144,7 +144,7 @@ int photo_manager::addAlbum(albumItem *album)
         album->type = 6;
         std::unique_ptr<Camera_Album> record = recordFor(*album);
         m_pCameraDB->albums.insert(album->id, record.get());
-        record.release();
+        static_cast<void>(record.release()); // the model's now
         m_listAlbumIDs.append(album->id);
         return static_cast<int>(m_pCameraDB->maxAlbumPk);
     });

@@ -46,7 +46,7 @@ QByteArray photo_manager::makeNewUID()
     // the same second meets the first one's draws again, and passes over them as used.
     qsrand(static_cast<uint>(QDateTime::currentMSecsSinceEpoch() / 1000));
     while (m_pCameraDB) {
-        const QByteArray uuid = candidate();
+        QByteArray uuid = candidate();
         // The device's database holds uuids as bytes or as text.
         if (m_mapUsedUUID.contains(uuid) || m_mapUsedUUID.contains(textOf(uuid)))
             continue;

@@ -8,8 +8,8 @@
 
 namespace {
 
-const int bytesIn = 2;  // of a stored pixel
-const int bytesOut = 3; // of a BMP pixel
+const std::ptrdiff_t bytesIn = 2;  // of a stored pixel
+const std::ptrdiff_t bytesOut = 3; // of a BMP pixel
 
 rows_converter chooseRowsConverter()
 {
@@ -58,7 +58,7 @@ private:
         if (m_left <= m_ahead)
             return;
         const unsigned char *const row = m_pixels - m_ahead * m_rowBytes;
-        for (int i = 0; i < bytesIn * m_width; i += cacheLine)
+        for (std::ptrdiff_t i = 0; i < bytesIn * m_width; i += cacheLine)
             prefetch(row + i);
     }
 
@@ -68,7 +68,7 @@ private:
     const std::ptrdiff_t m_outRowBytes;
     const int m_width;
     int m_left;
-    int m_ahead; // rows
+    std::ptrdiff_t m_ahead; // rows
 };
 
 // The lower 3 bits of each byte stay 0, as hosts know these pictures: they tell them apart

@@ -111,8 +111,8 @@ bool seekToRecord(VFile *file, const ThumbType &type, qint32 index)
 {
     // Wraps beyond 4 GiB; no device has so long a file.
     const quint32 recordBytes = static_cast<quint32>(type.dataSize + trailerBytes);
-    const qint64 offset = recordBytes * static_cast<quint32>(index);
-    if (vFileSeek(file, offset, 0) == offset)
+    const quint32 offset = recordBytes * static_cast<quint32>(index);
+    if (vFileSeek(file, offset, 0) == static_cast<qint64>(offset))
         return true;
     Log("PHOTOLIB", 2, "Can seek to offset %lld while getting ithmb",
         static_cast<long long>(offset));
