@@ -17,6 +17,7 @@ const char examples[] = R"(Examples:
   photolib albums /media/phone        list its albums
   photolib show 42 ~/phone-copy       all about one photo
   photolib dump ~/phone-copy | jq .   the whole library as JSON
+  photolib sheet -o sheet.png         a picture of them all, with their names
   photolib thumb 42 ~/phone-copy -o thumb.jpg
                                       write its thumbnail
   photolib export /media/phone DIR    copy the photos and videos into a folder
@@ -58,6 +59,7 @@ void setUp(CLI::App &app, CommandContext &context)
     addAlbumsCommand(app, context);
     addShowCommand(app, context);
     addDumpCommand(app, context);
+    addSheetCommand(app, context);
     addThumbCommand(app, context);
     addExportCommand(app, context);
     addEditCommand(app, context);

@@ -27,6 +27,7 @@ void addPhotosCommand(CLI::App &app, CommandContext &context);
 void addAlbumsCommand(CLI::App &app, CommandContext &context);
 void addShowCommand(CLI::App &app, CommandContext &context);
 void addDumpCommand(CLI::App &app, CommandContext &context);
+void addSheetCommand(CLI::App &app, CommandContext &context);
 void addThumbCommand(CLI::App &app, CommandContext &context);
 void addExportCommand(CLI::App &app, CommandContext &context);
 void addEditCommand(CLI::App &app, CommandContext &context);

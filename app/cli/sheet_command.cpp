@@ -1,0 +1,233 @@
+#include "cli/album_table.h"
+#include "cli/command_error.h"
+#include "cli/contact_sheet.h"
+#include "cli/folder_tools.h"
+#include "cli/library_command.h"
+#include "cli/library_ids.h"
+#include "cli/library_session.h"
+#include "cli/new_file.h"
+#include "cli/output.h"
+#include "cli/photo_text.h"
+#include "cli/progress_bar.h"
+#include "cli/qt_messages.h"
+#include "cli/thumbnail.h"
+#include "services/log_output.h"
+#include "services/printable.h"
+
+#include <QBuffer>
+#include <QFontDatabase>
+#include <QGuiApplication>
+
+#include <CLI/CLI.hpp>
+
+namespace {
+
+constexpr int mostOnAPage = 400; // a page of so many takes some 80 MB
+
+struct SheetArguments {
+    std::shared_ptr<std::optional<std::string>> device;
+    std::shared_ptr<std::optional<std::string>> album;
+    std::string target;
+};
+
+// What text needs of Qt. No display is needed, unless somebody asks for another platform.
+class TextDrawing
+{
+public:
+    TextDrawing() : m_application(argumentCount(), arguments())
+    {
+        if (QFontDatabase().families().isEmpty())
+            writeErrorLine("photolib: no font is installed: the sheet has no text");
+    }
+
+private:
+    static int &argumentCount()
+    {
+        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int count = 1;
+        return count;
+    }
+
+    static char **arguments()
+    {
+        static char name[] = "photolib";
+        static char *list[] = {name, nullptr};
+        return list;
+    }
+
+    const QtMessages m_messages; // of a platform without a session, say
+    const QGuiApplication m_application;
+};
+
+// "sheet.png", "sheet-2.png", ...
+QByteArray pageName(const QByteArray &name, int page)
+{
+    if (page == 0)
+        return name;
+    const int dot = name.lastIndexOf('.');
+    const int stem = dot > name.lastIndexOf('/') + 1 ? dot : name.size();
+    return name.left(stem) + '-' + QByteArray::number(page + 1) + name.mid(stem);
+}
+
+QByteArray asPng(const QImage &image)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    if (!image.save(&buffer, "PNG"))
+        throw std::bad_alloc();
+    return buffer.data();
+}
+
+QString albumText(LibrarySession &session, const std::optional<std::string> &album)
+{
+    if (!album)
+        return QStringLiteral("All photos and videos");
+    albumItem item;
+    const LogCapture log;
+    session.library().getAlbum(knownAlbumId(*album, session), &item);
+    return QStringLiteral("Album \u201c%1\u201d").arg(albumNameText(item.name));
+}
+
+QString countText(int count)
+{
+    return count == 1 ? QStringLiteral("1 picture") : QStringLiteral("%1 pictures").arg(count);
+}
+
+// Draws the pages and writes each before the next one is begun.
+class SheetWriter
+{
+public:
+    // Throws CommandError when there is no place for the pages.
+    SheetWriter(LibrarySession &session, const QByteArray &target)
+        : m_session(session), m_target(target), m_folder(openFolder(parentFolder(target))),
+          m_bar(session.showsProgress(), QStringLiteral("Drawing the sheet"))
+    {
+        if (isFolder(target))
+            throw CommandError(target.toStdString(), "a folder, not a file to write");
+        session.refuseInDevice(parentFolder(target));
+    }
+
+    void write(const QList<quint64> &ids, const QString &album, Output &output)
+    {
+        m_ids = ids;
+        m_album = album;
+        const TextDrawing text;
+        const int pages = qMax(1, (ids.size() + mostOnAPage - 1) / mostOnAPage);
+        for (int page = 0; page < pages; ++page) {
+            const int first = page * mostOnAPage;
+            const int count = qMin(mostOnAPage, ids.size() - first);
+            writePage(pageName(m_target, page), drawnPage(page, pages, first, count));
+            const QString name = QString::fromUtf8(printable(pageName(m_target, page)));
+            output.writeLine(QStringLiteral("%1: %2").arg(name, countText(count)));
+        }
+        m_bar.hide();
+    }
+
+private:
+    QImage drawnPage(int page, int pages, int first, int count)
+    {
+        const int columns = SheetLayout::columnsFor(qMin(mostOnAPage, m_ids.size()));
+        SheetPage sheet(heading(page, pages), SheetLayout(count, columns));
+        for (int i = 0; i < count; ++i) {
+            const int done = first + i;
+            m_bar.show(done, m_ids.size(), QStringLiteral("%1 of %2").arg(done).arg(m_ids.size()));
+            sheet.draw(i, cell(m_ids[done]));
+        }
+        if (count == 0)
+            sheet.drawNotice(QStringLiteral("There is no photo or video."));
+        return sheet.image();
+    }
+
+    SheetHeading heading(int page, int pages) const
+    {
+        SheetHeading heading;
+        heading.title =
+            QString::fromUtf8(printable(QByteArray::fromStdString(m_session.deviceName())));
+        heading.subtitle = QStringLiteral("%1 \u00b7 %2").arg(m_album, countText(m_ids.size()));
+        if (pages > 1)
+            heading.subtitle += QStringLiteral(" \u00b7 page %1 of %2").arg(page + 1).arg(pages);
+        return heading;
+    }
+
+    SheetCell cell(quint64 id)
+    {
+        photoItem item;
+        SheetCell cell;
+        cell.isMissing = !m_session.photo(id, &item);
+        cell.name = nameText(item.name);
+        cell.isVideo = item.type == videoType;
+        cell.seconds = item.duration;
+        cell.isTrashed = item.trashedDate != 0;
+        cell.picture = picture(id, item, &cell.placeholder);
+        return cell;
+    }
+
+    QImage picture(quint64 id, const photoItem &item, QString *placeholder)
+    {
+        const Thumbnail thumbnail = thumbnailOf(m_session, id);
+        *placeholder = QStringLiteral("no thumbnail");
+        if (thumbnail.bytes.isEmpty())
+            return QImage();
+        QString cause;
+        const QImage decoded = decodedThumbnail(thumbnail.bytes, &cause);
+        if (!decoded.isNull())
+            return uprightThumbnail(decoded, item);
+        *placeholder = QStringLiteral("damaged thumbnail");
+        m_bar.hide();
+        writeErrorLine(QStringLiteral("photolib: %1: %2").arg(labelText(item), cause).toUtf8());
+        return QImage();
+    }
+
+    void writePage(const QByteArray &path, const QImage &image)
+    {
+        try {
+            replaceFile(m_folder.get(), path.mid(path.lastIndexOf('/') + 1), asPng(image));
+        } catch (const std::system_error &error) {
+            throw CommandError(path.toStdString(), error.code().message());
+        }
+    }
+
+    LibrarySession &m_session;
+    const QByteArray m_target;
+    const UniqueFd m_folder;
+    ProgressBar m_bar;
+    QList<quint64> m_ids;
+    QString m_album;
+};
+
+void writeSheet(const SheetArguments &arguments, LibrarySession &session, Output &output)
+{
+    const QList<quint64> ids = chosenPhotoIds(session, *arguments.album);
+    const QString album = albumText(session, *arguments.album);
+    SheetWriter(session, QByteArray::fromStdString(arguments.target)).write(ids, album, output);
+}
+
+} // namespace
+
+void addSheetCommand(CLI::App &app, CommandContext &context)
+{
+    CLI::App *const command =
+        app.add_subcommand("sheet", "Draw a contact sheet of the photos and videos");
+    const auto arguments = std::make_shared<SheetArguments>();
+    arguments->device = addDeviceArgument(*command);
+    arguments->album = addAlbumOption(*command);
+    command
+        ->add_option("-o,--output", arguments->target,
+                     "The PNG file to write; it is replaced. What does not fit on it goes to "
+                     "sheet-2.png and so on, " +
+                         std::to_string(mostOnAPage) + " pictures each")
+        ->required()
+        ->type_name("FILE");
+    command->footer("Examples:\n"
+                    "  photolib sheet -o sheet.png\n"
+                    "  photolib sheet /media/phone --album 7 -o album.png");
+    command->callback([&context, arguments] {
+        context.run = [&context, arguments] {
+            return runOnLibrary(context, *arguments->device,
+                                [&](LibrarySession &session, Output &output) {
+                                    writeSheet(*arguments, session, output);
+                                });
+        };
+    });
+}
