@@ -60,8 +60,10 @@ public:
     /// which are appended to it; for a classic iPod what the host's `unpackiThmb` makes of
     /// its smallest variant. Returns 0 when done or when there is nothing to do, as for an
     /// unknown key, and always for a classic iPod, or -1 after a log line; `data` is
-    /// untouched unless there is an image. The first request that needs it opens an iOS device's packed thumbnail file,
-    /// which is never closed.
+    /// untouched unless there is an image. The first request that needs it opens an iOS
+    /// device's packed thumbnail file, which is never closed.
+    virtual int getPhotoThumbnail(const quint64 &id, QByteArray &data) = 0;
+
     /// Puts the stored image of `id` into `data` for a classic iPod: its largest
     /// variant. Leaves `data` untouched for an iOS device, whose host reads the file
     /// at `photoItem::path` itself. Always returns 0.
