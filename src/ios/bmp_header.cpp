@@ -28,12 +28,13 @@ private:
 
 } // namespace
 
-void bmp::writeHeaders(qint32 width, qint32 height, qint64 imageBytes, unsigned char *out)
+void bmp::writeHeaders(qint32 width, qint32 height, unsigned char *out)
 {
     const quint32 informationBytes = 40;
+    const quint32 imageBytes = static_cast<quint32>(rowBytes(width)) * static_cast<quint32>(height);
     number_writer header(out);
     header.put16(0x4d42); // "BM"
-    header.put32(static_cast<quint32>(headerBytes + imageBytes));
+    header.put32(headerBytes + imageBytes);
     header.put32(0); // two reserved numbers
     header.put32(headerBytes);
 
@@ -43,7 +44,7 @@ void bmp::writeHeaders(qint32 width, qint32 height, qint64 imageBytes, unsigned 
     header.put16(1);  // planes
     header.put16(24); // bits per pixel
     header.put32(0);  // not compressed
-    header.put32(static_cast<quint32>(imageBytes));
+    header.put32(imageBytes);
     header.put32(0); // horizontal resolution: not known
     header.put32(0); // vertical resolution
     header.put32(0); // colours used: all

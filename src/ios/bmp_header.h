@@ -16,9 +16,9 @@ inline qint64 rowBytes(qint64 width)
     return (width * 3 + 3) / 4 * 4;
 }
 
-/// Writes both headers of an image with `imageBytes` bytes of rows to the `headerBytes`
-/// bytes at `out`. The sizes are written modulo 2^32.
-void writeHeaders(qint32 width, qint32 height, qint64 imageBytes, unsigned char *out);
+/// Writes both headers of an image to the `headerBytes` bytes at `out`. `width` is not
+/// negative; `height` may be anything. The sizes are written modulo 2^32.
+void writeHeaders(qint32 width, qint32 height, unsigned char *out);
 
 } // namespace bmp
 

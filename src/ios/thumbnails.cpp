@@ -33,6 +33,9 @@ const thumbnail_file thumbnailFiles[] = {
 // The ready pictures of one asset, the best first.
 const char *const readyPictures[] = {"5005.JPG", "5003.JPG", "3507.JPG", "3505.JPG"};
 
+// What a byte array can hold, less some for its own administration.
+const int mostBytes = std::numeric_limits<int>::max() - 1024;
+
 const int trailerBytes = sizeof PhotoThumb().info;
 const int widthOffset = 16;  // of the picture's width in the trailer
 const int heightOffset = 20; // of its height
@@ -73,17 +76,11 @@ bool liesInPixels(const ThumbType &type, qint64 width, qint64 height)
     return place.pixel(height - 1) >= 0 && place.pixel(0) <= pixels - width;
 }
 
-// Bytes of the rows of a BMP image. False when its headers can not hold the sizes, or when
-// it does not fit behind the `before` bytes of a byte array. A picture of negative height
-// has no rows, but its size is in the headers.
-bool imageSize(qint64 width, qint64 height, int before, qint64 *bytes)
+// Of the rows of a BMP image. A picture of no or negative height has none, although its
+// headers tell of their size.
+qint64 imageBytes(qint64 width, qint64 height)
 {
-    const qint64 most = std::numeric_limits<qint32>::max();
-    const qint64 rowBytes = bmp::rowBytes(width);
-    if (height != 0 && rowBytes > most)
-        return false;
-    *bytes = rowBytes * height;
-    return *bytes >= -most && *bytes <= most - bmp::headerBytes - before;
+    return width > 0 && height > 0 ? bmp::rowBytes(width) * height : 0;
 }
 
 // What fills the rows up to a multiple of 4 bytes. The rest is about to be written.
@@ -137,9 +134,9 @@ bool readWhole(VFile *file, QByteArray &out)
 {
     vFileSeek(file, 0, 2);
     const qint64 size = vFileTell(file);
-    if (size < 0 || size > std::numeric_limits<int>::max())
+    if (size < 0 || size > mostBytes)
         return false;
-    // A file that says it is larger than memory is one that can not be read, too.
+    // A file that says it is larger than the memory can not be read either.
     return withoutThrowing(false, [&] {
         QByteArray content(static_cast<int>(size), Qt::Uninitialized);
         vFileSeek(file, 0, 0);
@@ -222,17 +219,15 @@ bool photo_manager::appendImage(PhotoThumb *thumb, QByteArray &out)
 {
     const qint32 width = pictureWidth(*thumb);
     const qint32 height = pictureHeight(*thumb);
-    const int before = out.size();
-    qint64 imageBytes = 0;
+    const int rowsStart = out.size() + bmp::headerBytes;
     if (!liesInPixels(m_thmbType, width, height) ||
-        !imageSize(width, height, before, &imageBytes)) {
+        imageBytes(width, height) > mostBytes - rowsStart) {
         Log("PHOTOLIB", 2, "Can not read ithmb info");
         return false;
     }
-    const int rowsStart = before + bmp::headerBytes;
-    out.resize(rowsStart + static_cast<int>(qMax<qint64>(imageBytes, 0)));
+    out.resize(rowsStart + static_cast<int>(imageBytes(width, height)));
     unsigned char *const rows = reinterpret_cast<unsigned char *>(out.data()) + rowsStart;
-    bmp::writeHeaders(width, height, imageBytes, rows - bmp::headerBytes);
+    bmp::writeHeaders(width, height, rows - bmp::headerBytes);
     clearRowEnds(rows, width, height);
     convertThmb2BMP(thumb, &m_thmbType, rows);
     return true;
