@@ -5,17 +5,13 @@
 #include <cstdlib>
 #include <new>
 
-// Where the blocks come from, under the name that a definition of malloc does not hide.
+// Where the blocks come from, under the names that a definition of malloc does not hide: a
+// sanitizer where there is one, or else the C library.
 extern "C" {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-void *__interceptor_malloc(std::size_t size);
-void *__interceptor_realloc(void *block, std::size_t size);
-#define SYSTEM_HEAP(operation) __interceptor_##operation
-#else
+__attribute__((weak)) void *__interceptor_malloc(std::size_t size);
+__attribute__((weak)) void *__interceptor_realloc(void *block, std::size_t size);
 void *__libc_malloc(std::size_t size);
 void *__libc_realloc(void *block, std::size_t size);
-#define SYSTEM_HEAP(operation) __libc_##operation
-#endif
 }
 
 // For what runs in malloc: the sanitizers call it before their own memory is there.
@@ -89,12 +85,17 @@ void release(void *block, bool plain) noexcept
 
 NOT_INSTRUMENTED void *malloc(std::size_t size) noexcept
 {
-    return isFailing(state.untilHeapFailure) ? nullptr : SYSTEM_HEAP(malloc)(size);
+    if (isFailing(state.untilHeapFailure))
+        return nullptr;
+    return __interceptor_malloc != nullptr ? __interceptor_malloc(size) : __libc_malloc(size);
 }
 
 NOT_INSTRUMENTED void *realloc(void *block, std::size_t size) noexcept
 {
-    return isFailing(state.untilHeapFailure) ? nullptr : SYSTEM_HEAP(realloc)(block, size);
+    if (isFailing(state.untilHeapFailure))
+        return nullptr;
+    return __interceptor_realloc != nullptr ? __interceptor_realloc(block, size)
+                                            : __libc_realloc(block, size);
 }
 
 void *operator new(std::size_t size)
