@@ -42,7 +42,8 @@ constexpr int longestEdit = 60;         // letters of an edit that are shown wit
 
 [[noreturn]] void failToRead(const std::string &name)
 {
-    throw CommandError(name, std::generic_category().message(errno));
+    throw CommandError(name,
+                       errno == ENOENT ? "no such file" : std::generic_category().message(errno));
 }
 
 QByteArray readAll(int fd, const std::string &name)

@@ -29,6 +29,7 @@ public:
     QString error() const { return m_error; }
 
 private:
+    void readPart(ScriptWord *word);
     void skipBlanks();
     void readQuoted(QString *text);
     void readEscaped(QString *text);
@@ -42,19 +43,23 @@ private:
 ScriptWord WordReader::next()
 {
     ScriptWord word;
-    while (hasMore() && !isBlank(m_line[m_at])) {
-        const QChar letter = m_line[m_at++];
-        if (letter == QLatin1Char('"')) {
-            word.isQuoted = true;
-            readQuoted(&word.text);
-        } else if (letter == QLatin1Char('\\')) {
-            fail(QStringLiteral("a backslash outside quotes"));
-        } else {
-            word.text += letter;
-        }
-    }
+    while (hasMore() && !isBlank(m_line[m_at]))
+        readPart(&word);
     skipBlanks();
     return word;
+}
+
+void WordReader::readPart(ScriptWord *word)
+{
+    const QChar letter = m_line[m_at++];
+    if (letter == QLatin1Char('"')) {
+        word->isQuoted = true;
+        readQuoted(&word->text);
+    } else if (letter == QLatin1Char('\\')) {
+        fail(QStringLiteral("a backslash outside quotes"));
+    } else {
+        word->text += letter;
+    }
 }
 
 void WordReader::skipBlanks()

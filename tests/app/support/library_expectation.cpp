@@ -1,76 +1,22 @@
 #include "support/library_expectation.h"
 
-#include "support/device_folder.h"
+#include "support/album_expectation.h"
+#include "support/device_sql.h"
+#include "support/thumbnail_expectation.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <QDir>
-#include <QFile>
+#include <QCryptographicHash>
 #include <QFileInfo>
-
-#include <map>
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-/// The rows of a statement, each a list of texts; NULL is "NULL".
-using Rows = std::vector<std::vector<std::string>>;
-
-// The device's database, opened from a copy.
-class DatabaseCopy
-{
-public:
-    explicit DatabaseCopy(const QByteArray &device)
-    {
-        for (const char *suffix : {"", "-wal"}) {
-            const QByteArray name = QByteArray("Photos.sqlite") + suffix;
-            QFile source(QString::fromUtf8(device + "/PhotoData/" + name));
-            if (source.open(QIODevice::ReadOnly))
-                m_folder.write(name, source.readAll());
-        }
-        sqlite3 *db = nullptr;
-        EXPECT_EQ(SQLITE_OK, sqlite3_open(m_folder.path("Photos.sqlite").constData(), &db));
-        m_db.reset(db);
-    }
-
-    Rows rows(const std::string &sql) const
-    {
-        Rows result;
-        sqlite3_stmt *stmt = nullptr;
-        EXPECT_EQ(SQLITE_OK, sqlite3_prepare_v2(m_db.get(), sql.c_str(), -1, &stmt, nullptr))
-            << sqlite3_errmsg(m_db.get());
-        while (sqlite3_step(stmt) == SQLITE_ROW)
-            result.push_back(row(stmt));
-        sqlite3_finalize(stmt);
-        return result;
-    }
-
-    bool hasColumn(const std::string &table, const std::string &column) const
-    {
-        return !rows("select 1 from pragma_table_info('" + table + "') where name = '" + column +
-                     "'")
-                    .empty();
-    }
-
-private:
-    static std::vector<std::string> row(sqlite3_stmt *stmt)
-    {
-        std::vector<std::string> result;
-        for (int i = 0; i < sqlite3_column_count(stmt); ++i) {
-            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, i));
-            result.emplace_back(text ? text : "NULL");
-        }
-        return result;
-    }
-
-    ScratchFolder m_folder;
-    SqliteOwner m_db;
-};
+using Keys = std::vector<quint64>;
 
 // The photos and videos that belong to the library, by key.
-Rows admittedAssets(const DatabaseCopy &database)
+std::vector<SqlTexts> admittedAssets(const DeviceSql &database)
 {
     const auto optional = [&database](const char *column, const char *otherwise) {
         return database.hasColumn("ZGENERICASSET", column) ? "A." + std::string(column)
@@ -84,8 +30,9 @@ Rows admittedAssets(const DatabaseCopy &database)
         " A.ZWIDTH, A.ZHEIGHT, A.ZORIENTATION, ifnull(T.ZORIGINALFILESIZE, 0),"
         " cast(" +
         optional("ZTRASHEDDATE", "0") + " as integer), case A.ZKIND when 0 then " +
-        optional("ZAVALANCHEUUID", "'0'") +
-        " end from ZGENERICASSET as A"
+        optional("ZAVALANCHEUUID", "'0'") + " end, A.ZTHUMBNAILINDEX, " +
+        optional("ZKINDSUBTYPE", "0") +
+        " from ZGENERICASSET as A"
         " left join ZADDITIONALASSETATTRIBUTES as T on " +
         key +
         " = A.Z_PK"
@@ -95,28 +42,12 @@ Rows admittedAssets(const DatabaseCopy &database)
         " order by A.Z_PK");
 }
 
-// The albums as the library shows them: its own ones, and then those of the device.
-std::vector<quint64> expectedAlbums(const DatabaseCopy &database)
-{
-    std::vector<quint64> ids;
-    if (database.rows("select 1 from ZGENERICALBUM where ZKIND = 1000").empty())
-        ids.push_back(1000);
-    ids.insert(ids.end(), {0xffffff, 0xfffffe, 0xfffffd});
-    const bool hasTrash = database.hasColumn("ZGENERICALBUM", "ZTRASHEDSTATE");
-    const std::string filter = hasTrash ? " and ifnull(ZTRASHEDSTATE, 0) <> 1" : "";
-    for (const auto &row :
-         database.rows("select Z_PK from ZGENERICALBUM where ZKIND in (2, 1000, 1550)" + filter +
-                       " order by Z_PK"))
-        ids.push_back(std::stoull(row[0]));
-    return ids;
-}
-
 qint64 number(const std::string &text)
 {
     return text == "NULL" ? 0 : std::stoll(text);
 }
 
-void expectPhoto(const std::vector<std::string> &row, const QByteArray &device, const Json &photo)
+void expectPhoto(const SqlTexts &row, const QByteArray &device, const Json &photo)
 {
     SCOPED_TRACE("id " + row[0]);
     const std::string path = row[2].empty() ? row[3] : row[2] + "/" + row[3];
@@ -140,23 +71,72 @@ void expectPhoto(const std::vector<std::string> &row, const QByteArray &device, 
     EXPECT_EQ(row[10] == "NULL" ? "0" : row[10], photo["avalancheUUID"].get<std::string>());
 }
 
+std::vector<ExpectedMember> membersFrom(const std::vector<SqlTexts> &assets)
+{
+    std::vector<ExpectedMember> members;
+    for (const auto &row : assets) {
+        const bool isVideo = row[1] == "1";
+        members.push_back({std::stoull(row[0]), isVideo, !isVideo && row[12] == "1",
+                           row[2].find("DCIM") != std::string::npos});
+    }
+    return members;
+}
+
+void expectAlbum(const ExpectedAlbum &album, const Json &json)
+{
+    SCOPED_TRACE("album " + std::to_string(album.id));
+    EXPECT_TRUE(json["ok"].get<bool>());
+    EXPECT_EQ(album.id, json["id"].get<quint64>());
+    EXPECT_EQ(album.uuid, json["uuid"].get<std::string>());
+    EXPECT_EQ(album.name, json["name"].get<std::string>());
+    EXPECT_EQ(album.type, json["type"].get<int>());
+    EXPECT_EQ(album.photos, json["photoIds"].get<Keys>());
+}
+
+void expectAlbums(const std::vector<ExpectedAlbum> &albums, const Json &json)
+{
+    Keys ids;
+    for (const ExpectedAlbum &album : albums)
+        ids.push_back(album.id);
+    EXPECT_EQ(albums.size(), json["albumCount"].get<std::size_t>());
+    EXPECT_EQ(ids, json["albumIds"].get<Keys>());
+    ASSERT_EQ(albums.size(), json["albums"].size());
+    for (std::size_t i = 0; i < albums.size(); ++i)
+        expectAlbum(albums[i], json["albums"][i]);
+}
+
+void expectThumbnail(const SqlTexts &row, const QByteArray &device, const Json &json)
+{
+    SCOPED_TRACE("thumbnail of id " + row[0]);
+    const QByteArray path = QByteArray::fromStdString(row[2] + '/' + row[3]);
+    const ExpectedThumbnail expected =
+        thumbnailInFolder(device, path, static_cast<int>(number(row[11])));
+    const QByteArray hash = QCryptographicHash::hash(expected.bytes, QCryptographicHash::Sha256);
+    EXPECT_EQ(std::stoull(row[0]), json["id"].get<quint64>());
+    EXPECT_EQ(expected.result, json["result"].get<int>());
+    EXPECT_EQ(expected.bytes.size(), json["bytes"].get<int>());
+    EXPECT_EQ(hash.toHex().toStdString(), json["sha256"].get<std::string>());
+}
+
 } // namespace
 
 void expectDumpOfDevice(const QByteArray &device, const QByteArray &dump)
 {
-    const DatabaseCopy database(device);
-    const Rows assets = admittedAssets(database);
+    const DeviceSql database(device);
+    const std::vector<SqlTexts> assets = admittedAssets(database);
+    const std::vector<ExpectedMember> members = membersFrom(assets);
+    Keys ids;
+    for (const ExpectedMember &member : members)
+        ids.push_back(member.id);
     const Json json = Json::parse(dump.toStdString());
-    std::vector<quint64> ids;
-    for (const auto &row : assets)
-        ids.push_back(std::stoull(row[0]));
     EXPECT_TRUE(json["parsed"].get<bool>());
     EXPECT_EQ(assets.size(), json["photoCount"].get<std::size_t>());
-    EXPECT_EQ(ids, json["photoIds"].get<std::vector<quint64>>());
-    const std::vector<quint64> albums = expectedAlbums(database);
-    EXPECT_EQ(albums.size(), json["albumCount"].get<std::size_t>());
-    EXPECT_EQ(albums, json["albumIds"].get<std::vector<quint64>>());
+    EXPECT_EQ(ids, json["photoIds"].get<Keys>());
     ASSERT_EQ(assets.size(), json["photos"].size());
-    for (std::size_t i = 0; i < assets.size(); ++i)
+    ASSERT_EQ(assets.size(), json["thumbnails"].size());
+    for (std::size_t i = 0; i < assets.size(); ++i) {
         expectPhoto(assets[i], device, json["photos"][i]);
+        expectThumbnail(assets[i], device, json["thumbnails"][i]);
+    }
+    expectAlbums(expectedAlbums(database, members), json);
 }

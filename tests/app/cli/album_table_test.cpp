@@ -1,0 +1,75 @@
+#include "cli/album_table.h"
+
+#include "boundary/photo_manager_int.h"
+#include "boundary/photo_records.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// A library of one album, as its fields say.
+class OneAlbum : public photo_manager_int
+{
+public:
+    bool isShown = true;
+    albumItem album;
+
+    bool getAlbum(const quint64 &id, albumItem *item) override
+    {
+        *item = album;
+        item->id = id;
+        return isShown;
+    }
+    QList<quint64> albumIDs() override { return {album.id}; }
+    int albumCnt() override { return 1; }
+
+    bool parseLib() override { return true; }
+    void cancleParse() override {}
+    QString getUUID() override { return QString(); }
+    int photoCnt() override { return 0; }
+    QList<quint64> photoIDs() override { return {}; }
+    bool getPhoto(const quint64 &, photoItem *) override { return false; }
+    int getPhotoThumbnail(const quint64 &, QByteArray &) override { return -1; }
+    int getSourcePhoto(const quint64 &, QByteArray &) override { return 0; }
+    int addPhoto2Album(photoItem *, const quint64 &) override { return -1; }
+    int addPhoto2Album(photoItem *, albumItem *) override { return -1; }
+    int addAlbum(albumItem *) override { return -1; }
+    int rmAlbum(const quint64 &) override { return -1; }
+    int updateAlbum(albumItem *) override { return -1; }
+};
+
+TEST(AlbumTable, TellsAnAlbum)
+{
+    OneAlbum library;
+    library.album.name = QStringLiteral("Trip");
+    library.album.type = 4;
+    library.album.photoIDs = {1, 2, 2};
+    EXPECT_EQ(QStringList({"7", "Trip", "album", "3"}), albumRow(library, 7));
+}
+
+TEST(AlbumTable, TellsWhatIsKnownOfAnAlbumThatIsNotShown)
+{
+    OneAlbum library;
+    library.album.name = QStringLiteral("Shared");
+    library.isShown = false;
+    EXPECT_EQ(QStringList({"7", "Shared", "not shown", ""}), albumRow(library, 7));
+}
+
+TEST(AlbumTable, HasWordsForEachKind)
+{
+    const char *const words[] = {"unknown", "camera roll",   "panoramas",  "videos",
+                                 "album",   "photo library", "user album", "unknown"};
+    for (int type = 0; type < 8; ++type)
+        EXPECT_EQ(words[type], albumKindText(type).toStdString());
+    EXPECT_EQ("unknown", albumKindText(-1).toStdString());
+}
+
+TEST(AlbumTable, ShowsTitlesAsTheyAreButHarmless)
+{
+    // Read as Latin-1, this title would be other UTF-8.
+    EXPECT_EQ("Ã¼", albumNameText(QStringLiteral("Ã¼")).toStdString());
+    EXPECT_EQ("日本 🗾", albumNameText(QStringLiteral("日本 🗾")).toStdString());
+    EXPECT_EQ("a\\x1b[2J\\x0a", albumNameText(QStringLiteral("a\x1b[2J\n")).toStdString());
+}
+
+} // namespace

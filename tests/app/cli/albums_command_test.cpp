@@ -1,0 +1,101 @@
+#include "support/program_fixture.h"
+
+#include "sample/sample_writer.h"
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+class ProgramAlbums : public ProgramTest
+{
+protected:
+    // Two photos of the camera and two albums, the first with both photos in it.
+    void writeAlbums()
+    {
+        PhotosDatabase database = twoPhotos();
+        database.rows.albums = {albumRow(7), albumRow(8, 1550)};
+        database.rows.albums[0].title = "Grüße aus \x1b[2J日本";
+        database.join().add(7, 2);
+        database.join().add(7, 1);
+        writeDatabase(m_scratch, "device", database);
+        m_scratch.write(twoPhotosPath, "picture");
+    }
+};
+
+TEST_F(ProgramAlbums, AreListedInDisplayOrder)
+{
+    writeAlbums();
+    const ProgramResult result = run({"albums", device()});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ(QByteArray(), result.errors);
+    EXPECT_EQ("      ID  NAME                   KIND           PHOTOS\n"
+              "    1000  Camera Roll            camera roll         0\n"
+              "16777215  Photo Library          photo library       2\n"
+              "16777214  Panorama               panoramas           0\n"
+              "16777213  Video                  videos              0\n"
+              "       7  Grüße aus \\x1b[2J日本  album               2\n"
+              "       8  Album                  user album          0\n",
+              result.output)
+        << result.output.constData();
+}
+
+TEST_F(ProgramAlbums, ListTheirPhotosInTheirOrder)
+{
+    writeAlbums();
+    const ProgramResult result = run({"photos", device(), "--album", "7"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ("ID  NAME          KIND      SIZE  DIMENSIONS   MODIFIED (UTC)       PATH\n"
+              " 2  IMG_0002.JPG  photo  missing  4032 x 3024                       "
+              "DCIM/100APPLE/IMG_0002.JPG\n"
+              " 1  IMG_0001.JPG  photo  7 bytes  4032 x 3024  2001-01-01 00:00:00  "
+              "DCIM/100APPLE/IMG_0001.JPG\n",
+              result.output);
+    const ProgramResult none = run({"photos", device(), "--album", "8"});
+    EXPECT_EQ(0, none.exitCode);
+    EXPECT_EQ(1, none.output.count('\n'));
+}
+
+TEST_F(ProgramAlbums, AreKnownByTheirIdsAlone)
+{
+    writeAlbums();
+    for (const char *id : {"9", "1", "99999999999999999999999"})
+        expectFailure({"photos", "--album", id, device()},
+                      id + (": no album with this id in " + device()));
+    const QByteArray hint = " (photolib --help shows the usage)";
+    expectFailure({"photos", device(), "--album", "7x"}, "--album: not a number" + hint, 2);
+    expectFailure({"photos", device(), "--album"}, "--album: 1 required ID missing" + hint, 2);
+}
+
+TEST_F(ProgramAlbums, LogNothingOfThumbnailsThatAreMissing)
+{
+    writeAlbums();
+    const ProgramResult quiet = run({"dump", device()});
+    EXPECT_EQ(QByteArray(), quiet.errors);
+    EXPECT_EQ(-1, Json::parse(quiet.output.toStdString())["thumbnails"][0]["result"].get<int>());
+    const ProgramResult verbose = run({"dump", device(), "--verbose"});
+    EXPECT_TRUE(verbose.errors.contains("PHOTOLIB: Can not decide teh iThmb file\n"));
+    EXPECT_EQ(quiet.output, verbose.output);
+}
+
+// What the thumbnails are is compared elsewhere, which is worth nothing without some.
+TEST_F(ProgramAlbums, HaveThumbnailsOfBothKindsInASample)
+{
+    SampleOptions options;
+    options.assets = 60;
+    QString error;
+    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    int pictures = 0;
+    for (const QByteArray &name : m_scratch.everythingIn("device/PhotoData/Thumbnails/V2"))
+        pictures += name.endsWith("/5005.JPG");
+    const ProgramResult result = run({"dump", device()});
+    int found = 0;
+    const Json json = Json::parse(result.output.toStdString());
+    for (const Json &thumbnail : json["thumbnails"])
+        found += thumbnail["result"] == 0;
+    EXPECT_GT(pictures, 0);
+    EXPECT_GT(found, pictures);
+}
+
+} // namespace
