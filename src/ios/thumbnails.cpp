@@ -138,7 +138,8 @@ bool readWhole(VFile *file, QByteArray &out)
         return false;
     // A file that says it is larger than the memory can not be read either.
     return withoutThrowing(false, [&] {
-        QByteArray content(static_cast<int>(size), Qt::Uninitialized);
+        // Cleared: a read that gives less than it says must not hand out stale memory.
+        QByteArray content(static_cast<int>(size), '\0');
         vFileSeek(file, 0, 0);
         if (vFileRead(file, content.data(), content.size()) != content.size())
             return false;
