@@ -81,11 +81,6 @@ void NewFile::setModified(qint64 nanoseconds)
     check(::futimens(m_fd.get(), times));
 }
 
-void NewFile::sync()
-{
-    check(::fsync(m_fd.get()));
-}
-
 bool NewFile::giveName(const QByteArray &name)
 {
     if (m_temporaryName.isEmpty())
@@ -101,6 +96,7 @@ void NewFile::replace(const QByteArray &name)
             fail(EEXIST);
         m_temporaryName = temporary;
     }
+    close();
     check(::renameat(m_folder, m_temporaryName.constData(), m_folder, name.constData()));
     m_temporaryName.clear();
 }
@@ -115,8 +111,17 @@ bool NewFile::linkTo(const QByteArray &name)
     return false;
 }
 
+// Disks that lack files without a name may be far away, and notice only now that they are
+// full.
+void NewFile::close()
+{
+    if (m_fd.isOpen())
+        check(::close(m_fd.release()));
+}
+
 bool NewFile::renameTo(const QByteArray &name)
 {
+    close();
     const int result = ::renameat2(m_folder, m_temporaryName.constData(), m_folder,
                                    name.constData(), RENAME_NOREPLACE);
     if (result == 0) {

@@ -33,9 +33,6 @@ public:
     /// Sets the time of the last change, in nanoseconds since 1970-01-01 UTC.
     void setModified(qint64 nanoseconds);
 
-    /// Has everything written to the disk, which may only now notice that it is full.
-    void sync();
-
     /// Gives the file its name. False when anything, a dangling link too, has that name
     /// already; another one may be tried then.
     bool giveName(const QByteArray &name);
@@ -47,6 +44,7 @@ private:
     bool linkTo(const QByteArray &name);
     bool renameTo(const QByteArray &name);
     bool linkAndRemove(const QByteArray &name);
+    void close();
 
     const int m_folder;
     QByteArray m_temporaryName; // empty while the file has none

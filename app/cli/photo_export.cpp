@@ -150,7 +150,6 @@ void PhotoExport::copy(Source &source, NewFile &target)
     if (source.file->tell() != source.item.info.size)
         throw FileFailure{QStringLiteral("changed while it was read")};
     target.setModified(source.item.info.modified);
-    target.sync();
 }
 
 bool PhotoExport::isSameAs(const QByteArray &name, Source &source)

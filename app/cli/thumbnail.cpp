@@ -8,6 +8,7 @@
 #include <QBuffer>
 #include <QImageReader>
 #include <QTransform>
+#include <QtEndian>
 
 namespace {
 
@@ -24,6 +25,29 @@ const char *readerFormat(const QByteArray &bytes)
     if (bytes.startsWith("\xff\xd8\xff"))
         return "jpeg";
     return bytes.startsWith("BM") ? "bmp" : nullptr;
+}
+
+qint32 numberAt(const QByteArray &bytes, int offset)
+{
+    return qFromLittleEndian<qint32>(bytes.constData() + offset);
+}
+
+// Whether all rows are there of a BMP file as the plug-in makes them, with 24 bits a pixel:
+// the reader leaves rows that are missing as the memory happens to be.
+bool isWholeBmp(const QByteArray &bytes)
+{
+    constexpr int headers = 54;
+    if (bytes.size() < headers)
+        return false;
+    const qint64 width = numberAt(bytes, 18);
+    const qint64 height = numberAt(bytes, 22);
+    const qint32 planesAndBits = numberAt(bytes, 26);
+    const qint32 compression = numberAt(bytes, 30);
+    if (planesAndBits != (24 << 16 | 1) || compression != 0 || width <= 0 || height <= 0)
+        return false;
+    const qint64 row = (width * 3 + 3) / 4 * 4;
+    const qint64 pixels = numberAt(bytes, 10);
+    return pixels >= headers && row <= (bytes.size() - pixels) / height;
 }
 
 // 1 for a picture that is wider than high, -1 for one that is higher, 0 for a square.
@@ -59,8 +83,8 @@ const char *imageExtension(const QByteArray &bytes)
 
 QImage decodedThumbnail(const QByteArray &bytes, QString *cause)
 {
-    const char *const format = readerFormat(bytes);
-    if (!format) {
+    const QByteArray format = readerFormat(bytes);
+    if (format.isEmpty()) {
         *cause = QStringLiteral("a thumbnail that is neither JPEG nor BMP");
         return QImage();
     }
@@ -72,15 +96,18 @@ QImage decodedThumbnail(const QByteArray &bytes, QString *cause)
     reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
-    const QImage picture = isThumbnailSize(size) ? reader.read() : QImage();
-    // The reader makes a picture of half a file as well, and only says so.
+    if (!size.isEmpty() && !isThumbnailSize(size)) {
+        *cause = QStringLiteral("a thumbnail of %1 x %2 pixels is too large")
+                     .arg(size.width())
+                     .arg(size.height());
+        return QImage();
+    }
+    const bool isReadable = !size.isEmpty() && (format != "bmp" || isWholeBmp(bytes));
+    const QImage picture = isReadable ? reader.read() : QImage();
+    // The reader makes a picture of half a JPEG file as well, and only says so.
     if (!picture.isNull() && messages.first().isEmpty())
         return picture;
-    const bool isTooLarge = !size.isEmpty() && !isThumbnailSize(size);
-    *cause = isTooLarge ? QStringLiteral("a thumbnail of %1 x %2 pixels is too large")
-                              .arg(size.width())
-                              .arg(size.height())
-                        : QStringLiteral("a damaged thumbnail");
+    *cause = QStringLiteral("a damaged thumbnail");
     return QImage();
 }
 

@@ -1,13 +1,10 @@
-#include "devices/unique_fd.h"
 #include "support/device_folder.h"
 #include "support/program_run.h"
+#include "support/terminal.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -69,40 +66,6 @@ TEST_F(InterruptedProgram, StopsCopyingAndReportsThePartialCopy)
         ASSERT_EQ(0, ::unlink(m_scratch.path("work/Photos.sqlite").constData()));
     }
 }
-
-// Both ends of a pseudo-terminal.
-class Terminal
-{
-public:
-    Terminal() : m_master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
-    {
-        if (m_master.isOpen() && ::grantpt(m_master.get()) == 0 && ::unlockpt(m_master.get()) == 0)
-            m_slave = UniqueFd(::open(::ptsname(m_master.get()), O_RDWR | O_NOCTTY | O_CLOEXEC));
-    }
-
-    bool isOpen() const { return m_slave.isOpen(); }
-    int slave() const { return m_slave.get(); }
-
-    /// Everything shown so far, after waiting until it contains `text`, but not for ever.
-    QByteArray shownUntil(const QByteArray &text)
-    {
-        constexpr int longestWait = 60 * 1000; // milliseconds
-        pollfd descriptor = {m_master.get(), POLLIN, 0};
-        char buffer[4096];
-        while (!m_shown.contains(text) && ::poll(&descriptor, 1, longestWait) > 0) {
-            const ssize_t count = ::read(m_master.get(), buffer, sizeof(buffer));
-            if (count <= 0)
-                break;
-            m_shown.append(buffer, static_cast<int>(count));
-        }
-        return m_shown;
-    }
-
-private:
-    UniqueFd m_master;
-    UniqueFd m_slave;
-    QByteArray m_shown;
-};
 
 TEST_F(InterruptedProgram, ShowsTheBytesOfTheTotalOnATerminal)
 {

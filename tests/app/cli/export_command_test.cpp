@@ -1,0 +1,386 @@
+#include "support/program_fixture.h"
+#include "support/terminal.h"
+
+#include "sample/sample_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/stat.h>
+
+namespace {
+
+class ExportProgram : public ProgramTest
+{
+protected:
+    QByteArray out() const { return m_scratch.path("out"); }
+
+    ProgramResult runExport(const QList<QByteArray> &further = {})
+    {
+        return run(QList<QByteArray>{"export", device()} + further + QList<QByteArray>{out()});
+    }
+
+    /// Adds a photo called `name` in the device's folder `directory`, with its file unless
+    /// that is not possible.
+    void addPhoto(const std::string &name, const QByteArray &content,
+                  const std::string &directory = "DCIM/100APPLE")
+    {
+        const int id = int(m_database.rows.assets.size()) + 1;
+        AssetRow row = photoRow(id, id);
+        row.fileName = name;
+        row.directory = directory;
+        m_database.rows.assets.push_back(row);
+        m_scratch.write("device/" + QByteArray::fromStdString(directory + '/' + name), content);
+    }
+
+    void writeDevice() { writeDatabase(m_scratch, "device", m_database); }
+
+    /// The names in the target folder, in byte order.
+    QList<QByteArray> names() const
+    {
+        QList<QByteArray> result;
+        for (const QByteArray &path : m_scratch.everythingIn("out"))
+            result.append(path.mid(out().size() + 1));
+        return result;
+    }
+
+    PhotosDatabase m_database;
+};
+
+using ExportProgramOnASample = ExportProgram;
+using ExportProgramOnBadInput = ExportProgram;
+
+TEST_F(ExportProgram, CopiesFilesWithTheirTimes)
+{
+    addPhoto("a.jpg", "picture");
+    writeDevice();
+    const QByteArray source = device() + "/DCIM/100APPLE/a.jpg";
+    const timespec times[] = {{0, UTIME_NOW}, {1580466030, 123456789}};
+    ASSERT_EQ(0, ::utimensat(AT_FDCWD, source.constData(), times, 0));
+    const ProgramResult result = runExport();
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ("copied 1 file (7 bytes), 0 already there, 0 failed\n", result.output);
+    EXPECT_EQ(QByteArray(), result.errors);
+    EXPECT_EQ("picture", m_scratch.read("out/a.jpg"));
+    struct stat status = {};
+    ASSERT_EQ(0, ::stat((out() + "/a.jpg").constData(), &status));
+    EXPECT_EQ(1580466030, status.st_mtim.tv_sec);
+    EXPECT_EQ(123456789, status.st_mtim.tv_nsec);
+}
+
+TEST_F(ExportProgram, CopiesWhatIsMissingOnlyInASecondRun)
+{
+    for (const char *folder : {"DCIM/100APPLE", "DCIM/101APPLE", "DCIM/102APPLE"})
+        addPhoto("IMG_0001.JPG", folder, folder);
+    addPhoto("img_0001.jpg", "other case");
+    addPhoto("IMG_0001.JPG", "DCIM/100APPLE", "DCIM/103APPLE"); // equal to the first one
+    writeDevice();
+    EXPECT_EQ(0, runExport().exitCode);
+    const QList<QByteArray> all = names();
+    EXPECT_EQ((QList<QByteArray>{"IMG_0001 (2).JPG", "IMG_0001 (3).JPG", "IMG_0001 (5).JPG",
+                                 "IMG_0001.JPG", "img_0001 (4).jpg"}),
+              all);
+    EXPECT_EQ("DCIM/102APPLE", m_scratch.read("out/IMG_0001 (3).JPG"));
+    ASSERT_EQ(0, ::unlink((out() + "/IMG_0001 (3).JPG").constData()));
+    const ProgramResult second = runExport();
+    EXPECT_EQ(0, second.exitCode);
+    EXPECT_EQ("copied 1 file (13 bytes), 4 already there, 0 failed\n", second.output);
+    EXPECT_EQ(all, names());
+    EXPECT_EQ("DCIM/102APPLE", m_scratch.read("out/IMG_0001 (3).JPG"));
+}
+
+TEST_F(ExportProgram, NeverLeadsOutOfTheFolder)
+{
+    addPhoto("inside.jpg", "one");
+    addPhoto("x", "two");
+    addPhoto("y", "three");
+    addPhoto("z", "four");
+    m_scratch.write("device/a\nb.jpg", "five");
+    m_scratch.write("x", "own");
+    const char *const paths[] = {"../../x", "..", "/etc/passwd"};
+    // The path leads to a file of the device all the same, so that the copy is made.
+    m_database.rows.assets[1].directory = "DCIM/100APPLE/../..";
+    for (int i = 0; i < 3; ++i)
+        m_database.rows.assets[size_t(i) + 1].fileName = paths[i];
+    AssetRow row = photoRow(5, 5);
+    row.directory = "";
+    row.fileName = "a\nb.jpg";
+    m_database.rows.assets.push_back(row);
+    writeDevice();
+    const ProgramResult result = runExport();
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ((QList<QByteArray>{"a_b.jpg", "inside.jpg"}), names());
+    EXPECT_EQ("own", m_scratch.read("x"));
+    EXPECT_EQ("copied 2 files (7 bytes), 0 already there, 3 failed\n", result.output);
+    EXPECT_EQ(3, result.errors.count('\n'));
+}
+
+TEST_F(ExportProgram, MakesANameOfTheDeviceSafe)
+{
+    // A folder on the device, so that names with a "/" lead to a file.
+    const std::string longName = std::string(240, 'x') + ".jpg";
+    addPhoto("sub/../../z.jpg", "one", "DCIM/100APPLE");
+    addPhoto(longName, "two");
+    addPhoto(".hidden.jpg", "three");
+    m_database.rows.assets[0].fileName = "sub/z.jpg";
+    m_scratch.write("device/DCIM/100APPLE/sub/z.jpg", "one");
+    writeDevice();
+    const ProgramResult result = runExport();
+    EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+    EXPECT_EQ((QList<QByteArray>{"_hidden.jpg", "sub_z.jpg", QByteArray(196, 'x') + ".jpg"}),
+              names());
+}
+
+TEST_F(ExportProgram, ReportsWhatIsMissingAndGoesOn)
+{
+    writeTwoPhotos();
+    const ProgramResult result = runExport();
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0002.JPG: missing on the device\n", result.errors);
+    EXPECT_EQ("copied 1 file (7 bytes), 0 already there, 1 failed\n", result.output);
+    EXPECT_EQ(QList<QByteArray>{"IMG_0001.JPG"}, names());
+}
+
+TEST_F(ExportProgram, ReportsWhatCanNotBeRead)
+{
+    if (!canRespectPermissions())
+        GTEST_SKIP() << "the superuser can read everything here";
+    m_setup.respectsPermissions = true;
+    addPhoto("a.jpg", "one");
+    addPhoto("b.jpg", "two");
+    writeDevice();
+    ASSERT_EQ(0, ::chmod((device() + "/DCIM/100APPLE/a.jpg").constData(), 0));
+    const ProgramResult result = runExport();
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: DCIM/100APPLE/a.jpg: Permission denied\n", result.errors);
+    EXPECT_EQ(QList<QByteArray>{"b.jpg"}, names());
+}
+
+TEST_F(ExportProgram, CopiesNoFolderLinkOrPipe)
+{
+    m_scratch.write("secret", "secret");
+    addPhoto("a.jpg", "one");
+    for (const char *name : {"folder", "link", "pipe"}) {
+        AssetRow row = photoRow(int(m_database.rows.assets.size()) + 1, 9);
+        row.fileName = name;
+        m_database.rows.assets.push_back(row);
+    }
+    m_scratch.makeFolder("device/DCIM/100APPLE/folder");
+    m_scratch.makeLink("device/DCIM/100APPLE/link", m_scratch.path("secret"));
+    m_scratch.makePipe("device/DCIM/100APPLE/pipe");
+    writeDevice();
+    const ProgramResult result = runExport();
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ(3, result.errors.count('\n')) << result.errors.constData();
+    EXPECT_EQ(QList<QByteArray>{"a.jpg"}, names());
+}
+
+TEST_F(ExportProgram, CopiesNamesBeyondAscii)
+{
+    addPhoto("grün 日本.jpg", "picture");
+    writeDevice();
+    EXPECT_EQ(0, runExport().exitCode);
+    EXPECT_EQ(QList<QByteArray>{"grün 日本.jpg"}, names());
+}
+
+TEST_F(ExportProgram, CopiesTheIdsThatAreNamedOnce)
+{
+    for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
+        addPhoto(name, name);
+    writeDevice();
+    EXPECT_EQ(0, runExport({"3", "1", "3"}).exitCode);
+    EXPECT_EQ((QList<QByteArray>{"a.jpg", "c.jpg"}), names());
+}
+
+TEST_F(ExportProgram, CopiesAnAlbum)
+{
+    for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
+        addPhoto(name, name);
+    m_database.rows.albums = {albumRow(7)};
+    m_database.join().add(7, 2);
+    writeDevice();
+    EXPECT_EQ(0, runExport({"--album", "7"}).exitCode);
+    EXPECT_EQ(QList<QByteArray>{"b.jpg"}, names());
+}
+
+TEST_F(ExportProgram, CopiesWhatAnIncompleteRunLeft)
+{
+    addPhoto("a.jpg", "one");
+    addPhoto("b.jpg", QByteArray(100000, 'x'));
+    addPhoto("c.jpg", "three");
+    writeDevice();
+    m_setup.largestFile = quint64(m_scratch.size("device/PhotoData/Photos.sqlite")) + 1000;
+    ASSERT_LT(m_setup.largestFile, 100000U);
+    const ProgramResult first = runExport();
+    EXPECT_EQ(1, first.exitCode);
+    EXPECT_EQ("photolib: DCIM/100APPLE/b.jpg: File too large\n", first.errors);
+    EXPECT_EQ((QList<QByteArray>{"a.jpg", "c.jpg"}), names());
+    m_setup.largestFile = ProgramSetup().largestFile;
+    EXPECT_EQ("copied 1 file (97.7 KiB), 2 already there, 0 failed\n", runExport().output);
+}
+
+TEST_F(ExportProgram, SaysNothingWhenQuiet)
+{
+    addPhoto("a.jpg", "one");
+    writeDevice();
+    const ProgramResult result = runExport({"--quiet"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ(QByteArray(), result.output + result.errors);
+}
+
+TEST_F(ExportProgramOnBadInput, StopsWhereItMayNotWrite)
+{
+    if (!canRespectPermissions())
+        GTEST_SKIP() << "the superuser can write everywhere here";
+    m_setup.respectsPermissions = true;
+    addPhoto("a.jpg", "one");
+    addPhoto("b.jpg", "two");
+    writeDevice();
+    m_scratch.makeFolder("out");
+    ASSERT_EQ(0, ::chmod(out().constData(), 0555));
+    const ProgramResult result = runExport();
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: " + out() +
+                  ": Permission denied; copied 0 files (0 bytes), 0 already "
+                  "there, 0 failed\n",
+              result.errors);
+    EXPECT_EQ(QByteArray(), result.output);
+}
+
+TEST_F(ExportProgramOnBadInput, StopsOnAFullDisk)
+{
+    addPhoto("a.jpg", "one");
+    addPhoto("b.jpg", QByteArray(300000, 'x'));
+    addPhoto("c.jpg", "three");
+    writeDevice();
+    m_scratch.makeFolder("out");
+    // A small disk that only the program sees.
+    const QByteArray mount = "mount -t tmpfs -o size=100k tmpfs \"$2\" 2>/dev/null || exit 77\n";
+    const QByteArray rest = "\"$0\" export \"$1\" \"$2\"; code=$?; ls \"$2\"; exit $code";
+    m_setup.program = QStringLiteral("unshare");
+    const ProgramResult result =
+        run({"-Urm", "sh", "-c", mount + rest, PHOTOLIB_PROGRAM, device(), out()});
+    if (result.exitCode == 77 || result.exitCode == -1 || result.errors.startsWith("unshare"))
+        GTEST_SKIP() << "no disk can be mounted here";
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: " + out() +
+                  ": No space left on device; copied 1 file (3 bytes), 0 "
+                  "already there, 0 failed\n",
+              result.errors);
+    EXPECT_EQ("a.jpg\n", result.output);
+}
+
+TEST_F(ExportProgramOnBadInput, NamesADeviceInPlaceOfTheFolder)
+{
+    writeTwoPhotos();
+    writeDatabase(m_scratch, "other", twoPhotos());
+    expectFailure({"export", device(), m_scratch.path("other")},
+                  m_scratch.path("other") +
+                      ": a device, not a folder to copy to; name that one after it");
+    expectFailure({"export", device(), device() + "/new/folder"},
+                  device() + "/new/folder: a device is only read; name a folder outside it");
+}
+
+TEST_F(ExportProgramOnBadInput, NamesAFileInPlaceOfTheFolder)
+{
+    writeTwoPhotos();
+    m_scratch.write("out", "text");
+    expectFailure({"export", device(), out()}, out() + ": not a folder");
+}
+
+TEST_F(ExportProgramOnBadInput, NamesAnUnknownId)
+{
+    writeTwoPhotos();
+    expectFailure({"export", device(), "1", "9", out()}, "9: no photo with this id in " + device());
+    expectFailure({"export", device(), "--album", "9", out()},
+                  "9: no album with this id in " + device());
+}
+
+TEST_F(ExportProgramOnBadInput, ExitsWithTwoForWrongUsage)
+{
+    const QByteArray hint = " (photolib --help shows the usage)";
+    expectFailure({"export"}, "ARGUMENTS is required" + hint, 2);
+    expectFailure({"export", ""}, "DIR: the name is empty" + hint, 2);
+    expectFailure({"export", "42"},
+                  "42: an id where the folder to copy to is missing; write ./42 for a folder of "
+                  "that name" +
+                      hint,
+                  2);
+    expectFailure({"export", "a", "b", "c", "d"}, "b: not a number" + hint, 2);
+    expectFailure({"export", "--album", "1", "2", "c"}, "--album: takes the place of ids" + hint,
+                  2);
+}
+
+TEST_F(ExportProgramOnASample, CopiesEveryFileAndLeavesTheDeviceAlone)
+{
+    SampleOptions options;
+    options.assets = 30;
+    QString error;
+    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    const QList<QByteArray> before = m_scratch.everythingIn("device");
+    const ProgramResult result = runExport();
+    EXPECT_EQ(1, result.exitCode); // one photo's file is lost
+    EXPECT_TRUE(result.output.endsWith(", 0 already there, 1 failed\n"));
+    EXPECT_EQ(before, m_scratch.everythingIn("device"));
+    int found = 0;
+    for (const QByteArray &path : before) {
+        const QByteArray name = path.mid(path.lastIndexOf('/') + 1);
+        if (!m_scratch.exists("out/" + name) || path.contains("/Metadata/") ||
+            path.contains("/Thumbnails/"))
+            continue;
+        ++found;
+        EXPECT_EQ(m_scratch.read(path.mid(m_scratch.root().size() + 1)),
+                  m_scratch.read("out/" + name));
+    }
+    EXPECT_EQ(names().size(), found);
+    EXPECT_GT(found, 20);
+}
+
+// A device with a file that takes no room and is longer than any test, after a short one.
+class InterruptedExport : public ExportProgram
+{
+protected:
+    InterruptedExport()
+    {
+        addPhoto("a.jpg", "one");
+        addPhoto("b.mov", "");
+        m_scratch.writeSparse("device/DCIM/100APPLE/b.mov", qint64(1) << 40);
+        writeDevice();
+    }
+};
+
+TEST_F(InterruptedExport, LeavesNoHalfFileAndSaysWhatWasDone)
+{
+    for (const int signal : {SIGINT, SIGTERM}) {
+        Terminal terminal;
+        if (!terminal.isOpen())
+            GTEST_SKIP() << "there are no pseudo-terminals here";
+        m_setup.errorFd = terminal.slave();
+        Program program(m_setup, {"export", device(), out()});
+        const QByteArray shown = terminal.shownUntil("MiB of 1.0 TiB");
+        EXPECT_TRUE(shown.contains("\rCopying [")) << shown.constData();
+        EXPECT_TRUE(shown.contains("] 1 of 2 files, ")) << shown.constData();
+        ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
+        EXPECT_EQ(130, program.waitForExitCode());
+        const QByteArray report = signal == SIGINT ? "copied 1 file (3 bytes), 0 already there"
+                                                   : "copied 0 files (0 bytes), 1 already there";
+        const QByteArray line = "photolib: interrupted: " + report + ", 0 failed\r\n";
+        EXPECT_TRUE(terminal.shownUntil("failed\r\n").endsWith("\r\x1b[K" + line));
+        EXPECT_EQ(QByteArray(), program.readAllStandardOutput());
+        EXPECT_EQ(QList<QByteArray>{"a.jpg"}, names());
+    }
+}
+
+TEST_F(InterruptedExport, TellsTheTimeLeft)
+{
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    m_setup.errorFd = terminal.slave();
+    Program program(m_setup, {"export", device(), out()});
+    EXPECT_TRUE(terminal.shownUntil(" left").contains(" of 1.0 TiB, "));
+    ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
+    EXPECT_EQ(130, program.waitForExitCode());
+}
+
+} // namespace

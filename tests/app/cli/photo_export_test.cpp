@@ -1,0 +1,299 @@
+#include "cli/photo_export.h"
+
+#include "cli/command_error.h"
+#include "cli/export_folder.h"
+#include "support/device_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <QMap>
+
+#include <functional>
+
+namespace {
+
+// A device whose files are in memory. `beforeRead` is called before each read, and makes it
+// fail by returning an error.
+class MemoryDevice : public DeviceFileSystem
+{
+public:
+    QMap<QByteArray, QByteArray> contents;
+    std::function<FileError()> beforeRead = [] { return FileError(); };
+
+    std::unique_ptr<DeviceFile> open(const QByteArray &path, FileError *error) override
+    {
+        if (contents.contains(path))
+            return std::make_unique<File>(*this, contents[path]);
+        *error = {FileError::NotFound, QStringLiteral("No such file or directory")};
+        return nullptr;
+    }
+
+    bool info(const QByteArray &, FileInfo *, FileError *) override { return false; }
+    bool list(const QByteArray &, QList<QByteArray> *, FileError *) override { return false; }
+    QByteArray displayName(const QByteArray &path) const override { return path; }
+
+private:
+    class File : public DeviceFile
+    {
+    public:
+        File(MemoryDevice &device, QByteArray bytes) : m_device(device), m_bytes(std::move(bytes))
+        {
+        }
+
+        qint64 read(char *buffer, qint64 length, FileError *error) override
+        {
+            *error = m_device.beforeRead();
+            if (error->kind != FileError::None)
+                return -1;
+            const QByteArray part = m_bytes.mid(int(m_position), int(length));
+            std::copy(part.begin(), part.end(), buffer);
+            m_position += part.size();
+            return part.size();
+        }
+
+        bool seek(qint64 offset, FileError *) override
+        {
+            m_position = offset;
+            return true;
+        }
+
+        qint64 tell() const override { return m_position; }
+        qint64 size(FileError *) override { return m_bytes.size(); }
+
+    private:
+        MemoryDevice &m_device;
+        const QByteArray m_bytes;
+        qint64 m_position = 0;
+    };
+};
+
+constexpr qint64 someTime = 1580466030123456789;
+
+class PhotoExports : public testing::Test
+{
+protected:
+    PhotoExports() { m_scratch.makeFolder("out"); }
+
+    /// Adds a file of the device to what is exported under `name`.
+    void add(const QByteArray &name, const QByteArray &content)
+    {
+        ExportItem item;
+        item.path = QByteArray::number(m_items.size());
+        item.label = QString::fromUtf8(name);
+        item.name = name;
+        item.info.type = FileInfo::File;
+        item.info.size = content.size();
+        item.info.modified = someTime;
+        m_items.append(item);
+        m_device.contents[item.path] = content;
+    }
+
+    /// Exports, and returns "copied present failed".
+    QByteArray run()
+    {
+        ExportFolder folder(m_scratch.path("out"));
+        PhotoExport photos(m_device, folder, m_items);
+        m_current = &photos;
+        photos.run();
+        m_failures = photos.takeFailures();
+        const ExportCounts counts = photos.counts();
+        return QByteArray::number(counts.copied) + ' ' + QByteArray::number(counts.present) + ' ' +
+               QByteArray::number(counts.failed);
+    }
+
+    /// What the target folder holds, by name.
+    QMap<QByteArray, QByteArray> copies() const
+    {
+        QMap<QByteArray, QByteArray> result;
+        for (const QByteArray &path : m_scratch.everythingIn("out")) {
+            const QByteArray name = path.mid(path.lastIndexOf('/') + 1);
+            result[name] = m_scratch.read("out/" + name);
+        }
+        return result;
+    }
+
+    using Copies = QMap<QByteArray, QByteArray>;
+
+    ScratchFolder m_scratch;
+    MemoryDevice m_device;
+    QVector<ExportItem> m_items;
+    PhotoExport *m_current = nullptr; ///< while `run` runs
+    QList<QByteArray> m_failures;
+};
+
+TEST_F(PhotoExports, KeepBothOfTwoFilesOfOneName)
+{
+    add("a.jpg", "one");
+    add("a.jpg", "two");
+    add("a.jpg", "one");
+    const Copies expected = {{"a.jpg", "one"}, {"a (2).jpg", "two"}, {"a (3).jpg", "one"}};
+    EXPECT_EQ("3 0 0", run());
+    EXPECT_EQ(expected, copies());
+    EXPECT_EQ("0 3 0", run());
+    EXPECT_EQ(expected, copies());
+}
+
+TEST_F(PhotoExports, KeepNamesApartThatDifferByCase)
+{
+    add("A.JPG", "one");
+    add("a.jpg", "two");
+    const Copies expected = {{"A.JPG", "one"}, {"a (2).jpg", "two"}};
+    EXPECT_EQ("2 0 0", run());
+    EXPECT_EQ(expected, copies());
+    EXPECT_EQ("0 2 0", run());
+    EXPECT_EQ(expected, copies());
+}
+
+TEST_F(PhotoExports, KeepANameThatLooksLikeANumberedOne)
+{
+    add("a.jpg", "one");
+    add("a.jpg", "two");
+    add("a (2).jpg", "three");
+    const Copies expected = {{"a.jpg", "one"}, {"a (2).jpg", "two"}, {"a (2) (2).jpg", "three"}};
+    EXPECT_EQ("3 0 0", run());
+    EXPECT_EQ(expected, copies());
+    EXPECT_EQ("0 3 0", run());
+    EXPECT_EQ(expected, copies());
+}
+
+TEST_F(PhotoExports, LeaveWhatWasThereBefore)
+{
+    m_scratch.write("out/a.jpg", "own");
+    m_scratch.write("out/B.jpg", "same");
+    add("a.jpg", "one");
+    add("b.jpg", "same");
+    EXPECT_EQ("1 1 0", run());
+    EXPECT_EQ((Copies{{"a.jpg", "own"}, {"a (2).jpg", "one"}, {"B.jpg", "same"}}), copies());
+}
+
+TEST_F(PhotoExports, CompareTheWholeContent)
+{
+    QByteArray large(5 << 20, 'x');
+    add("a.jpg", large);
+    large[large.size() - 1] = 'y';
+    m_scratch.write("out/a.jpg", large);
+    EXPECT_EQ("1 0 0", run());
+    EXPECT_EQ(2, copies().size());
+    EXPECT_EQ("0 1 0", run());
+}
+
+TEST_F(PhotoExports, CopyAfterAnotherSelectionWithoutRepeatingIt)
+{
+    add("a.jpg", "one");
+    add("a.jpg", "two");
+    const QVector<ExportItem> all = m_items;
+    m_items = {all[1]};
+    EXPECT_EQ("1 0 0", run());
+    m_items = all;
+    EXPECT_EQ("1 1 0", run());
+    EXPECT_EQ((Copies{{"a.jpg", "two"}, {"a (2).jpg", "one"}}), copies());
+    EXPECT_EQ("0 2 0", run());
+}
+
+TEST_F(PhotoExports, TakeNoLinkForACopy)
+{
+    m_scratch.write("out/target", "one");
+    m_scratch.makeLink("out/a.jpg", "target");
+    m_scratch.makeLink("out/b.jpg", m_scratch.path("elsewhere"));
+    add("a.jpg", "one");
+    add("b.jpg", "two");
+    EXPECT_EQ("2 0 0", run());
+    EXPECT_EQ("one", m_scratch.read("out/a (2).jpg"));
+    EXPECT_EQ("two", m_scratch.read("out/b (2).jpg"));
+    EXPECT_FALSE(m_scratch.exists("elsewhere"));
+    EXPECT_EQ("0 2 0", run());
+}
+
+TEST_F(PhotoExports, TakeAnotherNameWhenSomebodyTakesItMeanwhile)
+{
+    add("a.jpg", "one");
+    m_device.beforeRead = [this] {
+        m_scratch.write("out/a.jpg", "own");
+        return FileError();
+    };
+    EXPECT_EQ("1 0 0", run());
+    EXPECT_EQ((Copies{{"a.jpg", "own"}, {"a (2).jpg", "one"}}), copies());
+}
+
+TEST_F(PhotoExports, GoOnAfterAFileThatCanNotBeRead)
+{
+    add("a.jpg", "one");
+    add("b.jpg", "two");
+    add("c.jpg", "three");
+    m_device.contents.remove("1");
+    bool isFirst = true;
+    m_device.beforeRead = [&isFirst]() -> FileError {
+        if (!std::exchange(isFirst, false))
+            return {};
+        return {FileError::Failed, QStringLiteral("Input/output error")};
+    };
+    EXPECT_EQ("1 0 2", run());
+    EXPECT_EQ((QList<QByteArray>{"a.jpg: Input/output error", "b.jpg: missing on the device"}),
+              m_failures);
+    EXPECT_EQ((Copies{{"c.jpg", "three"}}), copies());
+}
+
+TEST_F(PhotoExports, RefuseAFileThatIsShorterThanTheDeviceSaid)
+{
+    add("a.jpg", "whole");
+    m_device.contents["0"] = "who";
+    EXPECT_EQ("0 0 1", run());
+    EXPECT_EQ(QList<QByteArray>{"a.jpg: changed while it was read"}, m_failures);
+    EXPECT_EQ(Copies(), copies());
+}
+
+TEST_F(PhotoExports, EndWhenTheDeviceIsGone)
+{
+    add("a.jpg", "one");
+    add("b.jpg", "two");
+    m_device.beforeRead = [] { return FileError{FileError::Disconnected, "No such device"}; };
+    EXPECT_THROW(run(), CommandError);
+    EXPECT_EQ(Copies(), copies());
+}
+
+TEST_F(PhotoExports, LeaveNoHalfFileWhenCancelled)
+{
+    add("a.jpg", "one");
+    add("b.jpg", QByteArray(50 << 20, 'x'));
+    int reads = 0;
+    m_device.beforeRead = [&]() -> FileError {
+        if (++reads == 5)
+            m_current->cancel();
+        return {};
+    };
+    EXPECT_EQ("1 0 0", run());
+    EXPECT_LE(reads, 6);
+    EXPECT_EQ((Copies{{"a.jpg", "one"}}), copies());
+}
+
+TEST_F(PhotoExports, CountTheBytesOfWhatIsDone)
+{
+    add("a.jpg", QByteArray(1000, 'x'));
+    add("b.jpg", QByteArray(500, 'x'));
+    m_scratch.write("out/b.jpg", QByteArray(500, 'x'));
+    ExportFolder folder(m_scratch.path("out"));
+    PhotoExport photos(m_device, folder, m_items);
+    EXPECT_EQ(1500, photos.totalBytes());
+    EXPECT_EQ(0, photos.doneBytes());
+    photos.run();
+    EXPECT_EQ(1500, photos.doneBytes());
+    EXPECT_EQ(1000, photos.counts().copiedBytes);
+    EXPECT_EQ("copied 1 file (1000 bytes), 1 already there, 0 failed", photos.counts().text());
+}
+
+TEST_F(PhotoExports, TakeLinearTimeForManyPhotosOfOneName)
+{
+    constexpr int count = 3000;
+    for (int i = 0; i < count; ++i)
+        add("a.jpg", QByteArray::number(i));
+    EXPECT_EQ("3000 0 0", run());
+    int reads = 0;
+    m_device.beforeRead = [&reads] {
+        ++reads;
+        return FileError();
+    };
+    EXPECT_EQ("0 3000 0", run());
+    EXPECT_LE(reads, 2 * count); // one for the content and one at its end
+}
+
+} // namespace

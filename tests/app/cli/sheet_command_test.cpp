@@ -1,0 +1,328 @@
+#include "cli/contact_sheet.h"
+#include "support/program_fixture.h"
+
+#include "sample/sample_writer.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <QBuffer>
+
+#include <cmath>
+#include <map>
+#include <unistd.h>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+QByteArray jpegOf(const QImage &image)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    EXPECT_TRUE(image.save(&buffer, "JPEG", 95));
+    return buffer.data();
+}
+
+// Four fields of different colours, red, green, blue and white from the upper left on.
+QImage fourFields(const QSize &size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    const QRgb colors[] = {qRgb(255, 0, 0), qRgb(0, 255, 0), qRgb(0, 0, 255), qRgb(255, 255, 255)};
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y, colors[2 * (2 * y / size.height()) + 2 * x / size.width()]);
+    }
+    return image;
+}
+
+// The mean difference of the channels of two pictures of one size.
+double difference(const QImage &a, const QImage &b)
+{
+    double sum = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x) {
+            const QColor left = a.pixelColor(x, y);
+            const QColor right = b.pixelColor(x, y);
+            sum += std::abs(left.red() - right.red()) + std::abs(left.green() - right.green()) +
+                   std::abs(left.blue() - right.blue());
+        }
+    }
+    return sum / (3.0 * a.width() * a.height());
+}
+
+bool isBlank(const QImage &image)
+{
+    QImage copy = image;
+    copy.fill(image.pixel(0, 0));
+    return difference(image, copy) < 1;
+}
+
+// The inner part, where no badge is.
+QImage inner(const QImage &image)
+{
+    return image.copy(image.width() / 4, image.height() / 4, image.width() / 2, image.height() / 2);
+}
+
+// `thumbnail` in the size in which the sheet shows it.
+QImage fitted(const QImage &thumbnail, const QRect &box)
+{
+    const QSize most = box.size().boundedTo(thumbnail.size() * 2);
+    return thumbnail.scaled(thumbnail.size().scaled(most, Qt::KeepAspectRatio),
+                            Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+class SheetProgram : public ProgramTest
+{
+protected:
+    void writeSampleDevice(int assets, bool hasPictures = true)
+    {
+        SampleOptions options;
+        options.assets = assets;
+        options.pictures = hasPictures;
+        QString error;
+        ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error))
+            << error.toStdString();
+    }
+
+    ProgramResult draw(const QList<QByteArray> &further = {})
+    {
+        return run(QList<QByteArray>{"sheet", device(), "-o", m_scratch.path("sheet.png")} +
+                   further);
+    }
+
+    QImage sheet(const QByteArray &name = "sheet.png") const
+    {
+        QImage image;
+        EXPECT_TRUE(image.loadFromData(m_scratch.read(name), "PNG")) << name.constData();
+        return image;
+    }
+
+    /// The part of the one-page sheet of `cells` that shows the picture number `index`,
+    /// which has the size `size`.
+    QImage shown(int cells, int index, const QSize &size) const
+    {
+        const QRect box = boxOf(cells, index);
+        return sheet().copy(box.x() + (box.width() - size.width()) / 2,
+                            box.y() + (box.height() - size.height()) / 2, size.width(),
+                            size.height());
+    }
+
+    static QRect boxOf(int cells, int index)
+    {
+        return SheetLayout(cells, SheetLayout::columnsFor(cells)).pictureBox(index);
+    }
+
+    /// A device with one photo, of which `row` tells, and `thumbnail` for it.
+    void writeOnePhoto(const AssetRow &row, const QByteArray &thumbnail)
+    {
+        PhotosDatabase database;
+        database.rows.assets = {row};
+        writeDatabase(m_scratch, "device", database);
+        m_scratch.write(twoPhotosPath, "picture");
+        m_scratch.write("device/PhotoData/Thumbnails/V2/DCIM/100APPLE/IMG_0001.JPG/5005.JPG",
+                        thumbnail);
+    }
+};
+
+using SheetProgramOnBadInput = SheetProgram;
+
+TEST_F(SheetProgram, ShowsTheThumbnailOfEachPhotoInItsPlace)
+{
+    writeSampleDevice(40);
+    const QByteArray thumbs = m_scratch.path("thumbs");
+    ASSERT_EQ(0, run({"thumb", device(), "--all", thumbs, "--format", "png"}).exitCode);
+    const Json json = Json::parse(run({"dump", device()}).output.toStdString());
+    const ProgramResult result = draw();
+    ASSERT_EQ(0, result.exitCode) << result.errors.constData();
+    const auto count = int(json["photos"].size());
+    EXPECT_EQ(m_scratch.path("sheet.png: ") + QByteArray::number(count) + " pictures\n",
+              result.output);
+    EXPECT_EQ(QByteArray(), result.errors);
+    const QImage page = sheet();
+    EXPECT_EQ(SheetLayout(count, SheetLayout::columnsFor(count)).size(), page.size());
+    const QList<QByteArray> files = m_scratch.everythingIn("thumbs");
+    for (int i = 0; i < count; ++i) {
+        const auto id = json["photoIds"][size_t(i)].get<quint64>();
+        const QByteArray prefix = thumbs + '/' + QByteArray::number(id) + '-';
+        const auto file = std::find_if(files.begin(), files.end(), [&](const QByteArray &name) {
+            return name.startsWith(prefix);
+        });
+        ASSERT_NE(files.end(), file);
+        const QImage source = fitted(
+            QImage::fromData(m_scratch.read("thumbs" + file->mid(thumbs.size()))), boxOf(count, i));
+        const QImage picture = shown(count, i, source.size());
+        EXPECT_FALSE(isBlank(picture)) << id;
+        const Json &photo = json["photos"][size_t(i)];
+        const bool isTrashed = photo["ok"].get<bool>() && photo["trashedDate"].get<qint64>() != 0;
+        if (!isTrashed) {
+            EXPECT_LT(difference(inner(picture), inner(source)), 3) << id;
+        }
+    }
+}
+
+TEST_F(SheetProgram, DimsWhatIsInTheTrash)
+{
+    const QImage picture = fourFields({160, 120});
+    AssetRow row = photoRow(1);
+    row.width = 1600;
+    row.height = 1200;
+    row.trashedDate = 602158831;
+    writeOnePhoto(row, jpegOf(picture));
+    ASSERT_EQ(0, draw().exitCode);
+    const QImage source = fitted(picture, boxOf(1, 0));
+    const QImage dimmed = shown(1, 0, source.size());
+    EXPECT_GT(difference(inner(dimmed), inner(source)), 40);
+    // It is still to be made out.
+    const QColor red = dimmed.pixelColor(dimmed.width() / 3, dimmed.height() / 3);
+    EXPECT_GT(red.red(), red.green() + 40);
+}
+
+TEST_F(SheetProgram, TurnsAPictureThatLiesOnItsSide)
+{
+    AssetRow row = photoRow(1);
+    row.width = 1200;
+    row.height = 1600;
+    row.orientation = 6;
+    // Stored lying: its upper left field is the upper right one of the upright picture.
+    writeOnePhoto(row, jpegOf(fourFields({160, 120})));
+    ASSERT_EQ(0, draw().exitCode);
+    const QImage upright = fitted(fourFields({120, 160}), boxOf(1, 0));
+    const QImage picture = shown(1, 0, upright.size());
+    const QColor upperLeft = picture.pixelColor(picture.width() / 3, picture.height() / 3);
+    const QColor upperRight = picture.pixelColor(2 * picture.width() / 3, picture.height() / 3);
+    EXPECT_GT(upperLeft.blue(), upperLeft.red() + 100);
+    EXPECT_GT(upperRight.red(), upperRight.blue() + 100);
+}
+
+TEST_F(SheetProgram, ShowsAPlaceholderWhereThereIsNoThumbnail)
+{
+    writeTwoPhotos();
+    const ProgramResult result = draw();
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ(QByteArray(), result.errors);
+    // The box has a frame, and words in its middle line.
+    const QImage box = sheet().copy(boxOf(2, 0));
+    const int middle = box.height() / 2;
+    EXPECT_FALSE(isBlank(box.copy(40, middle - 8, box.width() - 80, 16)));
+    EXPECT_TRUE(isBlank(box.copy(20, middle + 30, box.width() - 40, 16)));
+}
+
+TEST_F(SheetProgram, ReportsADamagedThumbnailAndGoesOn)
+{
+    const QByteArray jpeg = jpegOf(fourFields({160, 120}));
+    writeOnePhoto(photoRow(1), jpeg.left(jpeg.size() / 2));
+    const ProgramResult result = draw();
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0001.JPG: a damaged thumbnail\n", result.errors);
+    EXPECT_FALSE(sheet().isNull());
+}
+
+TEST_F(SheetProgram, MarksVideosAndMissingFiles)
+{
+    // The same thumbnail four times: plain, as a video with and without a length, and without
+    // its file.
+    const QByteArray jpeg = jpegOf(fourFields({160, 120}));
+    PhotosDatabase database;
+    database.rows.assets = {photoRow(1, 1), videoRow(2, 2), videoRow(3, 3), photoRow(4, 4)};
+    database.rows.attributes = {{2, 2, 65, 1000}};
+    for (int i = 0; i < 4; ++i) {
+        const QByteArray name = "IMG_" + QByteArray::number(i) + ".JPG";
+        database.rows.assets[size_t(i)].fileName = name.toStdString();
+        m_scratch.write("device/PhotoData/Thumbnails/V2/DCIM/100APPLE/" + name + "/5005.JPG", jpeg);
+        if (i < 3)
+            m_scratch.write("device/DCIM/100APPLE/" + name, "content");
+    }
+    writeDatabase(m_scratch, "device", database);
+    ASSERT_EQ(0, draw().exitCode);
+    const Json ids = Json::parse(run({"dump", device()}).output.toStdString())["photoIds"];
+    std::map<int, QImage> pictures;
+    const QSize size = fitted(fourFields({160, 120}), boxOf(4, 0)).size();
+    for (int i = 0; i < 4; ++i)
+        pictures[ids[size_t(i)].get<int>()] = shown(4, i, size);
+    const auto differs = [&](int id, const QRect &part) {
+        return difference(pictures[id].copy(part), pictures[1].copy(part)) > 5;
+    };
+    const QRect upperLeft(5, 5, 60, 17);
+    const QRect lowerRight(size.width() - 21, size.height() - 23, 16, 18);
+    const QRect leftOfIt = lowerRight.translated(-22, 0);
+    EXPECT_TRUE(differs(4, upperLeft));
+    EXPECT_FALSE(differs(4, lowerRight));
+    EXPECT_FALSE(differs(2, upperLeft));
+    EXPECT_TRUE(differs(2, lowerRight));
+    EXPECT_TRUE(differs(2, leftOfIt)); // the length takes more room than the mark
+    EXPECT_TRUE(differs(3, lowerRight));
+    EXPECT_FALSE(differs(3, leftOfIt));
+}
+
+TEST_F(SheetProgram, ShowsOneAlbum)
+{
+    PhotosDatabase database = twoPhotos();
+    database.rows.albums = {albumRow(7)};
+    database.join().add(7, 2);
+    writeDatabase(m_scratch, "device", database);
+    EXPECT_EQ(m_scratch.path("sheet.png: 1 picture\n"), draw({"--album", "7"}).output);
+    EXPECT_EQ(SheetLayout(1, SheetLayout::columnsFor(1)).size(), sheet().size());
+}
+
+TEST_F(SheetProgram, ContinuesALargeLibraryOnFurtherPages)
+{
+    writeSampleDevice(500, false);
+    const ProgramResult result = draw();
+    ASSERT_EQ(0, result.exitCode) << result.errors.constData();
+    const Json json = Json::parse(run({"dump", device(), "--quiet"}).output.toStdString());
+    const int count = json["photoCount"].get<int>();
+    ASSERT_GT(count, 400);
+    EXPECT_EQ(m_scratch.path("sheet.png: 400 pictures\n") + m_scratch.path("sheet-2.png: ") +
+                  QByteArray::number(count - 400) + " pictures\n",
+              result.output);
+    const int columns = SheetLayout::columnsFor(400);
+    EXPECT_EQ(SheetLayout(400, columns).size(), sheet().size());
+    EXPECT_EQ(SheetLayout(count - 400, columns).size(), sheet("sheet-2.png").size());
+    EXPECT_FALSE(m_scratch.exists("sheet-3.png"));
+}
+
+TEST_F(SheetProgram, DrawsAnEmptyPageForAnEmptyLibrary)
+{
+    PhotosDatabase database;
+    writeDatabase(m_scratch, "device", database);
+    const ProgramResult result = draw();
+    EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+    EXPECT_EQ(m_scratch.path("sheet.png: 0 pictures\n"), result.output);
+    EXPECT_FALSE(sheet().isNull());
+}
+
+TEST_F(SheetProgramOnBadInput, NamesWhereItCanNotWrite)
+{
+    writeTwoPhotos();
+    const QByteArray nowhere = m_scratch.path("none/sheet.png");
+    expectFailure({"sheet", device(), "-o", nowhere},
+                  m_scratch.path("none") + ": No such file or directory");
+    expectFailure({"sheet", device(), "-o", m_scratch.root()},
+                  m_scratch.root() + ": a folder, not a file to write");
+    expectFailure({"sheet", device(), "-o", device() + "/sheet.png"},
+                  device() + ": a device is only read; name a folder outside it");
+    expectFailure({"sheet", device(), "--album", "9", "-o", m_scratch.path("sheet.png")},
+                  "9: no album with this id in " + device());
+}
+
+TEST_F(SheetProgramOnBadInput, ExitsWithTwoWithoutAFile)
+{
+    expectFailure({"sheet"}, "--output is required (photolib --help shows the usage)", 2);
+}
+
+TEST_F(SheetProgram, ShowsARealLibrary)
+{
+    const QByteArray device = PHOTOLIB_DEVICES_DIR "/library-a";
+    if (::access(device.constData(), R_OK) != 0)
+        GTEST_SKIP() << "there is no " << device.constData();
+    const ProgramResult result =
+        run({"sheet", device, "-o", m_scratch.path("sheet.png"), "--quiet"});
+    ASSERT_EQ(0, result.exitCode) << result.errors.constData();
+    EXPECT_EQ(m_scratch.path("sheet.png: 27 pictures\n"), result.output);
+    const QSize size = boxOf(27, 0).size() / 2;
+    for (int i = 0; i < 27; ++i)
+        EXPECT_FALSE(isBlank(shown(27, i, size))) << i;
+}
+
+} // namespace

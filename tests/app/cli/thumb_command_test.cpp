@@ -1,0 +1,191 @@
+#include "support/program_fixture.h"
+
+#include "sample/sample_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <QBuffer>
+#include <QImage>
+
+namespace {
+
+QByteArray jpegOf(const QImage &image)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    EXPECT_TRUE(image.save(&buffer, "JPEG"));
+    return buffer.data();
+}
+
+class ThumbProgram : public ProgramTest
+{
+protected:
+    ThumbProgram()
+    {
+        QImage image(30, 20, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        m_jpeg = jpegOf(image);
+    }
+
+    /// A device with a thumbnail for the first of two photos.
+    void writeDevice(const QByteArray &name = "IMG_0001.JPG")
+    {
+        PhotosDatabase database = twoPhotos();
+        database.rows.assets[0].fileName = name.toStdString();
+        database.rows.assets[1].thumbnailIndex = -1;
+        writeDatabase(m_scratch, "device", database);
+        m_scratch.write("device/PhotoData/Thumbnails/V2/DCIM/100APPLE/" + name + "/5005.JPG",
+                        m_jpeg);
+    }
+
+    QByteArray out() const { return m_scratch.path("out"); }
+
+    QByteArray m_jpeg;
+};
+
+using ThumbProgramOnASample = ThumbProgram;
+using ThumbProgramOnBadInput = ThumbProgram;
+
+TEST_F(ThumbProgram, WritesTheFileThatIsNamed)
+{
+    writeDevice();
+    const ProgramResult result = run({"thumb", device(), "1", "-o", m_scratch.path("thumb")});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ("wrote 1 thumbnail to " + m_scratch.path("thumb") + '\n', result.output);
+    EXPECT_EQ(QByteArray(), result.errors);
+    EXPECT_EQ(m_jpeg, m_scratch.read("thumb"));
+}
+
+TEST_F(ThumbProgram, ReplacesAFileAndNotWhatALinkLeadsTo)
+{
+    writeDevice();
+    m_scratch.write("elsewhere", "untouched");
+    m_scratch.makeLink("thumb", "elsewhere");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(0, run({"thumb", device(), "1", "-o", m_scratch.path("thumb")}).exitCode);
+        EXPECT_EQ(m_jpeg, m_scratch.read("thumb"));
+    }
+    EXPECT_EQ("untouched", m_scratch.read("elsewhere"));
+}
+
+TEST_F(ThumbProgram, ConvertsToPngOnRequest)
+{
+    writeDevice();
+    const QByteArray target = m_scratch.path("thumb");
+    EXPECT_EQ(0, run({"thumb", device(), "1", "-o", target, "--format", "png"}).exitCode);
+    QImage image;
+    EXPECT_TRUE(image.loadFromData(m_scratch.read("thumb"), "PNG"));
+    EXPECT_EQ(QImage::fromData(m_jpeg).convertToFormat(QImage::Format_RGB32),
+              image.convertToFormat(QImage::Format_RGB32));
+    EXPECT_EQ(0, run({"thumb", device(), "1", "-o", target + ".PNG"}).exitCode);
+    EXPECT_EQ(m_scratch.read("thumb"), m_scratch.read("thumb.PNG"));
+}
+
+TEST_F(ThumbProgram, ReportsAPhotoWithoutOneAndGoesOn)
+{
+    writeDevice();
+    const ProgramResult result = run({"thumb", device(), "2", "1", "-o", out()});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0002.JPG: no thumbnail\n", result.errors);
+    EXPECT_EQ("wrote 1 thumbnail to " + out() + ", 1 failed\n", result.output);
+    EXPECT_EQ(QList<QByteArray>{out() + "/1-IMG_0001.jpg"}, m_scratch.everythingIn("out"));
+}
+
+TEST_F(ThumbProgram, TellsWhatThePlugInComplainedOf)
+{
+    writeTwoPhotos();
+    const ProgramResult result = run({"thumb", device(), "1", "-o", out()});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ(
+        "photolib: DCIM/100APPLE/IMG_0001.JPG: no thumbnail (Can not decide teh iThmb file)\n",
+        result.errors);
+    EXPECT_FALSE(m_scratch.exists("out"));
+}
+
+TEST_F(ThumbProgram, ReportsContentThatIsNoPicture)
+{
+    m_jpeg = "text";
+    writeDevice();
+    const ProgramResult result = run({"thumb", device(), "1", "-o", out()});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0001.JPG: a thumbnail that is neither JPEG nor BMP\n",
+              result.errors);
+    EXPECT_FALSE(m_scratch.exists("out"));
+}
+
+TEST_F(ThumbProgram, ConvertsNoDamagedPicture)
+{
+    m_jpeg.truncate(m_jpeg.size() / 2);
+    writeDevice();
+    EXPECT_EQ(0, run({"thumb", device(), "1", "-o", out()}).exitCode); // as it is
+    const ProgramResult result = run({"thumb", device(), "1", "-o", out() + ".png"});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0001.JPG: a damaged thumbnail\n", result.errors);
+    EXPECT_FALSE(m_scratch.exists("out.png"));
+}
+
+TEST_F(ThumbProgram, MakesNamesOfTheDeviceSafe)
+{
+    writeDevice("a\nb.c.jpg");
+    m_scratch.makeFolder("out");
+    EXPECT_EQ(0, run({"thumb", device(), "1", "-o", out()}).exitCode);
+    EXPECT_EQ(QList<QByteArray>{out() + "/1-a_b.c.jpg"}, m_scratch.everythingIn("out"));
+}
+
+TEST_F(ThumbProgramOnBadInput, NamesWhereItCanNotWrite)
+{
+    writeDevice();
+    expectFailure({"thumb", device(), "1", "-o", out() + '/'}, out() + "/: no such folder");
+    expectFailure({"thumb", device(), "1", "-o", out() + "/a"},
+                  out() + ": No such file or directory");
+    expectFailure({"thumb", device(), "1", "-o", device() + "/a"},
+                  device() + ": a device is only read; name a folder outside it");
+    m_scratch.write("file", "text");
+    expectFailure({"thumb", device(), "1", "2", "-o", m_scratch.path("file")},
+                  m_scratch.path("file") + ": not a folder");
+    expectFailure({"thumb", device(), "--all", m_scratch.path("file/sub")},
+                  m_scratch.path("file") + ": not a folder");
+}
+
+TEST_F(ThumbProgramOnBadInput, WritesNothingWhenAnIdIsUnknown)
+{
+    writeDevice();
+    expectFailure({"thumb", device(), "1", "9", "-o", out()},
+                  "9: no photo with this id in " + device());
+}
+
+TEST_F(ThumbProgramOnBadInput, ExitsWithTwoForWrongUsage)
+{
+    const QByteArray hint = " (photolib --help shows the usage)";
+    expectFailure({"thumb"}, "ID: is missing; --all DIR is for all photos and videos" + hint, 2);
+    expectFailure({"thumb", "1"}, "--output: is missing: the file or folder to write to" + hint, 2);
+    expectFailure({"thumb", "1", "--all", "a"}, "--all: takes the place of ids" + hint, 2);
+    const ProgramResult result = run({"thumb", "1", "-o", "a", "--format", "gif"});
+    EXPECT_EQ(2, result.exitCode);
+}
+
+TEST_F(ThumbProgramOnASample, WritesAllAsTheDeviceHasThem)
+{
+    SampleOptions options;
+    options.assets = 24;
+    QString error;
+    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    const ProgramResult result = run({"thumb", device(), "--all", out()});
+    EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+    int jpegs = 0;
+    int bmps = 0;
+    for (const QByteArray &path : m_scratch.everythingIn("out")) {
+        const QByteArray bytes = m_scratch.read("out" + path.mid(out().size()));
+        EXPECT_FALSE(QImage::fromData(bytes).isNull()) << path.constData();
+        jpegs += path.endsWith(".jpg") && bytes.startsWith("\xff\xd8");
+        bmps += path.endsWith(".bmp") && bytes.startsWith("BM");
+    }
+    EXPECT_EQ("wrote " + QByteArray::number(jpegs + bmps) + " thumbnails to " + out() + '\n',
+              result.output);
+    EXPECT_GT(jpegs, 10);
+    EXPECT_GT(bmps, 4);
+    EXPECT_EQ(m_scratch.read("device/PhotoData/Thumbnails/V2/DCIM/100APPLE/IMG_0001.JPG/5005.JPG"),
+              m_scratch.read("out/1-IMG_0001.jpg"));
+}
+
+} // namespace
