@@ -844,6 +844,28 @@ TEST_F(ThumbnailOutOfMemoryThreads, FailWhileTheOnlyReadyFileIsRead)
     EXPECT_EQ(request().out, QByteArray(10000, 'x'));
 }
 
+TEST_F(ThumbnailOutOfMemoryThreads, TakeThePackedFileWhereAReadyOneDoesNotFit)
+{
+    addRecord({64, 64});
+    host.setDeviceFile(readyPath("5005.JPG"), QByteArray(10000, 'x'));
+    const QByteArray packed = thumbnail::image(thumbnail::smallest().type, {64, 64});
+    int fromPacked = 0;
+    FaultyRequest faulty;
+    int failing = 0;
+    do {
+        faulty = FaultyRequest();
+        faulty.make(*manager, Key, ++failing);
+        EXPECT_FALSE(faulty.thrown) << "allocation " << failing;
+        if (faulty.result == -1)
+            EXPECT_TRUE(faulty.out.isEmpty()) << "allocation " << failing;
+        else if (faulty.happened)
+            fromPacked += thumbnail::sameBytes(faulty.out, packed) ? 1 : 0;
+    } while (faulty.happened && failing < 1000);
+    EXPECT_EQ(fromPacked, 1) << "the block of the ready file";
+    EXPECT_EQ(faulty.out, QByteArray(10000, 'x'));
+    EXPECT_EQ(host.openHandles().size(), 2U) << "the device and the packed file";
+}
+
 // --- Threads.
 
 using ThumbnailRequestThreads = ThumbnailRequest;
