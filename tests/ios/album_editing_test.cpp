@@ -435,6 +435,8 @@ public:
         photos.append(photo);
         if (photo != nullptr)
             photo->id = givenId;
+        if (onCall)
+            onCall();
         return answer;
     }
 
@@ -442,6 +444,7 @@ public:
     QList<photoItem *> photos;
     quint64 givenId = 55;
     int answer = 0;
+    std::function<void()> onCall;
 };
 
 class AddPhotoByRecord : public AlbumEdit
@@ -1030,6 +1033,18 @@ TEST_F(AlbumEditThreads, HoldTheRecordLockWhileAFailureIsLogged)
         EXPECT_EQ(freeThen, std::vector<bool>{false});
         EXPECT_TRUE(isFreeElsewhere(manager.m_recMutex));
     }
+}
+
+TEST_F(AlbumEditThreads, HoldTheRecordLockWhileTheKeyedOverloadRuns)
+{
+    AnsweringManager answering(&device);
+    bool isFree = true;
+    answering.onCall = [&] { isFree = isFreeElsewhere(answering.m_recMutex); };
+    photoItem photo;
+    albumItem album;
+    album.id = Key;
+    EXPECT_EQ(answering.addPhoto2Album(&photo, &album), 0);
+    EXPECT_FALSE(isFree);
 }
 
 TEST_F(AlbumEditThreads, ReleaseBothLocksAndMayHoldTheRecordLockAlready)
