@@ -11,20 +11,23 @@
 
 namespace {
 
+const quint64 noKey = 0;                             // of a photo or album that is new
+const quint64 failureKey = ~static_cast<quint64>(0); // what a result of -1 looks like
+
 quint64 widened(qint32 key)
 {
     return static_cast<quint64>(static_cast<qint64>(key));
 }
 
-// The key behind `last`. Behind the largest one the keys go on at the lowest, where a
-// device's own ones are left out.
-template <class Record>
-qint32 nextKey(qint32 last, const QMap<quint64, Record *> &records)
+// The key behind `last`, but none that `isTaken`; behind the largest key the lowest one. A
+// device may have any keys.
+template <class IsTaken>
+qint32 nextKey(qint32 last, const IsTaken &isTaken)
 {
     quint32 key = static_cast<quint32>(last);
     do
         ++key;
-    while (records.contains(widened(static_cast<qint32>(key))));
+    while (isTaken(widened(static_cast<qint32>(key))));
     return static_cast<qint32>(key);
 }
 
@@ -120,14 +123,21 @@ int photo_manager::addPhoto2Album(photoItem *photo, const quint64 &albumKey)
     });
 }
 
+// Either all of it or, when memory runs out, nothing but a key and a uuid that stay unused.
 void photo_manager::addToLibrary(photoItem *photo)
 {
-    m_pCameraDB->maxAssetPk = nextKey(m_pCameraDB->maxAssetPk, m_pCameraDB->assets);
-    photo->id = widened(m_pCameraDB->maxAssetPk);
-    photo->uuid = makeNewUID();
-    std::unique_ptr<Camera_Data> asset = assetFor(*photo, m_pCameraDB, m_refDate);
-    m_pCameraDB->assets.insert(photo->id, asset.get());
+    const QMap<quint64, Camera_Data *> &assets = m_pCameraDB->assets;
+    m_pCameraDB->maxAssetPk = nextKey(m_pCameraDB->maxAssetPk, [&assets](quint64 key) {
+        return key == noKey || assets.contains(key);
+    });
+    photoItem added = *photo;
+    added.id = widened(m_pCameraDB->maxAssetPk);
+    added.uuid = makeNewUID();
+    std::unique_ptr<Camera_Data> asset = assetFor(added, m_pCameraDB, m_refDate);
+    m_pCameraDB->assets.insert(added.id, asset.get());
     static_cast<void>(asset.release()); // the model's now
+    photo->id = added.id;
+    photo->uuid = added.uuid;
 }
 
 int photo_manager::addAlbum(albumItem *album)
@@ -138,15 +148,29 @@ int photo_manager::addAlbum(albumItem *album)
         return -1;
     }
     return withoutThrowing(-1, [&] {
-        m_pCameraDB->maxAlbumPk = nextKey(m_pCameraDB->maxAlbumPk, m_pCameraDB->albums);
-        album->id = widened(m_pCameraDB->maxAlbumPk);
-        album->uuid = makeNewUID();
-        album->type = 6;
-        std::unique_ptr<Camera_Album> record = recordFor(*album);
-        m_pCameraDB->albums.insert(album->id, record.get());
+        m_pCameraDB->maxAlbumPk = nextAlbumKey();
+        albumItem added = *album;
+        added.id = widened(m_pCameraDB->maxAlbumPk);
+        added.uuid = makeNewUID();
+        std::unique_ptr<Camera_Album> record = recordFor(added);
+        m_pCameraDB->albums.insert(added.id, record.get());
         static_cast<void>(record.release()); // the model's now
-        m_listAlbumIDs.append(album->id);
+        m_listAlbumIDs.append(added.id);
+        album->id = added.id;
+        album->uuid = added.uuid;
+        album->type = 6;
         return static_cast<int>(m_pCameraDB->maxAlbumPk);
+    });
+}
+
+// Not the key of a synthetic album, which would be shown in its place, and not the one that
+// callers take for a failure.
+qint32 photo_manager::nextAlbumKey() const
+{
+    const QMap<quint64, Camera_Album *> &albums = m_pCameraDB->albums;
+    const QMap<quint64, QList<quint64>> &synthetic = m_mapAlbum2Photos;
+    return nextKey(m_pCameraDB->maxAlbumPk, [&albums, &synthetic](quint64 key) {
+        return key == noKey || key == failureKey || albums.contains(key) || synthetic.contains(key);
     });
 }
 

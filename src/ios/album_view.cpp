@@ -54,24 +54,20 @@ bool nameAlbum(const Camera_Album &record, const photo_manager::AlbumKindProp *k
     return false;
 }
 
-// The members that the library still has. The others leave the record for good, on this
-// read: removing a photo from the library does not look through the albums.
-QList<quint64> presentMembers(Camera_Album *record, const QMap<quint64, Camera_Data *> &assets)
+QList<quint64> presentMembers(const Camera_Album &record,
+                              const QMap<quint64, Camera_Data *> &assets)
 {
-    const QList<quint64> members = record->assetKeys;
     QList<quint64> present;
-    for (const quint64 key : members) {
+    for (const quint64 key : record.assetKeys) {
         if (assets.contains(key))
             present.append(key);
     }
-    if (present.size() != members.size())
-        record->assetKeys = present;
     return present;
 }
 
 } // namespace
 
-// The lists are read without a lock, so that a host's list never waits for an edit.
+// Both without a lock, deliberately: an edit that takes long does not hold up the host.
 int photo_manager::albumCnt()
 {
     return m_listAlbumIDs.size();
@@ -116,8 +112,13 @@ bool photo_manager::getDeviceAlbum(quint64 id, Camera_Album *record, albumItem *
     if (!nameAlbum(*record, isShown ? &kind.value() : nullptr, album))
         return false;
     album->type = kind->type;
-    // Appended, where a synthetic album's replace what was there: hosts gather the photos
-    // of several device albums in one record.
-    album->photoIDs += presentMembers(record, m_pCameraDB->assets);
+    // Appended, where a synthetic album's replace what was there: deliberately so, for hosts
+    // that rely on either.
+    const QList<quint64> present = presentMembers(*record, m_pCameraDB->assets);
+    album->photoIDs += present;
+    // The others leave the album for good, on this read: who takes a photo out of the library
+    // does not look through the albums.
+    if (present.size() != record->assetKeys.size())
+        record->assetKeys = present;
     return true;
 }

@@ -103,6 +103,7 @@ private:
     bool readThumbnail(qint32 index, PhotoThumb *thumb);
     bool appendImage(PhotoThumb *thumb, QByteArray &out);
     void addToLibrary(photoItem *photo);
+    qint32 nextAlbumKey() const;
     void keepInLibrary(const QList<quint64> &photos);
     void updateDeviceAlbum(const albumItem &album);
 

@@ -71,8 +71,7 @@ private:
     std::ptrdiff_t m_ahead; // rows
 };
 
-// The lower 3 bits of each byte stay 0, as hosts know these pictures: they tell them apart
-// by their bytes.
+// The lower 3 bits of each byte stay 0, deliberately: the upper ones are not repeated there.
 inline void convertRowPlain(const unsigned char *pixels, unsigned char *out, int width)
 {
     for (int x = 0; x < width; ++x) {

@@ -3,13 +3,13 @@
 #include "ios/bmp_header.h"
 #include "ios/open_file.h"
 #include "ios/photo_manager.h"
+#include "ios/thread_buffer.h"
 #include "ios/thumbnail_rows.h"
 #include "no_throw.h"
 
 #include <QtEndian>
 
 #include <limits>
-#include <vector>
 
 namespace {
 
@@ -30,7 +30,7 @@ const thumbnail_file thumbnailFiles[] = {
     {"/PhotoData/Thumbnails/3309.ithmb", {8192, 64, 64, 64}},
 };
 
-// The ready pictures of one asset, the best first.
+// The ready pictures of one asset, in the order in which they are taken.
 const char *const readyPictures[] = {"5005.JPG", "5003.JPG", "3507.JPG", "3505.JPG"};
 
 // What a byte array can hold, less some for its own administration.
@@ -94,19 +94,9 @@ void clearRowEnds(unsigned char *rows, qint64 width, qint64 height)
     }
 }
 
-// The pixels of one record: kept for the thread's next request, since a host may ask for
-// every thumbnail of a library, and a record is too large to be allocated each time.
-void *pixelBuffer(int bytes)
-{
-    thread_local std::vector<char> buffer;
-    if (buffer.size() < static_cast<size_t>(bytes))
-        buffer.resize(static_cast<size_t>(bytes));
-    return buffer.data();
-}
-
 bool seekToRecord(VFile *file, const ThumbType &type, qint32 index)
 {
-    // Wraps beyond 4 GiB; no device has so long a file.
+    // In 32 bits, beyond which it wraps: a record further on is not found, another one is.
     const quint32 recordBytes = static_cast<quint32>(type.dataSize + trailerBytes);
     const quint32 offset = recordBytes * static_cast<quint32>(index);
     if (vFileSeek(file, offset, 0) == static_cast<qint64>(offset))
@@ -118,7 +108,9 @@ bool seekToRecord(VFile *file, const ThumbType &type, qint32 index)
 
 bool readRecord(VFile *file, const ThumbType &type, PhotoThumb *thumb)
 {
-    thumb->data = pixelBuffer(type.dataSize);
+    // Kept for the thread's next request: a host may ask for every thumbnail of a library, and
+    // a record is too large to be allocated each time.
+    thumb->data = threadBuffer(static_cast<std::size_t>(type.dataSize));
     if (vFileRead(file, static_cast<char *>(thumb->data), type.dataSize) != type.dataSize) {
         Log("PHOTOLIB", 2, "Can not read ithmb data");
         return false;
@@ -220,13 +212,13 @@ bool photo_manager::appendImage(PhotoThumb *thumb, QByteArray &out)
 {
     const qint32 width = pictureWidth(*thumb);
     const qint32 height = pictureHeight(*thumb);
-    const int rowsStart = out.size() + bmp::headerBytes;
+    const qint64 rowsStart = qint64(out.size()) + bmp::headerBytes;
     if (!liesInPixels(m_thmbType, width, height) ||
         imageBytes(width, height) > mostBytes - rowsStart) {
         Log("PHOTOLIB", 2, "Can not read ithmb info");
         return false;
     }
-    out.resize(rowsStart + static_cast<int>(imageBytes(width, height)));
+    out.resize(static_cast<int>(rowsStart + imageBytes(width, height)));
     unsigned char *const rows = reinterpret_cast<unsigned char *>(out.data()) + rowsStart;
     bmp::writeHeaders(width, height, rows - bmp::headerBytes);
     clearRowEnds(rows, width, height);
