@@ -59,8 +59,9 @@ public:
     /// which replace what `data` held, or else those of a BMP file with 24 bits a pixel,
     /// which are appended to it; for a classic iPod what the host's `unpackiThmb` makes of
     /// its smallest variant. Returns 0 when done or when there is nothing to do, as for an
-    /// unknown key, and always for a classic iPod, or -1 after a log line; `data` is
-    /// untouched unless there is an image. The first request that needs it opens an iOS
+    /// unknown key, and always for a classic iPod, or -1 after a log line and, without one,
+    /// when memory runs out; `data` is untouched unless there is an image. An empty JPEG
+    /// file empties `data`, with the result 0. The first request that needs it opens an iOS
     /// device's packed thumbnail file, which is never closed.
     virtual int getPhotoThumbnail(const quint64 &id, QByteArray &data) = 0;
 
@@ -80,7 +81,8 @@ public:
     /// Photo Library) replace what it held. Photos that have left the library are dropped
     /// from the device's album for good. Returns false after a log line for an album that is
     /// not listed and for a null `item`, with `*item` untouched, and for an album of a kind
-    /// that is not shown, with `id`, `uuid` and, where it has a title, `name` filled.
+    /// that is not shown, with `id`, `uuid` and, where it has a title, `name` filled. When
+    /// memory runs out, false without a log line, and some fields may be filled.
     virtual bool getAlbum(const quint64 &id, albumItem *item) = 0;
 
     // The five edits below change only the library in memory, never the device. They return

@@ -17,7 +17,8 @@ public:
     QByteArray uuid;        ///< binary identifier of the asset
     QString name;           ///< file name
     qint32 type = 3;        ///< 2 for a video, 3 for a photo
-    QString path;           ///< source file below the device's media root, no leading "/"
+    QString path;           ///< source file below the device's media root, no leading "/"; for a
+                            ///< photo added in memory a file of the host computer
     QString thumbPath;      ///< for a video, the device path of the still that stands for it
     qint32 orientation = 0; ///< orientation code as the device stores it
     qint32 height = 0;      ///< pixels
@@ -25,6 +26,7 @@ public:
     qint32 duration = 0;    ///< whole seconds of a video, 0 for a photo
     quint64 fileSize = 0;   ///< bytes of the source file
     QDateTime createDate;   ///< when the asset was made; 2001-01-01 for assets of an iOS device
+                            ///< but those added in memory
     QDateTime modifyDate;   ///< when the asset was last modified
     qint64 trashedDate = 0; ///< when it went to the trash, as the device stores it; 0 if it did not
     QString avalancheUUID;  ///< the burst group that the asset belongs to
@@ -37,7 +39,7 @@ class albumItem
 {
 public:
     quint64 id = 0;          ///< the key that every album operation takes
-    QByteArray uuid;         ///< binary identifier, 16 bytes for the device's albums
+    QByteArray uuid;         ///< binary identifier; null for synthetic albums but the Photo Library
     QString name;            ///< title
     qint32 type = 0;         ///< 1 camera roll, 2 panoramas, 3 videos, 4 on the device, 5 photo
                              ///< library, 6 user album
