@@ -399,6 +399,15 @@ TEST_F(AddPhoto, TakesNoKeyThatIsInUse)
     EXPECT_EQ(manager.photoCnt(), 12);
 }
 
+TEST_F(AddPhoto, DoesNotTakeTheKeyThatMarksANewPhoto)
+{
+    model().maxAssetPk = -1;
+    photoItem photo = newPhoto();
+    EXPECT_EQ(manager.addPhoto2Album(&photo, Key), 0);
+    EXPECT_EQ(photo.id, 10U); // behind the assets 1 to 9
+    EXPECT_FALSE(model().assets.contains(0));
+}
+
 TEST_F(AddPhoto, ExtendsTheSignOfANegativeKey)
 {
     model().maxAssetPk = -10;
@@ -683,6 +692,46 @@ TEST_F(AddAlbum, TakesNoKeyThatIsInUse)
     EXPECT_EQ(model().maxAlbumPk, LowestKey + 2);
     EXPECT_EQ(model().albums.value(LowestId), hidden);
     EXPECT_EQ(model().albums.value(LowestId + 1), listed);
+}
+
+struct SkippedKeysRow {
+    const char *name;
+    qint32 last;
+    qint32 next;
+};
+
+class SkippedAlbumKeys : public AlbumEdit, public testing::WithParamInterface<SkippedKeysRow>
+{
+};
+
+TEST_P(SkippedAlbumKeys, AreThoseWithAnotherMeaning)
+{
+    addSyntheticAlbum(synthetic::CameraRoll, {3});
+    EXPECT_EQ(manager.rmAlbum(synthetic::Video), 0);
+    const auto albumPhotos = manager.m_mapAlbum2Photos;
+    model().maxAlbumPk = GetParam().last;
+    albumItem album;
+    album.name = QStringLiteral("Trip");
+    EXPECT_EQ(manager.addAlbum(&album), GetParam().next);
+    EXPECT_EQ(album.id, static_cast<quint64>(qint64(GetParam().next)));
+    EXPECT_EQ(fetched(album.id).name, QStringLiteral("Trip"));
+    EXPECT_EQ(manager.m_mapAlbum2Photos, albumPhotos);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Keys, SkippedAlbumKeys,
+    testing::Values(SkippedKeysRow{"CameraRoll", 999, 1001},
+                    SkippedKeysRow{"VideoPanoramaAndLibrary", 16777212, 16777216},
+                    SkippedKeysRow{"NoAlbum", -1, 1}, SkippedKeysRow{"Failure", -2, 1},
+                    SkippedKeysRow{"None", -4, -3}),
+    rowName<SkippedKeysRow>);
+
+TEST_F(AddAlbum, TakesTheKeyOfTheSyntheticCameraRollWhereThereIsNone)
+{
+    model().maxAlbumPk = 999;
+    albumItem album;
+    EXPECT_EQ(manager.addAlbum(&album), 1000);
+    EXPECT_EQ(fetched(1000).name, QStringLiteral("Cus Album"));
 }
 
 TEST_F(AddAlbum, NeverGivesOutAKeyOnceMore)

@@ -53,8 +53,8 @@ public:
     photoItem existing;
     photoItem added;
 
-    // What the manager's maps hold together: each asset that they point to is one of
-    // `assets`, and no key of the library is another's.
+    // What holds after every operation: the maps point to the same assets, each of which is
+    // there once, and the host's records name what the library has.
     void expectSound() const
     {
         const CameraDB &model = *manager.m_pCameraDB;
@@ -68,6 +68,9 @@ public:
             EXPECT_EQ(records.count(video), 1U);
         for (const quint64 key : model.albums.keys())
             EXPECT_NE(model.albums.value(key), nullptr) << key;
+        // A host that tries again passes what it was left with.
+        EXPECT_TRUE(added.id == 0 || model.assets.contains(added.id)) << added.id;
+        EXPECT_TRUE(manager.m_listAlbumIDs.contains(album.id) || album.id == Key) << album.id;
     }
 
 private:
