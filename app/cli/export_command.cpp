@@ -179,6 +179,14 @@ int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession 
     return counts.failed == 0 ? 0 : CommandError::failed;
 }
 
+int runExport(const CommandContext &context, const ExportArguments &arguments)
+{
+    const auto work = [&](LibrarySession &session, Output &output) {
+        return exportPhotos(arguments, context.options.quiet, session, output);
+    };
+    return workOnLibrary(context, arguments.chosen.device, work);
+}
+
 void addArguments(CLI::App &command, ExportArguments &arguments)
 {
     command
@@ -208,12 +216,6 @@ void addExportCommand(CLI::App &app, CommandContext &context)
     addArguments(*command, *arguments);
     command->callback([&context, arguments] {
         splitArguments(*arguments);
-        context.run = [&context, arguments] {
-            const bool isQuiet = context.options.quiet;
-            return workOnLibrary(context, arguments->chosen.device,
-                                 [&](LibrarySession &session, Output &output) {
-                                     return exportPhotos(*arguments, isQuiet, session, output);
-                                 });
-        };
+        context.run = [&context, arguments] { return runExport(context, *arguments); };
     });
 }

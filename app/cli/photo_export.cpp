@@ -163,8 +163,8 @@ bool PhotoExport::isSameAs(const QByteArray &name, Source &source)
     while (const qint64 count = readBlock(source)) {
         const qint64 otherCount = other->read(m_otherBlock.data(), count, &error);
         const auto length = static_cast<size_t>(count);
-        if (otherCount != count ||
-            std::memcmp(m_block.constData(), m_otherBlock.constData(), length))
+        const char *const own = m_otherBlock.constData();
+        if (otherCount != count || std::memcmp(m_block.constData(), own, length) != 0)
             return false;
     }
     return source.file->tell() == source.item.info.size;

@@ -2,17 +2,26 @@
 
 #include <QLocale>
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr int barWidth = 30;
+constexpr int barWidth = 20;
 
 QString filledBar(qint64 done, qint64 total)
 {
     const double part = total > 0 ? qBound(0.0, double(done) / double(total), 1.0) : 1.0;
     const int filled = static_cast<int>(part * barWidth);
     return QString(filled, QLatin1Char('#')) + QString(barWidth - filled, QLatin1Char('.'));
+}
+
+// What fits on one line of the terminal: a line that is broken can not be drawn over.
+QString fitted(const QString &text)
+{
+    winsize size = {};
+    const bool isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+    return isKnown ? text.left(size.ws_col - 1) : text;
 }
 
 } // namespace
@@ -40,7 +49,7 @@ void ProgressBar::show(qint64 done, qint64 total, const QString &amounts)
     if (!m_isShown)
         return;
     const QString text = QStringLiteral("%1 [%2] %3").arg(m_task, filledBar(done, total), amounts);
-    const QByteArray bytes = text.toUtf8();
+    const QByteArray bytes = fitted(text).toUtf8();
     if (bytes != m_drawn)
         draw(bytes);
     m_drawn = bytes;

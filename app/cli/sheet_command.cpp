@@ -203,6 +203,14 @@ void writeSheet(const SheetArguments &arguments, LibrarySession &session, Output
     SheetWriter(session, QByteArray::fromStdString(arguments.target)).write(ids, album, output);
 }
 
+int runSheet(const CommandContext &context, const SheetArguments &arguments)
+{
+    const auto write = [&arguments](LibrarySession &session, Output &output) {
+        writeSheet(arguments, session, output);
+    };
+    return runOnLibrary(context, *arguments.device, write);
+}
+
 } // namespace
 
 void addSheetCommand(CLI::App &app, CommandContext &context)
@@ -223,11 +231,6 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
                     "  photolib sheet -o sheet.png\n"
                     "  photolib sheet /media/phone --album 7 -o album.png");
     command->callback([&context, arguments] {
-        context.run = [&context, arguments] {
-            return runOnLibrary(context, *arguments->device,
-                                [&](LibrarySession &session, Output &output) {
-                                    writeSheet(*arguments, session, output);
-                                });
-        };
+        context.run = [&context, arguments] { return runSheet(context, *arguments); };
     });
 }

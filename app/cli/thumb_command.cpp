@@ -199,6 +199,14 @@ int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySessio
     return writer.failed() == 0 ? 0 : CommandError::failed;
 }
 
+int runThumb(const CommandContext &context, const ThumbArguments &arguments)
+{
+    const auto work = [&](LibrarySession &session, Output &output) {
+        return writeThumbnails(arguments, context.options.quiet, session, output);
+    };
+    return workOnLibrary(context, arguments.chosen.device, work);
+}
+
 void addArguments(CLI::App &command, ThumbArguments &arguments)
 {
     command
@@ -237,12 +245,6 @@ void addThumbCommand(CLI::App &app, CommandContext &context)
     addArguments(*command, *arguments);
     command->callback([&context, arguments] {
         checkArguments(*arguments);
-        context.run = [&context, arguments] {
-            const bool isQuiet = context.options.quiet;
-            return workOnLibrary(context, arguments->chosen.device,
-                                 [&](LibrarySession &session, Output &output) {
-                                     return writeThumbnails(*arguments, isQuiet, session, output);
-                                 });
-        };
+        context.run = [&context, arguments] { return runThumb(context, *arguments); };
     });
 }

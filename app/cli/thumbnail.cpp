@@ -103,7 +103,7 @@ QImage decodedThumbnail(const QByteArray &bytes, QString *cause)
         return QImage();
     }
     const bool isReadable = !size.isEmpty() && (format != "bmp" || isWholeBmp(bytes));
-    const QImage picture = isReadable ? reader.read() : QImage();
+    QImage picture = isReadable ? reader.read() : QImage();
     // The reader makes a picture of half a JPEG file as well, and only says so.
     if (!picture.isNull() && messages.first().isEmpty())
         return picture;
@@ -114,7 +114,7 @@ QImage decodedThumbnail(const QByteArray &bytes, QString *cause)
 QImage turnedUpright(const QImage &picture, int orientation)
 {
     const bool isOnItsSide = orientation >= 5 && orientation <= 8;
-    const QImage standing = isOnItsSide ? picture.transformed(QTransform().rotate(90)) : picture;
+    QImage standing = isOnItsSide ? picture.transformed(QTransform().rotate(90)) : picture;
     switch (orientation) {
     case 2:
     case 5:

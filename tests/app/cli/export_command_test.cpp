@@ -383,4 +383,21 @@ TEST_F(InterruptedExport, TellsTheTimeLeft)
     EXPECT_EQ(130, program.waitForExitCode());
 }
 
+TEST_F(InterruptedExport, KeepsItsBarOnOneLineOfTheTerminal)
+{
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    terminal.setColumns(45);
+    m_setup.errorFd = terminal.slave();
+    Program program(m_setup, {"export", device(), out()});
+    QByteArray shown = terminal.shownUntil("] 1 of 2 files");
+    ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
+    EXPECT_EQ(130, program.waitForExitCode());
+    int longest = 0;
+    for (const QByteArray &line : shown.replace("\x1b[K", "").split('\r'))
+        longest = qMax(longest, line.size());
+    EXPECT_EQ(44, longest);
+}
+
 } // namespace

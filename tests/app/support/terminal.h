@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 /// Both ends of a pseudo-terminal.
@@ -22,6 +23,12 @@ public:
 
     bool isOpen() const { return m_slave.isOpen(); }
     int slave() const { return m_slave.get(); }
+
+    void setColumns(unsigned short columns)
+    {
+        const winsize size = {24, columns, 0, 0};
+        ::ioctl(m_slave.get(), TIOCSWINSZ, &size);
+    }
 
     /// Everything shown so far, after waiting until it contains `text`, but not for ever.
     QByteArray shownUntil(const QByteArray &text)
