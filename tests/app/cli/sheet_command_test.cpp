@@ -292,6 +292,17 @@ TEST_F(SheetProgram, DrawsAnEmptyPageForAnEmptyLibrary)
     EXPECT_FALSE(sheet().isNull());
 }
 
+TEST_F(SheetProgram, DrawsThePicturesWhereNoFontIsInstalled)
+{
+    m_scratch.write("fonts.conf", "<?xml version=\"1.0\"?><fontconfig></fontconfig>");
+    m_setup.environment = {{"FONTCONFIG_FILE", QString::fromUtf8(m_scratch.path("fonts.conf"))}};
+    writeOnePhoto(photoRow(1), jpegOf(fourFields({160, 120})));
+    const ProgramResult result = draw();
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ("photolib: no font is installed: the sheet has no text\n", result.errors);
+    EXPECT_FALSE(isBlank(shown(1, 0, {100, 80})));
+}
+
 TEST_F(SheetProgramOnBadInput, NamesWhereItCanNotWrite)
 {
     writeTwoPhotos();
