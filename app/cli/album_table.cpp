@@ -2,6 +2,7 @@
 
 #include "boundary/photo_manager_int.h"
 #include "boundary/photo_records.h"
+#include "cli/library_ids.h"
 #include "cli/text_table.h"
 #include "services/log_output.h"
 #include "services/printable.h"
@@ -33,7 +34,7 @@ QString albumKindText(qint32 type)
     }
 }
 
-QStringList albumRow(photo_manager_int &library, quint64 id)
+QStringList albumRow(photo_manager_int &library, quint64 id, const QSet<quint64> &photos)
 {
     albumItem item;
     const bool isShown = library.getAlbum(id, &item);
@@ -41,7 +42,7 @@ QStringList albumRow(photo_manager_int &library, quint64 id)
         return {QString::number(id), albumNameText(item.name), QStringLiteral("not shown"),
                 QString()};
     return {QString::number(id), albumNameText(item.name), albumKindText(item.type),
-            QString::number(item.photoIDs.size())};
+            QString::number(listedPhotoIds(item, photos).size())};
 }
 
 void writeAlbumTable(photo_manager_int &library, Output &output)
@@ -53,7 +54,8 @@ void writeAlbumTable(photo_manager_int &library, Output &output)
     table.alignRight(idColumn);
     table.alignRight(countColumn);
     const LogCapture log; // the table says what is not shown
+    const QSet<quint64> photos = allPhotoIds(library);
     for (const quint64 id : library.albumIDs())
-        table.addRow(albumRow(library, id));
+        table.addRow(albumRow(library, id, photos));
     table.write(output);
 }

@@ -51,6 +51,22 @@ std::shared_ptr<std::optional<std::string>> addAlbumOption(CLI::App &command)
     return album;
 }
 
+QSet<quint64> allPhotoIds(photo_manager_int &library)
+{
+    const QList<quint64> ids = library.photoIDs();
+    return QSet<quint64>(ids.begin(), ids.end());
+}
+
+QList<quint64> listedPhotoIds(const albumItem &album, const QSet<quint64> &all)
+{
+    QList<quint64> listed;
+    for (const quint64 id : album.photoIDs) {
+        if (all.contains(id))
+            listed.append(id);
+    }
+    return listed;
+}
+
 QList<quint64> chosenPhotoIds(LibrarySession &session, const std::optional<std::string> &album)
 {
     if (!album)
@@ -59,7 +75,7 @@ QList<quint64> chosenPhotoIds(LibrarySession &session, const std::optional<std::
     const LogCapture log; // a failure is one line
     if (!session.library().getAlbum(knownAlbumId(*album, session), &item))
         throw CommandError(*album, "an album of a kind that is not shown");
-    return item.photoIDs;
+    return listedPhotoIds(item, allPhotoIds(session.library()));
 }
 
 DeviceAndIds splitDeviceAndIds(const std::vector<std::string> &arguments)

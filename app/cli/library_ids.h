@@ -2,6 +2,7 @@
 #define PHOTOLIB_CLI_LIBRARY_IDS_H
 
 #include <QList>
+#include <QSet>
 #include <QtGlobal>
 
 #include <memory>
@@ -14,6 +15,8 @@ class App;
 }
 
 class LibrarySession;
+class albumItem;
+class photo_manager_int;
 
 /// Whether `text` is made of decimal digits: an id, or too large to be one.
 bool isNumber(const std::string &text);
@@ -27,6 +30,13 @@ quint64 knownAlbumId(const std::string &text, LibrarySession &session);
 /// Adds the option --album ID to `command`. The result is filled with a number while the
 /// command line is parsed and stays empty without the option.
 std::shared_ptr<std::optional<std::string>> addAlbumOption(CLI::App &command);
+
+/// The ids of all photos and videos.
+QSet<quint64> allPhotoIds(photo_manager_int &library);
+
+/// The photos and videos of `album` that are in `all`, in album order and as often as they
+/// are in it. An album may hold others, which the library does not take for photos.
+QList<quint64> listedPhotoIds(const albumItem &album, const QSet<quint64> &all);
 
 /// The photos and videos to work on: those of the album with the id `album`, in album order
 /// and as often as they are in it, or, when it is empty, all of the library. Throws

@@ -44,7 +44,14 @@ TEST(AlbumTable, TellsAnAlbum)
     library.album.name = QStringLiteral("Trip");
     library.album.type = 4;
     library.album.photoIDs = {1, 2, 2};
-    EXPECT_EQ(QStringList({"7", "Trip", "album", "3"}), albumRow(library, 7));
+    EXPECT_EQ(QStringList({"7", "Trip", "album", "3"}), albumRow(library, 7, {1, 2}));
+}
+
+TEST(AlbumTable, CountsOnlyWhatTheLibraryHas)
+{
+    OneAlbum library;
+    library.album.photoIDs = {1, 2, 3, 2};
+    EXPECT_EQ("2", albumRow(library, 7, {2, 4}).last().toStdString());
 }
 
 TEST(AlbumTable, TellsWhatIsKnownOfAnAlbumThatIsNotShown)
@@ -52,7 +59,7 @@ TEST(AlbumTable, TellsWhatIsKnownOfAnAlbumThatIsNotShown)
     OneAlbum library;
     library.album.name = QStringLiteral("Shared");
     library.isShown = false;
-    EXPECT_EQ(QStringList({"7", "Shared", "not shown", ""}), albumRow(library, 7));
+    EXPECT_EQ(QStringList({"7", "Shared", "not shown", ""}), albumRow(library, 7, {}));
 }
 
 TEST(AlbumTable, HasWordsForEachKind)

@@ -57,6 +57,33 @@ TEST_F(ProgramAlbums, ListTheirPhotosInTheirOrder)
     EXPECT_EQ(1, none.output.count('\n'));
 }
 
+// An asset of a kind that is no photo to the library is in the Photo Library all the same.
+TEST_F(ProgramAlbums, LeaveOutWhatTheLibraryDoesNotList)
+{
+    PhotosDatabase database = twoPhotos();
+    database.rows.assets.push_back(photoRow(3));
+    database.rows.assets[2].savedAssetType = 6;
+    database.rows.albums = {albumRow(7)};
+    for (const int photo : {3, 1})
+        database.join().add(7, photo);
+    writeDatabase(m_scratch, "device", database);
+    m_scratch.write(twoPhotosPath, "picture");
+    const Json dump = Json::parse(run({"dump", device()}).output.toStdString());
+    ASSERT_EQ(Json({1, 2}), dump["photoIds"]);
+    ASSERT_EQ(Json({3, 1}), dump["albums"][1]["photoIds"]) << "nothing is left out";
+
+    const ProgramResult albums = run({"albums", device()});
+    EXPECT_TRUE(albums.output.contains("Photo Library  photo library       1\n"));
+    const ProgramResult photos = run({"photos", device(), "--album", "16777215"});
+    EXPECT_EQ(0, photos.exitCode);
+    EXPECT_EQ(QByteArray(), photos.errors);
+    EXPECT_EQ(2, photos.output.count('\n')) << photos.output.constData();
+    const QByteArray folder = m_scratch.path("copies");
+    const ProgramResult copies = run({"export", device(), "--album", "16777215", folder});
+    EXPECT_EQ(0, copies.exitCode) << copies.errors.constData();
+    EXPECT_EQ(QByteArray(), copies.errors);
+}
+
 TEST_F(ProgramAlbums, AreKnownByTheirIdsAlone)
 {
     writeAlbums();
