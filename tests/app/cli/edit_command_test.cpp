@@ -204,10 +204,29 @@ TEST_F(ProgramEdit, TellsWhatDoesNotTake)
 {
     EXPECT_EQ("refused: the album keeps its name", resultOf("rename Video Films"));
     EXPECT_EQ("refused: the album keeps its name", resultOf("rename 16777215 All"));
-    EXPECT_EQ("refused: the album takes no photos", resultOf("add-photo 1 Video"));
+}
+
+TEST_F(ProgramEdit, AddsNoPhotoToTheAlbumsThatTheLibraryMakes)
+{
     m_scratch.write("a.mov", "movie");
-    EXPECT_EQ("refused: the album takes no photos; photo 3 joined the library",
-              resultOf("add-photo " + m_scratch.path("a.mov") + " Video"));
+    for (const char *album : {"Video", "Panorama", "\"Camera Roll\"", "1000"}) {
+        for (const QByteArray &photo : {QByteArray("1"), m_scratch.path("a.mov")}) {
+            const ProgramResult result = edit("add-photo " + photo + ' ' + album + '\n');
+            EXPECT_EQ(1, result.exitCode);
+            EXPECT_TRUE(result.output.contains("refused: the album takes no photos\n"));
+            EXPECT_EQ("16777215 Photo Library photo library 2", albumIn(result.output, "16777215"));
+        }
+    }
+}
+
+TEST_F(ProgramEdit, AddsPhotosToTheCameraRollOfTheDevice)
+{
+    PhotosDatabase database = twoPhotos();
+    database.rows.albums = {albumRow(7, 1000)};
+    writeDatabase(m_scratch, "device", database);
+    const ProgramResult result = edit("add-photo 1 7\n");
+    EXPECT_EQ(0, result.exitCode) << result.output.constData();
+    EXPECT_EQ("7 Album camera roll 1", albumIn(result.output, "7"));
 }
 
 TEST_F(ProgramEdit, TakesPhotosOutOfTheLibrary)
