@@ -1,11 +1,17 @@
 #include "cli/new_file.h"
 
+#include "cli/command_error.h"
+#include "cli/folder_tools.h"
+
 #include <QRandomGenerator>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <system_error>
 
 namespace {
@@ -27,6 +33,35 @@ QByteArray temporaryName()
 {
     return ".photolib-" + QByteArray::number(QRandomGenerator::system()->generate64(), 16) +
            ".part";
+}
+
+// What the link `name` says; empty when there is no such link.
+QByteArray linkTarget(int folder, const QByteArray &name)
+{
+    QByteArray target(PATH_MAX, '\0');
+    const ssize_t length = ::readlinkat(folder, name.constData(), target.data(), PATH_MAX);
+    return target.left(static_cast<int>(qMax<ssize_t>(length, 0)));
+}
+
+// Such a link may lead to a regular file: to where standard output goes, say.
+bool leadsToAnOpenFile(int folder, const QByteArray &name)
+{
+    const QByteArray target = linkTarget(folder, name);
+    if (target.isEmpty())
+        return false;
+    const UniqueFd parent(
+        ::openat(folder, parentFolder(target).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    struct statfs status = {};
+    return parent.isOpen() && ::fstatfs(parent.get(), &status) == 0 &&
+           status.f_type == PROC_SUPER_MAGIC;
+}
+
+bool isReplaceable(int folder, const QByteArray &name)
+{
+    struct stat status = {};
+    if (leadsToAnOpenFile(folder, name))
+        return false;
+    return ::fstatat(folder, name.constData(), &status, 0) != 0 || S_ISREG(status.st_mode);
 }
 
 timespec timeOf(qint64 nanoseconds)
@@ -143,6 +178,12 @@ bool NewFile::linkAndRemove(const QByteArray &name)
     if (errno != EEXIST)
         fail(errno);
     return false;
+}
+
+void requireReplaceable(int folder, const QByteArray &name, const QByteArray &path)
+{
+    if (!isReplaceable(folder, name))
+        throw CommandError(path.toStdString(), "not a regular file");
 }
 
 void replaceFile(int folder, const QByteArray &name, const QByteArray &bytes)

@@ -51,6 +51,12 @@ private:
     UniqueFd m_fd;
 };
 
+/// Throws CommandError, which names `path`, unless a file may get the name `name` in the
+/// folder that the descriptor `folder` holds open: when nothing has it, a regular file, or
+/// a link to one. A device or pipe is not replaced, and neither is a link to an open file
+/// of the process, as /dev/stdout is one.
+void requireReplaceable(int folder, const QByteArray &name, const QByteArray &path);
+
 /// Writes a file with the content `bytes` whole; a file of that name is replaced.
 void replaceFile(int folder, const QByteArray &name, const QByteArray &bytes);
 

@@ -113,8 +113,9 @@ public:
     {
         m_ids = ids;
         m_album = album;
-        const TextDrawing text;
         const int pages = qMax(1, (ids.size() + mostOnAPage - 1) / mostOnAPage);
+        requireReplaceablePages(pages);
+        const TextDrawing text;
         for (int page = 0; page < pages; ++page) {
             const int first = page * mostOnAPage;
             const int count = qMin(mostOnAPage, ids.size() - first);
@@ -126,6 +127,16 @@ public:
     }
 
 private:
+    static QByteArray nameOf(const QByteArray &path) { return path.mid(path.lastIndexOf('/') + 1); }
+
+    void requireReplaceablePages(int pages) const
+    {
+        for (int page = 0; page < pages; ++page) {
+            const QByteArray path = pageName(m_target, page);
+            requireReplaceable(m_folder.get(), nameOf(path), path);
+        }
+    }
+
     QImage drawnPage(int page, int pages, int first, int count)
     {
         const int columns = SheetLayout::columnsFor(qMin(mostOnAPage, m_ids.size()));
@@ -183,7 +194,7 @@ private:
     void writePage(const QByteArray &path, const QImage &image)
     {
         try {
-            replaceFile(m_folder.get(), path.mid(path.lastIndexOf('/') + 1), asPng(image));
+            replaceFile(m_folder.get(), nameOf(path), asPng(image));
         } catch (const std::system_error &error) {
             throw CommandError(path.toStdString(), error.code().message());
         }

@@ -317,6 +317,27 @@ TEST_F(SheetProgramOnBadInput, NamesWhereItCanNotWrite)
                   "9: no album with this id in " + device());
 }
 
+TEST_F(SheetProgramOnBadInput, ReplacesNoDeviceOrPipe)
+{
+    writeTwoPhotos();
+    m_scratch.makePipe("pipe.png");
+    m_scratch.makeLink("link.png", "/dev/null");
+    m_scratch.makeLink("stdout", "/proc/self/fd/1");
+    for (const char *name : {"pipe.png", "link.png", "stdout"}) {
+        expectFailure({"sheet", device(), "-o", m_scratch.path(name)},
+                      m_scratch.path(name) + ": not a regular file");
+    }
+    EXPECT_EQ(0, m_scratch.size("pipe.png"));
+}
+
+TEST_F(SheetProgramOnBadInput, DrawsNoPageWhenOneCanNotBeWritten)
+{
+    writeSampleDevice(500, false);
+    m_scratch.makePipe("sheet-2.png");
+    expectFailure({"sheet", device(), "-o", m_scratch.path("sheet.png")},
+                  m_scratch.path("sheet-2.png: not a regular file"));
+}
+
 TEST_F(SheetProgramOnBadInput, ExitsWithTwoWithoutAFile)
 {
     expectFailure({"sheet"}, "--output is required (photolib --help shows the usage)", 2);
