@@ -89,9 +89,8 @@ QVector<ExportItem> exportItems(LibrarySession &session, const QList<quint64> &i
     return items;
 }
 
-void refuseDevices(const QByteArray &path, const LibrarySession &session)
+void refuseDevice(const QByteArray &path)
 {
-    session.refuseInDevice(path);
     FileError error;
     DeviceKind kind = DeviceKind::None;
     const auto files = FolderFileSystem::openFolder(path, &error);
@@ -164,8 +163,8 @@ int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession 
 {
     const QList<quint64> ids = chosenIds(arguments, session);
     const auto path = QByteArray::fromStdString(arguments.folder);
-    EnsuredFolder ensured(path, 0777);
-    refuseDevices(path, session);
+    const std::unique_ptr<EnsuredFolder> ensured = session.folderOutside(path);
+    refuseDevice(path);
     ExportFolder folder(path);
     PhotoExport photos(session.files(), folder, exportItems(session, ids));
     const bool isInterrupted = runReported(photos, session.showsProgress());
@@ -173,7 +172,7 @@ int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession 
     if (isInterrupted)
         throw CommandError(CommandError::interrupted,
                            "interrupted: " + counts.text().toStdString());
-    ensured.keep();
+    ensured->keep();
     if (!isQuiet)
         output.writeLine(counts.text());
     return counts.failed == 0 ? 0 : CommandError::failed;

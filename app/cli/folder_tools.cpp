@@ -57,27 +57,44 @@ UniqueFd openFolder(const QByteArray &path)
     return fd;
 }
 
-EnsuredFolder::EnsuredFolder(const QByteArray &path, mode_t mode)
+EnsuredFolder::EnsuredFolder(const QByteArray &path, mode_t mode, const Check &check)
 {
-    for (int end = path.indexOf('/', 1); end >= 0; end = path.indexOf('/', end + 1))
-        create(path.left(end), mode);
-    create(path, mode);
+    try {
+        createAll(path, mode, check);
+    } catch (...) {
+        removeCreated();
+        throw;
+    }
 }
 
 EnsuredFolder::~EnsuredFolder()
 {
-    while (!m_created.isEmpty())
-        ::rmdir(m_created.takeLast().constData());
+    removeCreated();
 }
 
-void EnsuredFolder::create(const QByteArray &path, mode_t mode)
+void EnsuredFolder::createAll(const QByteArray &path, mode_t mode, const Check &check)
+{
+    for (int end = path.indexOf('/', 1); end >= 0; end = path.indexOf('/', end + 1))
+        create(path.left(end), mode, check);
+    create(path, mode, check);
+    check(path);
+}
+
+void EnsuredFolder::create(const QByteArray &path, mode_t mode, const Check &check)
 {
     if (isFolder(path))
         return;
+    check(parentFolder(path));
     if (::mkdir(path.constData(), mode) == 0)
         m_created.append(path);
     else if (errno != EEXIST || !isFolder(path))
         fail(path);
+}
+
+void EnsuredFolder::removeCreated()
+{
+    while (!m_created.isEmpty())
+        ::rmdir(m_created.takeLast().constData());
 }
 
 UniqueFd lockFolder(const QByteArray &path)

@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QList>
 
+#include <functional>
 #include <sys/types.h>
 
 /// A folder that exists as long as the object lives, and after it when it was there before
@@ -15,8 +16,11 @@ class EnsuredFolder
 {
 public:
     /// Creates `path` and its missing parents, for the user alone unless `mode` says
-    /// otherwise. Throws CommandError.
-    explicit EnsuredFolder(const QByteArray &path, mode_t mode = 0700);
+    /// otherwise. Each folder that is about to be written is first given to `check`, which
+    /// may throw. Throws CommandError.
+    explicit EnsuredFolder(
+        const QByteArray &path, mode_t mode = 0700,
+        const std::function<void(const QByteArray &)> &check = [](const QByteArray &) {});
     ~EnsuredFolder();
 
     EnsuredFolder(const EnsuredFolder &) = delete;
@@ -25,7 +29,11 @@ public:
     void keep() { m_created.clear(); }
 
 private:
-    void create(const QByteArray &path, mode_t mode);
+    using Check = std::function<void(const QByteArray &)>;
+
+    void createAll(const QByteArray &path, mode_t mode, const Check &check);
+    void create(const QByteArray &path, mode_t mode, const Check &check);
+    void removeCreated();
 
     QList<QByteArray> m_created; // parents first
 };

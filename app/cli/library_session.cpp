@@ -149,10 +149,21 @@ void LibrarySession::runParse(DatabaseCopy &copy)
     }
 }
 
+std::unique_ptr<EnsuredFolder> LibrarySession::folderOutside(const QByteArray &path) const
+{
+    const auto check = [&](const QByteArray &written) { refuseInDevice(written, path); };
+    return std::make_unique<EnsuredFolder>(path, 0777, check);
+}
+
 void LibrarySession::refuseInDevice(const QByteArray &folder) const
 {
+    refuseInDevice(folder, folder);
+}
+
+void LibrarySession::refuseInDevice(const QByteArray &folder, const QByteArray &named) const
+{
     if (liesIn(folder, QByteArray::fromStdString(m_name)))
-        throw CommandError(folder.toStdString(), "a device is only read; name a folder outside it");
+        throw CommandError(named.toStdString(), "a device is only read; name a folder outside it");
 }
 
 bool LibrarySession::showsProgress() const

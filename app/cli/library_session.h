@@ -37,6 +37,11 @@ public:
     /// The device's files; any thread may use them as long as the session lives.
     DeviceFileSystem &files() { return *m_files; }
 
+    /// Makes the folder `path` for what is written, with missing parents. Throws
+    /// CommandError when that fails, and, without touching the device, when it would lie
+    /// in it.
+    std::unique_ptr<EnsuredFolder> folderOutside(const QByteArray &path) const;
+
     /// Throws CommandError when the existing folder `folder` lies in the device, which is
     /// never written.
     void refuseInDevice(const QByteArray &folder) const;
@@ -56,6 +61,7 @@ private:
     QByteArray workFolderName() const;
     void parse();
     void runParse(DatabaseCopy &copy);
+    void refuseInDevice(const QByteArray &folder, const QByteArray &named) const;
 
     const CommonOptions m_options;
     std::string m_name;

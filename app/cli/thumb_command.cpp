@@ -152,11 +152,12 @@ private:
 
     void replace(const QByteArray &name, const QByteArray &bytes)
     {
+        const QByteArray path =
+            m_target.file.isEmpty() ? m_target.folder + '/' + name : m_target.path;
+        requireReplaceable(m_folder.get(), name, path);
         try {
             replaceFile(m_folder.get(), name, bytes);
         } catch (const std::system_error &error) {
-            const QByteArray path =
-                m_target.file.isEmpty() ? m_target.folder + '/' + name : m_target.path;
             throw CommandError(path.toStdString(), error.code().message());
         }
     }
@@ -185,10 +186,11 @@ int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySessio
 {
     const QList<quint64> ids = chosenIds(arguments, session);
     const Target target = targetOf(arguments);
-    std::optional<EnsuredFolder> ensured;
+    std::unique_ptr<EnsuredFolder> ensured;
     if (target.file.isEmpty())
-        ensured.emplace(target.folder, 0777);
-    session.refuseInDevice(target.folder);
+        ensured = session.folderOutside(target.folder);
+    else
+        session.refuseInDevice(target.folder);
     const bool isPng = !arguments.format.empty() || target.file.toLower().endsWith(".png");
     ThumbWriter writer(session, target, isPng);
     writer.writeAll(ids);

@@ -277,8 +277,10 @@ TEST_F(ExportProgramOnBadInput, NamesADeviceInPlaceOfTheFolder)
     expectFailure({"export", device(), m_scratch.path("other")},
                   m_scratch.path("other") +
                       ": a device, not a folder to copy to; name that one after it");
-    expectFailure({"export", device(), device() + "/new/folder"},
-                  device() + "/new/folder: a device is only read; name a folder outside it");
+    // The last one would be made on the way through a new folder that is none of it.
+    for (const QByteArray &path : {device(), device() + "/new/folder", device() + "/DCIM/new",
+                                   out() + "/new/../../device/DCIM/new"})
+        expectRefusalOfDevice({"export", device(), path}, path);
 }
 
 TEST_F(ExportProgramOnBadInput, NamesAFileInPlaceOfTheFolder)

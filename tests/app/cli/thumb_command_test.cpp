@@ -7,6 +7,8 @@
 #include <QBuffer>
 #include <QImage>
 
+#include <sys/stat.h>
+
 namespace {
 
 QByteArray jpegOf(const QImage &image)
@@ -145,6 +147,48 @@ TEST_F(ThumbProgramOnBadInput, NamesWhereItCanNotWrite)
                   m_scratch.path("file") + ": not a folder");
     expectFailure({"thumb", device(), "--all", m_scratch.path("file/sub")},
                   m_scratch.path("file") + ": not a folder");
+}
+
+TEST_F(ThumbProgramOnBadInput, WritesNothingIntoADevice)
+{
+    writeDevice();
+    for (const QByteArray &path : {device(), device() + "/new/folder"})
+        expectRefusalOfDevice({"thumb", device(), "--all", path}, path);
+    expectRefusalOfDevice({"thumb", device(), "1", "-o", device() + "/a"}, device());
+}
+
+TEST_F(ThumbProgramOnBadInput, ReplacesNoDeviceOrPipe)
+{
+    writeDevice();
+    m_scratch.makePipe("pipe");
+    m_scratch.makeFolder("folder");
+    m_scratch.makePipe("folder/1-IMG_0001.jpg");
+    m_scratch.makeLink("toPipe", "pipe");
+    m_scratch.makeLink("toDevice", "/dev/null");
+    for (const char *name : {"pipe", "toPipe", "toDevice"})
+        expectFailure({"thumb", device(), "1", "-o", m_scratch.path(name)},
+                      m_scratch.path(name) + ": not a regular file");
+    expectFailure({"thumb", device(), "--all", m_scratch.path("folder")},
+                  m_scratch.path("folder/1-IMG_0001.jpg: not a regular file"));
+    struct stat status = {};
+    ASSERT_EQ(0, ::stat(m_scratch.path("toPipe").constData(), &status));
+    EXPECT_TRUE(S_ISFIFO(status.st_mode));
+    ASSERT_EQ(0, ::stat(m_scratch.path("toDevice").constData(), &status));
+    EXPECT_TRUE(S_ISCHR(status.st_mode));
+}
+
+TEST_F(ThumbProgramOnBadInput, LeavesALinkToStandardOutput)
+{
+    writeDevice();
+    m_scratch.makeLink("stdout", "/proc/self/fd/1");
+    m_setup.output = QString::fromUtf8(m_scratch.path("output")); // a regular file
+    const ProgramResult result = run({"thumb", device(), "1", "-o", m_scratch.path("stdout")});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: " + m_scratch.path("stdout") + ": not a regular file\n", result.errors);
+    struct stat status = {};
+    ASSERT_EQ(0, ::lstat(m_scratch.path("stdout").constData(), &status));
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+    EXPECT_EQ(QByteArray(), m_scratch.read("output"));
 }
 
 TEST_F(ThumbProgramOnBadInput, WritesNothingWhenAnIdIsUnknown)

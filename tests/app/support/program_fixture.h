@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 /// The file of the first photo of `ProgramTest::writeTwoPhotos`.
 constexpr char twoPhotosPath[] = "device/DCIM/100APPLE/IMG_0001.JPG";
 
@@ -36,6 +38,26 @@ protected:
         EXPECT_EQ("photolib: " + line + '\n', result.errors);
         EXPECT_EQ(QByteArray(), result.output);
         EXPECT_EQ(before, m_scratch.everythingIn());
+    }
+
+    /// The same for a failure that writes nothing into the device, not even for a moment.
+    void expectRefusalOfDevice(const QList<QByteArray> &arguments, const QByteArray &path)
+    {
+        const QList<QByteArray> paths = m_scratch.everythingIn("device") << device();
+        QList<qint64> before;
+        for (const QByteArray &each : paths)
+            before.append(changeOf(each));
+        expectFailure(arguments, path + ": a device is only read; name a folder outside it");
+        for (int i = 0; i < paths.size(); ++i)
+            EXPECT_EQ(before[i], changeOf(paths[i])) << paths[i].constData();
+    }
+
+    /// When `path` was changed last, in nanoseconds.
+    static qint64 changeOf(const QByteArray &path)
+    {
+        struct stat status = {};
+        EXPECT_EQ(0, ::lstat(path.constData(), &status)) << path.constData();
+        return status.st_mtim.tv_sec * 1000000000 + status.st_mtim.tv_nsec;
     }
 
     void writeTwoPhotos()
