@@ -4,6 +4,9 @@
 #include "cli/file_names.h"
 #include "cli/folder_tools.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 ExportFolder::ExportFolder(const QByteArray &path) : m_path(path), m_fd(openFolder(path))
 {
     FileError error;
@@ -37,7 +40,13 @@ void ExportFolder::claim(const QByteArray &name)
 
 QList<QByteArray> ExportFolder::holding(const QByteArray &name) const
 {
-    return m_holding.values(comparedName(name));
+    QList<QByteArray> names = m_holding.values(comparedName(name));
+    struct stat ignored = {};
+    const bool isThere =
+        ::fstatat(m_fd.get(), name.constData(), &ignored, AT_SYMLINK_NOFOLLOW) == 0;
+    if (isThere && !names.contains(name))
+        names.append(name);
+    return names;
 }
 
 std::unique_ptr<DeviceFile> ExportFolder::open(const QByteArray &name)

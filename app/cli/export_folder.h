@@ -30,7 +30,8 @@ public:
     bool isClaimed(const QByteArray &name) const;
     void claim(const QByteArray &name);
 
-    /// What the folder holds under `name`, maybe in another case.
+    /// What the folder holds under `name`: maybe in another case when it was there before,
+    /// and in this one also when another program has added it since.
     QList<QByteArray> holding(const QByteArray &name) const;
 
     /// Opens a regular file of the folder for reading; null for anything else, a link

@@ -119,25 +119,31 @@ void PhotoExport::store(const ExportItem &item, Source &source)
 // False when something else has the name.
 bool PhotoExport::storeAs(const QByteArray &name, Source &source)
 {
-    const QList<QByteArray> others = m_folder.holding(name);
-    for (const QByteArray &other : others) {
-        if (isSameAs(other, source)) {
-            count(&ExportCounts::present);
-            return true;
-        }
-    }
-    if (!others.isEmpty())
+    if (isPresentAs(name, source))
+        return true;
+    if (!m_folder.holding(name).isEmpty())
         return false;
     if (!source.copy) {
         source.copy.emplace(m_folder.fd());
         copy(source, *source.copy);
     }
     if (!source.copy->giveName(name))
-        return false;
+        return isPresentAs(name, source); // of another export that is running, say
     count(&ExportCounts::copied);
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_counts.copiedBytes += source.file->tell();
+    m_counts.copiedBytes += source.item.info.size;
     return true;
+}
+
+bool PhotoExport::isPresentAs(const QByteArray &name, Source &source)
+{
+    for (const QByteArray &other : m_folder.holding(name)) {
+        if (isSameAs(other, source)) {
+            count(&ExportCounts::present);
+            return true;
+        }
+    }
+    return false;
 }
 
 void PhotoExport::copy(Source &source, NewFile &target)

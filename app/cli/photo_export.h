@@ -73,6 +73,7 @@ private:
     void handle(const ExportItem &item);
     void store(const ExportItem &item, Source &source);
     bool storeAs(const QByteArray &name, Source &source);
+    bool isPresentAs(const QByteArray &name, Source &source);
     void copy(Source &source, NewFile &target);
     bool isSameAs(const QByteArray &name, Source &source);
     qint64 readBlock(Source &source);

@@ -215,6 +215,20 @@ TEST_F(PhotoExports, TakeAnotherNameWhenSomebodyTakesItMeanwhile)
     EXPECT_EQ((Copies{{"a.jpg", "own"}, {"a (2).jpg", "one"}}), copies());
 }
 
+TEST_F(PhotoExports, TakeWhatAnotherExportCopiesMeanwhileForTheCopy)
+{
+    add("a.jpg", "one");
+    add("b.jpg", "two");
+    // The first one appears after this export has looked for it, the second one before.
+    m_device.beforeRead = [this] {
+        m_scratch.write("out/a.jpg", "one");
+        m_scratch.write("out/b.jpg", "two");
+        return FileError();
+    };
+    EXPECT_EQ("0 2 0", run());
+    EXPECT_EQ((Copies{{"a.jpg", "one"}, {"b.jpg", "two"}}), copies());
+}
+
 TEST_F(PhotoExports, GoOnAfterAFileThatCanNotBeRead)
 {
     add("a.jpg", "one");
