@@ -13,12 +13,20 @@ constexpr int longestExtension = 16; // bytes with the dot; what is longer is no
 int extensionStart(const QByteArray &name)
 {
     const int dot = name.lastIndexOf('.');
-    return dot > 0 && name.size() - dot <= longestExtension ? dot : name.size();
+    const int length = name.size() - dot;
+    return dot > 0 && length > 1 && length <= longestExtension ? dot : name.size();
+}
+
+// No disk takes the first one; memory cards and disks of other systems take none.
+bool isReserved(uint character)
+{
+    static const QByteArray reserved("/\\:?*\"<>|");
+    return character < 0x80 && reserved.contains(static_cast<char>(character));
 }
 
 bool isAllowed(uint character)
 {
-    return character != '/' && isPrintable(character);
+    return !isReserved(character) && isPrintable(character);
 }
 
 QString withoutForbidden(const QString &name)
@@ -51,9 +59,9 @@ QByteArray safeFileName(const QString &name)
     if (result.isEmpty())
         return "unnamed";
     // A name that begins with a dot is hidden, and programs read some of those.
-    for (int i = 0; i < result.size() && result[i] == '.'; ++i)
-        result[i] = '_';
     const int stem = extensionStart(result);
+    for (int i = 0; i < stem && result[i] == '.'; ++i)
+        result[i] = '_';
     const QByteArray extension = result.mid(stem);
     return shortened(result.left(stem), longestName - extension.size()) + extension;
 }

@@ -28,6 +28,9 @@ INSTANTIATE_TEST_SUITE_P(
                     NameRow{"ParentFolders", "../../x.jpg", "___.._x.jpg"},
                     NameRow{"Root", "/etc/passwd", "_etc_passwd"}, NameRow{"Parent", "..", "__"},
                     NameRow{"Itself", ".", "_"}, NameRow{"Hidden", ".bashrc", "_bashrc"},
+                    NameRow{"DotsBeforeTheExtension", "...JPG", "__.JPG"},
+                    NameRow{"OnlyDots", "...", "___"},
+                    NameRow{"Reserved", "a\\b:c?d*e\"f<g>h|i.jpg", "a_b_c_d_e_f_g_h_i.jpg"},
                     NameRow{"Empty", "", "unnamed"}, NameRow{"Blanks", "  \t ", "_"},
                     NameRow{"OnlyBlanks", "   ", "unnamed"},
                     NameRow{"ControlCharacters", "a\n\x1b[2Jb.jpg", "a__[2Jb.jpg"},
@@ -43,7 +46,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(SafeFileNames, AreNeverChangedAgain)
 {
-    for (const QString &name : {QString("../a\n.jpg"), QString(300, 'x') + ".jpg", QString()}) {
+    for (const QString &name :
+         {QString("../a\n.jpg"), QString(300, 'x') + ".jpg", QString(), QString("...JPG")}) {
         const QByteArray once = safeFileName(name);
         EXPECT_EQ(once, safeFileName(QString::fromUtf8(once)));
     }
