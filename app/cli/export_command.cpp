@@ -2,7 +2,9 @@
 #include "cli/export_folder.h"
 #include "cli/file_names.h"
 #include "cli/folder_tools.h"
+#include "cli/id_list.h"
 #include "cli/interruptible_run.h"
+#include "cli/interruptible_task.h"
 #include "cli/library_command.h"
 #include "cli/library_ids.h"
 #include "cli/library_session.h"
@@ -14,7 +16,6 @@
 #include "services/log_output.h"
 
 #include <QElapsedTimer>
-#include <QSet>
 
 #include <CLI/CLI.hpp>
 
@@ -48,19 +49,12 @@ void splitArguments(ExportArguments &arguments)
 // Each photo once, however often it was named or is in the album.
 QList<quint64> chosenIds(const ExportArguments &arguments, LibrarySession &session)
 {
+    if (arguments.chosen.ids.empty())
+        return eachOnce(chosenPhotoIds(session, *arguments.album));
     QList<quint64> ids;
     for (const std::string &id : arguments.chosen.ids)
         ids.append(knownPhotoId(id, session));
-    if (ids.isEmpty())
-        ids = chosenPhotoIds(session, *arguments.album);
-    QSet<quint64> seen;
-    QList<quint64> result;
-    for (const quint64 id : ids) {
-        if (!seen.contains(id))
-            result.append(id);
-        seen.insert(id);
-    }
-    return result;
+    return eachOnce(ids);
 }
 
 ExportItem exportItem(LibrarySession &session, quint64 id)
@@ -84,8 +78,16 @@ QVector<ExportItem> exportItems(LibrarySession &session, const QList<quint64> &i
 {
     QVector<ExportItem> items;
     items.reserve(ids.size());
-    for (const quint64 id : ids)
-        items.append(exportItem(session, id));
+    InterruptibleTask task(session.showsProgress(), QStringLiteral("Looking at the files"),
+                           ids.size());
+    const auto lookAtAll = [&] {
+        for (const quint64 id : ids) {
+            task.setDone(items.size());
+            items.append(exportItem(session, id));
+        }
+    };
+    if (task.run(lookAtAll))
+        throw CommandError(CommandError::interrupted, "interrupted: nothing is copied yet");
     return items;
 }
 
@@ -161,12 +163,12 @@ bool runReported(PhotoExport &photos, bool showsProgress)
 int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession &session,
                  Output &output)
 {
-    const QList<quint64> ids = chosenIds(arguments, session);
+    const QVector<ExportItem> items = exportItems(session, chosenIds(arguments, session));
     const auto path = QByteArray::fromStdString(arguments.folder);
     const std::unique_ptr<EnsuredFolder> ensured = session.folderOutside(path);
     refuseDevice(path);
     ExportFolder folder(path);
-    PhotoExport photos(session.files(), folder, exportItems(session, ids));
+    PhotoExport photos(session.files(), folder, items);
     const bool isInterrupted = runReported(photos, session.showsProgress());
     const ExportCounts counts = photos.counts();
     if (isInterrupted)

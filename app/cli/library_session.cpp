@@ -171,15 +171,18 @@ bool LibrarySession::showsProgress() const
     return !m_options.quiet && !m_options.verbose && ::isatty(STDERR_FILENO);
 }
 
-// The plug-in also takes a path for one of the host computer's own. What the database names
-// outside the device is none of its photos.
 bool LibrarySession::photo(quint64 id, photoItem *item)
 {
-    if (!m_library->getPhoto(id, item))
-        return false;
+    return m_library->getPhoto(id, item) && hasFile(*item);
+}
+
+// The plug-in also takes a path for one of the host computer's own. What the database names
+// outside the device is none of its photos.
+bool LibrarySession::hasFile(const photoItem &item) const
+{
     FileInfo info;
     FileError error;
-    return deviceFileInfo(*m_files, item->path.toUtf8(), &info, &error) &&
+    return deviceFileInfo(*m_files, item.path.toUtf8(), &info, &error) &&
            info.type == FileInfo::File;
 }
 

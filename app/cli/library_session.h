@@ -31,6 +31,9 @@ public:
     /// the identity, name, dimensions, kind and path are filled all the same.
     bool photo(quint64 id, photoItem *item);
 
+    /// Whether the file of `item` is on the device, be it empty.
+    bool hasFile(const photoItem &item) const;
+
     /// The device's folder as the user named it.
     const std::string &deviceName() const { return m_name; }
 

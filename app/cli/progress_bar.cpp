@@ -2,26 +2,28 @@
 
 #include <QLocale>
 
+#include <limits>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr int barWidth = 20;
+constexpr int widestBar = 20;
+constexpr int narrowestBar = 5; // a shorter one tells nothing
 
-QString filledBar(qint64 done, qint64 total)
+QString filledBar(qint64 done, qint64 total, int width)
 {
     const double part = total > 0 ? qBound(0.0, double(done) / double(total), 1.0) : 1.0;
-    const int filled = static_cast<int>(part * barWidth);
-    return QString(filled, QLatin1Char('#')) + QString(barWidth - filled, QLatin1Char('.'));
+    const int filled = static_cast<int>(part * width);
+    return QString(filled, QLatin1Char('#')) + QString(width - filled, QLatin1Char('.'));
 }
 
-// What fits on one line of the terminal: a line that is broken can not be drawn over.
-QString fitted(const QString &text)
+// How much fits on one line of the terminal: a line that is broken can not be drawn over.
+int lineWidth()
 {
     winsize size = {};
     const bool isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
-    return isKnown ? text.left(size.ws_col - 1) : text;
+    return isKnown ? size.ws_col - 1 : std::numeric_limits<int>::max();
 }
 
 } // namespace
@@ -48,11 +50,22 @@ void ProgressBar::show(qint64 done, qint64 total, const QString &amounts)
 {
     if (!m_isShown)
         return;
-    const QString text = QStringLiteral("%1 [%2] %3").arg(m_task, filledBar(done, total), amounts);
-    const QByteArray bytes = fitted(text).toUtf8();
+    const QByteArray bytes = fitted(done, total, amounts).toUtf8();
     if (bytes != m_drawn)
         draw(bytes);
     m_drawn = bytes;
+}
+
+// Where there is little room, the bar gets shorter and then goes before the task does, and
+// the amounts stay longest.
+QString ProgressBar::fitted(qint64 done, qint64 total, const QString &amounts) const
+{
+    const int width = lineWidth();
+    const int bar = qMin(widestBar, width - m_task.size() - amounts.size() - 4);
+    if (bar >= narrowestBar)
+        return QStringLiteral("%1 [%2] %3").arg(m_task, filledBar(done, total, bar), amounts);
+    const QString text = m_task + QLatin1Char(' ') + amounts;
+    return text.size() <= width ? text : amounts.left(width);
 }
 
 void ProgressBar::hide()

@@ -32,6 +32,7 @@ public:
     void hide();
 
 private:
+    QString fitted(qint64 done, qint64 total, const QString &amounts) const;
     void draw(const QByteArray &text);
 
     const bool m_isShown;

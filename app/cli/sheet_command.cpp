@@ -2,13 +2,13 @@
 #include "cli/command_error.h"
 #include "cli/contact_sheet.h"
 #include "cli/folder_tools.h"
+#include "cli/interruptible_task.h"
 #include "cli/library_command.h"
 #include "cli/library_ids.h"
 #include "cli/library_session.h"
 #include "cli/new_file.h"
 #include "cli/output.h"
 #include "cli/photo_text.h"
-#include "cli/progress_bar.h"
 #include "cli/qt_messages.h"
 #include "cli/thumbnail.h"
 #include "services/log_output.h"
@@ -17,6 +17,7 @@
 #include <QBuffer>
 #include <QFontMetrics>
 #include <QGuiApplication>
+#include <QStringList>
 
 #include <CLI/CLI.hpp>
 
@@ -61,13 +62,30 @@ private:
     const QGuiApplication m_application;
 };
 
+// Where the extension of the file `path` begins; its end when it has none.
+int extensionStart(const QByteArray &path)
+{
+    const int dot = path.lastIndexOf('.');
+    return dot > path.lastIndexOf('/') + 1 ? dot : path.size();
+}
+
+void checkArguments(const SheetArguments &arguments)
+{
+    const auto path = QByteArray::fromStdString(arguments.target);
+    if (path.isEmpty())
+        throw CLI::ValidationError("--output", "the name is empty");
+    const QByteArray extension = path.mid(extensionStart(path)).toLower();
+    if (!extension.isEmpty() && extension != ".png")
+        throw CLI::ValidationError(arguments.target,
+                                   "a sheet is a PNG picture; let the name end in .png");
+}
+
 // "sheet.png", "sheet-2.png", ...
 QByteArray pageName(const QByteArray &name, int page)
 {
     if (page == 0)
         return name;
-    const int dot = name.lastIndexOf('.');
-    const int stem = dot > name.lastIndexOf('/') + 1 ? dot : name.size();
+    const int stem = extensionStart(name);
     return name.left(stem) + '-' + QByteArray::number(page + 1) + name.mid(stem);
 }
 
@@ -100,65 +118,76 @@ class SheetWriter
 {
 public:
     // Throws CommandError when there is no place for the pages.
-    SheetWriter(LibrarySession &session, const QByteArray &target)
+    SheetWriter(LibrarySession &session, const QByteArray &target, const QList<quint64> &ids,
+                const QString &album)
         : m_session(session), m_target(target), m_folder(openFolder(parentFolder(target))),
-          m_bar(session.showsProgress(), QStringLiteral("Drawing the sheet"))
+          m_ids(ids), m_album(album),
+          m_pages(qMax(1, (ids.size() + mostOnAPage - 1) / mostOnAPage)),
+          m_task(session.showsProgress(), QStringLiteral("Drawing the sheet"), ids.size())
     {
         if (isFolder(target))
             throw CommandError(target.toStdString(), "a folder, not a file to write");
         session.refuseInDevice(parentFolder(target));
+        requireReplaceablePages();
     }
 
-    void write(const QList<quint64> &ids, const QString &album, Output &output)
+    // Throws CommandError also when it is interrupted.
+    void write()
     {
-        m_ids = ids;
-        m_album = album;
-        const int pages = qMax(1, (ids.size() + mostOnAPage - 1) / mostOnAPage);
-        requireReplaceablePages(pages);
-        const TextDrawing text;
-        for (int page = 0; page < pages; ++page) {
-            const int first = page * mostOnAPage;
-            const int count = qMin(mostOnAPage, ids.size() - first);
-            writePage(pageName(m_target, page), drawnPage(page, pages, first, count));
-            const QString name = QString::fromUtf8(printable(pageName(m_target, page)));
-            output.writeLine(QStringLiteral("%1: %2").arg(name, countText(count)));
-        }
-        m_bar.hide();
+        const TextDrawing text; // on the thread that Qt is to see as the main one
+        if (m_task.run([this] { writePages(); }))
+            throw CommandError(CommandError::interrupted,
+                               "interrupted: wrote " + std::to_string(m_written.size()) + " of " +
+                                   std::to_string(m_pages) + (m_pages == 1 ? " page" : " pages"));
     }
+
+    // A line for each page.
+    const QStringList &written() const { return m_written; }
 
 private:
+    void writePages()
+    {
+        for (int page = 0; page < m_pages; ++page) {
+            const int first = page * mostOnAPage;
+            const int count = qMin(mostOnAPage, m_ids.size() - first);
+            const QByteArray path = pageName(m_target, page);
+            writePage(path, drawnPage(page, first, count));
+            m_written.append(
+                QStringLiteral("%1: %2").arg(QString::fromUtf8(printable(path)), countText(count)));
+        }
+    }
+
     static QByteArray nameOf(const QByteArray &path) { return path.mid(path.lastIndexOf('/') + 1); }
 
-    void requireReplaceablePages(int pages) const
+    void requireReplaceablePages() const
     {
-        for (int page = 0; page < pages; ++page) {
+        for (int page = 0; page < m_pages; ++page) {
             const QByteArray path = pageName(m_target, page);
             requireReplaceable(m_folder.get(), nameOf(path), path);
         }
     }
 
-    QImage drawnPage(int page, int pages, int first, int count)
+    QImage drawnPage(int page, int first, int count)
     {
         const int columns = SheetLayout::columnsFor(qMin(mostOnAPage, m_ids.size()));
-        SheetPage sheet(heading(page, pages), SheetLayout(count, columns));
+        SheetPage sheet(heading(page), SheetLayout(count, columns));
         for (int i = 0; i < count; ++i) {
-            const int done = first + i;
-            m_bar.show(done, m_ids.size(), QStringLiteral("%1 of %2").arg(done).arg(m_ids.size()));
-            sheet.draw(i, cell(m_ids[done]));
+            m_task.setDone(first + i);
+            sheet.draw(i, cell(m_ids[first + i]));
         }
         if (count == 0)
             sheet.drawNotice(QStringLiteral("There is no photo or video."));
         return sheet.image();
     }
 
-    SheetHeading heading(int page, int pages) const
+    SheetHeading heading(int page) const
     {
         SheetHeading heading;
         heading.title =
             QString::fromUtf8(printable(QByteArray::fromStdString(m_session.deviceName())));
         heading.subtitle = QStringLiteral("%1 \u00b7 %2").arg(m_album, countText(m_ids.size()));
-        if (pages > 1)
-            heading.subtitle += QStringLiteral(" \u00b7 page %1 of %2").arg(page + 1).arg(pages);
+        if (m_pages > 1)
+            heading.subtitle += QStringLiteral(" \u00b7 page %1 of %2").arg(page + 1).arg(m_pages);
         return heading;
     }
 
@@ -166,7 +195,8 @@ private:
     {
         photoItem item;
         SheetCell cell;
-        cell.isMissing = !m_session.photo(id, &item);
+        m_session.library().getPhoto(id, &item); // false also for an empty file
+        cell.isMissing = !m_session.hasFile(item);
         cell.name = nameText(item.name);
         cell.isVideo = item.type == videoType;
         cell.seconds = item.duration;
@@ -186,8 +216,7 @@ private:
         if (!decoded.isNull())
             return uprightThumbnail(decoded, item);
         *placeholder = QStringLiteral("damaged thumbnail");
-        m_bar.hide();
-        writeErrorLine(QStringLiteral("photolib: %1: %2").arg(labelText(item), cause).toUtf8());
+        m_task.tell(QStringLiteral("photolib: %1: %2").arg(labelText(item), cause).toUtf8());
         return QImage();
     }
 
@@ -203,22 +232,30 @@ private:
     LibrarySession &m_session;
     const QByteArray m_target;
     const UniqueFd m_folder;
-    ProgressBar m_bar;
-    QList<quint64> m_ids;
-    QString m_album;
+    const QList<quint64> m_ids;
+    const QString m_album;
+    const int m_pages;
+    InterruptibleTask m_task;
+    QStringList m_written;
 };
 
-void writeSheet(const SheetArguments &arguments, LibrarySession &session, Output &output)
+void writeSheet(const SheetArguments &arguments, bool isQuiet, LibrarySession &session,
+                Output &output)
 {
     const QList<quint64> ids = chosenPhotoIds(session, *arguments.album);
     const QString album = albumText(session, *arguments.album);
-    SheetWriter(session, QByteArray::fromStdString(arguments.target)).write(ids, album, output);
+    SheetWriter writer(session, QByteArray::fromStdString(arguments.target), ids, album);
+    writer.write();
+    if (isQuiet)
+        return;
+    for (const QString &line : writer.written())
+        output.writeLine(line);
 }
 
 int runSheet(const CommandContext &context, const SheetArguments &arguments)
 {
-    const auto write = [&arguments](LibrarySession &session, Output &output) {
-        writeSheet(arguments, session, output);
+    const auto write = [&](LibrarySession &session, Output &output) {
+        writeSheet(arguments, context.options.quiet, session, output);
     };
     return runOnLibrary(context, *arguments.device, write);
 }
@@ -239,10 +276,15 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
                          std::to_string(mostOnAPage) + " pictures each")
         ->required()
         ->type_name("FILE");
-    command->footer("Examples:\n"
-                    "  photolib sheet -o sheet.png\n"
-                    "  photolib sheet /media/phone --album 7 -o album.png");
+    command->footer(
+        "What is in the trash is dimmed; the library does not tell that of a photo or video whose\n"
+        "file is missing.\n"
+        "\n"
+        "Examples:\n"
+        "  photolib sheet -o sheet.png\n"
+        "  photolib sheet /media/phone --album 7 -o album.png");
     command->callback([&context, arguments] {
+        checkArguments(*arguments);
         context.run = [&context, arguments] { return runSheet(context, *arguments); };
     });
 }

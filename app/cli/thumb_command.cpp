@@ -1,15 +1,15 @@
 #include "cli/command_error.h"
 #include "cli/file_names.h"
 #include "cli/folder_tools.h"
+#include "cli/id_list.h"
+#include "cli/interruptible_task.h"
 #include "cli/library_command.h"
 #include "cli/library_ids.h"
 #include "cli/library_session.h"
 #include "cli/new_file.h"
 #include "cli/output.h"
 #include "cli/photo_text.h"
-#include "cli/progress_bar.h"
 #include "cli/thumbnail.h"
-#include "services/log_output.h"
 #include "services/printable.h"
 
 #include <QBuffer>
@@ -53,12 +53,12 @@ Target folderTarget(const std::string &path)
     return {folder, folder, QByteArray()};
 }
 
-Target targetOf(const ThumbArguments &arguments)
+Target targetOf(const ThumbArguments &arguments, int thumbnails)
 {
     if (arguments.isForAll())
         return folderTarget(arguments.allFolder);
     const auto path = QByteArray::fromStdString(arguments.target);
-    if (isFolder(path) || arguments.chosen.ids.size() > 1)
+    if (isFolder(path) || thumbnails > 1)
         return folderTarget(arguments.target);
     if (path.endsWith('/'))
         throw CommandError(arguments.target, "no such folder");
@@ -68,6 +68,45 @@ Target targetOf(const ThumbArguments &arguments)
 struct Failure {
     QString cause;
 };
+
+struct PictureFormat {
+    const char *name;
+    QList<QByteArray> extensions;
+};
+
+const QList<PictureFormat> &pictureFormats()
+{
+    static const QList<PictureFormat> formats = {
+        {"JPEG", {"jpg", "jpeg", "jpe", "jfif"}},
+        {"BMP", {"bmp", "dib"}},
+        {"PNG", {"png"}},
+        {"GIF", {"gif"}},
+        {"TIFF", {"tif", "tiff"}},
+        {"WebP", {"webp"}},
+        {"HEIF", {"heic", "heif", "avif"}},
+    };
+    return formats;
+}
+
+// The format that files with this extension have; null for none that is known.
+const char *formatOf(const QByteArray &extension)
+{
+    for (const PictureFormat &format : pictureFormats()) {
+        if (format.extensions.contains(extension.toLower()))
+            return format.name;
+    }
+    return nullptr;
+}
+
+// Programs that go by the name could not show the picture.
+void requireName(const Target &target, const char *extension)
+{
+    const char *const promised = formatOf(target.file.mid(nameStem(target.file).size() + 1));
+    const char *const given = formatOf(extension);
+    if (promised && promised != given)
+        throw CommandError(target.path.toStdString(),
+                           std::string("the thumbnail is a ") + given + " picture");
+}
 
 QByteArray asPng(const QByteArray &bytes)
 {
@@ -87,20 +126,21 @@ class ThumbWriter
 {
 public:
     // Throws CommandError when the folder of `target` can not be used.
-    ThumbWriter(LibrarySession &session, const Target &target, bool isPng)
+    ThumbWriter(LibrarySession &session, const Target &target, bool isPng, int thumbnails)
         : m_session(session), m_target(target), m_isPng(isPng), m_folder(openFolder(target.folder)),
-          m_bar(session.showsProgress(), QStringLiteral("Reading thumbnails"))
+          m_task(session.showsProgress(), QStringLiteral("Reading thumbnails"), thumbnails)
     {
     }
 
-    void writeAll(const QList<quint64> &ids)
+    // Whether it was interrupted.
+    bool writeAll(const QList<quint64> &ids)
     {
-        for (const quint64 id : ids) {
-            const int done = m_written + m_failed;
-            m_bar.show(done, ids.size(), QStringLiteral("%1 of %2").arg(done).arg(ids.size()));
-            write(id);
-        }
-        m_bar.hide();
+        return m_task.run([&] {
+            for (const quint64 id : ids) {
+                m_task.setDone(m_written + m_failed);
+                write(id);
+            }
+        });
     }
 
     int failed() const { return m_failed; }
@@ -126,8 +166,7 @@ private:
             ++m_written;
         } catch (const Failure &failure) {
             ++m_failed;
-            m_bar.hide();
-            writeErrorLine(
+            m_task.tell(
                 QStringLiteral("photolib: %1: %2").arg(labelText(item), failure.cause).toUtf8());
         }
     }
@@ -140,6 +179,7 @@ private:
         if (!given)
             throw Failure{QStringLiteral("a thumbnail that is neither JPEG nor BMP")};
         const char *const extension = m_isPng ? "png" : given;
+        requireName(m_target, extension);
         const QByteArray bytes = m_isPng ? asPng(thumbnail.bytes) : thumbnail.bytes;
         replace(m_target.file.isEmpty() ? ownName(item, extension) : m_target.file, bytes);
     }
@@ -166,7 +206,7 @@ private:
     const Target m_target;
     const bool m_isPng;
     const UniqueFd m_folder;
-    ProgressBar m_bar;
+    InterruptibleTask m_task;
     int m_written = 0;
     int m_failed = 0;
 };
@@ -178,22 +218,24 @@ QList<quint64> chosenIds(const ThumbArguments &arguments, LibrarySession &sessio
     QList<quint64> ids;
     for (const std::string &id : arguments.chosen.ids)
         ids.append(knownPhotoId(id, session));
-    return ids;
+    return eachOnce(ids);
 }
 
 int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySession &session,
                     Output &output)
 {
     const QList<quint64> ids = chosenIds(arguments, session);
-    const Target target = targetOf(arguments);
+    const Target target = targetOf(arguments, ids.size());
     std::unique_ptr<EnsuredFolder> ensured;
     if (target.file.isEmpty())
         ensured = session.folderOutside(target.folder);
     else
         session.refuseInDevice(target.folder);
     const bool isPng = !arguments.format.empty() || target.file.toLower().endsWith(".png");
-    ThumbWriter writer(session, target, isPng);
-    writer.writeAll(ids);
+    ThumbWriter writer(session, target, isPng, ids.size());
+    if (writer.writeAll(ids))
+        throw CommandError(CommandError::interrupted,
+                           "interrupted: " + writer.summary().toStdString());
     if (ensured)
         ensured->keep();
     if (!isQuiet)

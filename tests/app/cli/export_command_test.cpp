@@ -131,6 +131,16 @@ TEST_F(ExportProgram, MakesANameOfTheDeviceSafe)
               names());
 }
 
+TEST_F(ExportProgram, FindsTheCopiesOfNamesThatOtherDisksRefuse)
+{
+    for (const char *name : {"a:b.jpg", "a?b.jpg", "...JPG"})
+        addPhoto(name, name);
+    writeDevice();
+    EXPECT_EQ(0, runExport().exitCode);
+    EXPECT_EQ((QList<QByteArray>{"__.JPG", "a_b (2).jpg", "a_b.jpg"}), names());
+    EXPECT_EQ("copied 0 files (0 bytes), 3 already there, 0 failed\n", runExport().output);
+}
+
 TEST_F(ExportProgram, ReportsWhatIsMissingAndGoesOn)
 {
     writeTwoPhotos();
@@ -338,6 +348,28 @@ TEST_F(ExportProgramOnASample, CopiesEveryFileAndLeavesTheDeviceAlone)
     EXPECT_GT(found, 20);
 }
 
+TEST_F(ExportProgramOnASample, CopiesEveryFileOnceInTwoRunsAtATime)
+{
+    SampleOptions options;
+    options.assets = 30;
+    QString error;
+    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    const QByteArray alone = m_scratch.path("alone");
+    EXPECT_EQ(1, run({"export", device(), alone}).exitCode); // one photo's file is lost
+    const auto arguments = [this](const char *workFolder) {
+        return QList<QByteArray>{"export", device(), out(), "--work-dir",
+                                 m_scratch.path(workFolder)};
+    };
+    Program first(m_setup, arguments("work1"));
+    Program second(m_setup, arguments("work2"));
+    EXPECT_EQ(1, first.waitForExitCode());
+    EXPECT_EQ(1, second.waitForExitCode());
+    QList<QByteArray> expected;
+    for (const QByteArray &path : m_scratch.everythingIn("alone"))
+        expected.append(path.mid(alone.size() + 1));
+    EXPECT_EQ(expected, names());
+}
+
 // A device with a file that takes no room and is longer than any test, after a short one.
 class InterruptedExport : public ExportProgram
 {
@@ -373,6 +405,26 @@ TEST_F(InterruptedExport, LeavesNoHalfFileAndSaysWhatWasDone)
     }
 }
 
+TEST_F(ExportProgramOnASample, MakesNoFolderWhenInterruptedBeforeItCopies)
+{
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    SampleOptions options;
+    options.assets = 20000; // looking for their files takes a while
+    options.pictures = false;
+    QString error;
+    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    m_setup.errorFd = terminal.slave();
+    Program program(m_setup, {"export", device(), out()});
+    terminal.shownUntil("Looking at the files [");
+    ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
+    EXPECT_EQ(130, program.waitForExitCode());
+    const QByteArray line = "\r\x1b[Kphotolib: interrupted: nothing is copied yet\r\n";
+    EXPECT_TRUE(terminal.shownUntil("yet\r\n").endsWith(line));
+    EXPECT_FALSE(m_scratch.exists("out"));
+}
+
 TEST_F(InterruptedExport, TellsTheTimeLeft)
 {
     Terminal terminal;
@@ -390,16 +442,18 @@ TEST_F(InterruptedExport, KeepsItsBarOnOneLineOfTheTerminal)
     Terminal terminal;
     if (!terminal.isOpen())
         GTEST_SKIP() << "there are no pseudo-terminals here";
-    terminal.setColumns(45);
+    terminal.setColumns(60);
     m_setup.errorFd = terminal.slave();
     Program program(m_setup, {"export", device(), out()});
-    QByteArray shown = terminal.shownUntil("] 1 of 2 files");
+    QByteArray shown = terminal.shownUntil(" left");
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
     EXPECT_EQ(130, program.waitForExitCode());
     int longest = 0;
-    for (const QByteArray &line : shown.replace("\x1b[K", "").split('\r'))
+    for (const QByteArray &line : shown.replace("\x1b[K", "").split('\r')) {
         longest = qMax(longest, line.size());
-    EXPECT_EQ(44, longest);
+        EXPECT_EQ(line.contains(" of 2 files"), line.contains(" of 1.0 TiB")) << line.constData();
+    }
+    EXPECT_LE(longest, 59);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "support/program_fixture.h"
+#include "support/terminal.h"
 
 #include "sample/sample_writer.h"
 
@@ -7,6 +8,7 @@
 #include <QBuffer>
 #include <QImage>
 
+#include <csignal>
 #include <sys/stat.h>
 
 namespace {
@@ -93,6 +95,19 @@ TEST_F(ThumbProgram, ReportsAPhotoWithoutOneAndGoesOn)
     EXPECT_EQ(QList<QByteArray>{out() + "/1-IMG_0001.jpg"}, m_scratch.everythingIn("out"));
 }
 
+TEST_F(ThumbProgram, WritesWhatIsNamedTwiceOnce)
+{
+    writeDevice();
+    m_scratch.makeFolder("out");
+    for (const QByteArray &target : {out(), m_scratch.path("thumb.jpg")}) {
+        const ProgramResult result = run({"thumb", device(), "1", "1", "-o", target});
+        EXPECT_EQ(0, result.exitCode);
+        EXPECT_EQ("wrote 1 thumbnail to " + target + '\n', result.output);
+    }
+    EXPECT_EQ(QList<QByteArray>{out() + "/1-IMG_0001.jpg"}, m_scratch.everythingIn("out"));
+    EXPECT_EQ(m_jpeg, m_scratch.read("thumb.jpg"));
+}
+
 TEST_F(ThumbProgram, TellsWhatThePlugInComplainedOf)
 {
     writeTwoPhotos();
@@ -147,6 +162,20 @@ TEST_F(ThumbProgramOnBadInput, NamesWhereItCanNotWrite)
                   m_scratch.path("file") + ": not a folder");
     expectFailure({"thumb", device(), "--all", m_scratch.path("file/sub")},
                   m_scratch.path("file") + ": not a folder");
+}
+
+TEST_F(ThumbProgramOnBadInput, GivesNoPictureTheNameOfAnotherFormat)
+{
+    writeDevice();
+    for (const char *name : {"a.bmp", "a.GIF", "a.tiff", "a.heic"})
+        expectFailure({"thumb", device(), "1", "-o", m_scratch.path(name)},
+                      m_scratch.path(name) + ": the thumbnail is a JPEG picture");
+    expectFailure({"thumb", device(), "1", "-o", m_scratch.path("a.jpg"), "--format", "png"},
+                  m_scratch.path("a.jpg") + ": the thumbnail is a PNG picture");
+    for (const char *name : {"a.JPEG", "a.1", "a", "gif"}) {
+        EXPECT_EQ(0, run({"thumb", device(), "1", "-o", m_scratch.path(name)}).exitCode) << name;
+        EXPECT_EQ(m_jpeg, m_scratch.read(name)) << name;
+    }
 }
 
 TEST_F(ThumbProgramOnBadInput, WritesNothingIntoADevice)
@@ -230,6 +259,55 @@ TEST_F(ThumbProgramOnASample, WritesAllAsTheDeviceHasThem)
     EXPECT_GT(bmps, 4);
     EXPECT_EQ(m_scratch.read("device/PhotoData/Thumbnails/V2/DCIM/100APPLE/IMG_0001.JPG/5005.JPG"),
               m_scratch.read("out/1-IMG_0001.jpg"));
+}
+
+// A device with thumbnails that take their time to convert.
+class InterruptedThumb : public ThumbProgram
+{
+protected:
+    static constexpr int count = 200;
+
+    InterruptedThumb()
+    {
+        QImage image(2000, 1500, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        const QByteArray jpeg = jpegOf(image);
+        PhotosDatabase database;
+        for (int i = 1; i <= count; ++i) {
+            const QByteArray name = QByteArray::number(i) + ".jpg";
+            database.rows.assets.push_back(photoRow(i, i));
+            database.rows.assets.back().fileName = name.toStdString();
+            m_scratch.write("device/PhotoData/Thumbnails/V2/DCIM/100APPLE/" + name + "/5005.JPG",
+                            jpeg);
+        }
+        writeDatabase(m_scratch, "device", database);
+    }
+};
+
+TEST_F(InterruptedThumb, LeavesWholeFilesAndNoEmptyFolder)
+{
+    for (const int signal : {SIGINT, SIGTERM}) {
+        Terminal terminal;
+        if (!terminal.isOpen())
+            GTEST_SKIP() << "there are no pseudo-terminals here";
+        m_setup.errorFd = terminal.slave();
+        const QByteArray folder = "out" + QByteArray::number(signal);
+        Program program(m_setup,
+                        {"thumb", device(), "--all", m_scratch.path(folder), "--format", "png"});
+        terminal.shownUntil("Reading thumbnails [");
+        ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
+        EXPECT_EQ(130, program.waitForExitCode());
+        EXPECT_EQ(QByteArray(), program.readAllStandardOutput());
+        const QList<QByteArray> files = m_scratch.everythingIn(folder);
+        EXPECT_EQ(!files.isEmpty(), m_scratch.exists(folder));
+        EXPECT_LT(files.size(), count);
+        const QByteArray things = files.size() == 1 ? " thumbnail to " : " thumbnails to ";
+        const QByteArray line = "photolib: interrupted: wrote " + QByteArray::number(files.size()) +
+                                things + m_scratch.path(folder) + "\r\n";
+        EXPECT_TRUE(terminal.shownUntil(line).endsWith("\r\x1b[K" + line));
+        for (const QByteArray &path : files)
+            EXPECT_FALSE(QImage(QString::fromUtf8(path)).isNull()) << path.constData();
+    }
 }
 
 } // namespace
