@@ -48,10 +48,11 @@ QSize fittedSize(const QSize &size)
     return fitted.expandedTo(QSize(1, 1)); // of a picture that is next to a line
 }
 
-QRect centred(const QSize &size, const QRect &box)
+// At the bottom, so that a picture that is not high is next to its own name.
+QRect placed(const QSize &size, const QRect &box)
 {
-    return {box.x() + (box.width() - size.width()) / 2,
-            box.y() + (box.height() - size.height()) / 2, size.width(), size.height()};
+    return {box.x() + (box.width() - size.width()) / 2, box.bottom() + 1 - size.height(),
+            size.width(), size.height()};
 }
 
 } // namespace
@@ -146,7 +147,7 @@ void SheetPage::draw(int index, const SheetCell &cell)
     if (cell.picture.isNull()) {
         drawPlaceholder(box, cell.placeholder);
     } else {
-        shown = centred(fittedSize(cell.picture.size()), box);
+        shown = placed(fittedSize(cell.picture.size()), box);
         m_painter.drawImage(
             shown.topLeft(),
             cell.picture.scaled(shown.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));

@@ -23,7 +23,7 @@ public:
     QRect title() const;
     QRect subtitle() const;
 
-    /// The square that the picture of the cell `index` is fitted into.
+    /// The square that the picture of the cell `index` is fitted into, at its bottom.
     QRect pictureBox(int index) const;
     QRect nameLine(int index) const;
 

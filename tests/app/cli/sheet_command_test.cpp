@@ -1,5 +1,6 @@
 #include "cli/contact_sheet.h"
 #include "support/program_fixture.h"
+#include "support/terminal.h"
 
 #include "sample/sample_writer.h"
 
@@ -9,6 +10,7 @@
 #include <QBuffer>
 
 #include <cmath>
+#include <csignal>
 #include <map>
 #include <unistd.h>
 
@@ -102,15 +104,53 @@ protected:
     /// which has the size `size`.
     QImage shown(int cells, int index, const QSize &size) const
     {
-        const QRect box = boxOf(cells, index);
-        return sheet().copy(box.x() + (box.width() - size.width()) / 2,
-                            box.y() + (box.height() - size.height()) / 2, size.width(),
-                            size.height());
+        return shown(sheet(), cells, index, size);
     }
 
-    static QRect boxOf(int cells, int index)
+    static QImage shown(const QImage &page, int cells, int index, const QSize &size)
     {
-        return SheetLayout(cells, SheetLayout::columnsFor(cells)).pictureBox(index);
+        const QRect box = boxOf(cells, index);
+        return page.copy(box.x() + (box.width() - size.width()) / 2,
+                         box.bottom() + 1 - size.height(), size.width(), size.height());
+    }
+
+    static SheetLayout layoutOf(int cells)
+    {
+        return SheetLayout(cells, SheetLayout::columnsFor(cells));
+    }
+
+    static QRect boxOf(int cells, int index) { return layoutOf(cells).pictureBox(index); }
+
+    /// The thumbnail of the photo `id` in the folder that the command thumb wrote.
+    QImage thumbnail(quint64 id) const
+    {
+        const QByteArray prefix = m_scratch.path("thumbs/" + QByteArray::number(id) + '-');
+        for (const QByteArray &path : m_scratch.everythingIn("thumbs")) {
+            if (path.startsWith(prefix))
+                return QImage::fromData(m_scratch.read(path.mid(m_scratch.root().size() + 1)));
+        }
+        ADD_FAILURE() << "there is no thumbnail of " << id;
+        return QImage();
+    }
+
+    /// Expects the thumbnails that the command thumb wrote on the sheet of the library that
+    /// `dump` tells of, each in its place.
+    void expectThumbnails(const Json &dump) const
+    {
+        const auto count = int(dump["photoIds"].size());
+        const QImage page = sheet();
+        for (int i = 0; i < count; ++i) {
+            const auto id = dump["photoIds"][size_t(i)].get<quint64>();
+            const QImage source = fitted(thumbnail(id), boxOf(count, i));
+            const QImage picture = shown(page, count, i, source.size());
+            EXPECT_FALSE(isBlank(picture)) << id;
+            const Json &photo = dump["photos"][size_t(i)];
+            const bool isTrashed =
+                photo["ok"].get<bool>() && photo["trashedDate"].get<qint64>() != 0;
+            if (!isTrashed) {
+                EXPECT_LT(difference(inner(picture), inner(source)), 3) << id;
+            }
+        }
     }
 
     /// A device with one photo, of which `row` tells, and `thumbnail` for it.
@@ -139,26 +179,65 @@ TEST_F(SheetProgram, ShowsTheThumbnailOfEachPhotoInItsPlace)
     EXPECT_EQ(m_scratch.path("sheet.png: ") + QByteArray::number(count) + " pictures\n",
               result.output);
     EXPECT_EQ(QByteArray(), result.errors);
-    const QImage page = sheet();
-    EXPECT_EQ(SheetLayout(count, SheetLayout::columnsFor(count)).size(), page.size());
-    const QList<QByteArray> files = m_scratch.everythingIn("thumbs");
-    for (int i = 0; i < count; ++i) {
-        const auto id = json["photoIds"][size_t(i)].get<quint64>();
-        const QByteArray prefix = thumbs + '/' + QByteArray::number(id) + '-';
-        const auto file = std::find_if(files.begin(), files.end(), [&](const QByteArray &name) {
-            return name.startsWith(prefix);
-        });
-        ASSERT_NE(files.end(), file);
-        const QImage source = fitted(
-            QImage::fromData(m_scratch.read("thumbs" + file->mid(thumbs.size()))), boxOf(count, i));
-        const QImage picture = shown(count, i, source.size());
-        EXPECT_FALSE(isBlank(picture)) << id;
-        const Json &photo = json["photos"][size_t(i)];
-        const bool isTrashed = photo["ok"].get<bool>() && photo["trashedDate"].get<qint64>() != 0;
-        if (!isTrashed) {
-            EXPECT_LT(difference(inner(picture), inner(source)), 3) << id;
-        }
+    EXPECT_EQ(layoutOf(count).size(), sheet().size());
+    expectThumbnails(json);
+}
+
+TEST_F(SheetProgram, PutsALowPictureNextToItsName)
+{
+    const QByteArray jpeg = jpegOf(fourFields({160, 40}));
+    AssetRow row = photoRow(1);
+    row.width = 6400;
+    row.height = 1600;
+    writeOnePhoto(row, jpeg);
+    ASSERT_EQ(0, draw().exitCode);
+    const QRect box = boxOf(1, 0);
+    const QImage source = fitted(QImage::fromData(jpeg), box);
+    EXPECT_LT(difference(inner(shown(1, 0, source.size())), inner(source)), 3);
+    EXPECT_TRUE(isBlank(sheet().copy(box.adjusted(0, 0, 0, -source.height()))));
+}
+
+TEST_F(SheetProgram, WritesTheNameUnderEachPicture)
+{
+    // Two of three photos share a name.
+    PhotosDatabase database;
+    for (int i = 1; i <= 3; ++i) {
+        database.rows.assets.push_back(photoRow(i, i));
+        database.rows.assets.back().directory = "DCIM/10" + std::to_string(i) + "APPLE";
+        database.rows.assets.back().fileName = i == 3 ? "other.jpg" : "IMG_0001.JPG";
     }
+    writeDatabase(m_scratch, "device", database);
+    ASSERT_EQ(0, draw().exitCode);
+    const Json ids = Json::parse(run({"dump", device()}).output.toStdString())["photoIds"];
+    std::map<int, QImage> names;
+    for (int i = 0; i < 3; ++i)
+        names[ids[size_t(i)].get<int>()] = sheet().copy(layoutOf(3).nameLine(i));
+    for (const auto &name : names)
+        EXPECT_FALSE(isBlank(name.second)) << name.first;
+    EXPECT_EQ(names[1], names[2]);
+    EXPECT_NE(names[1], names[3]);
+}
+
+TEST_F(SheetProgram, IsHeadedByTheDeviceAndTheAlbum)
+{
+    PhotosDatabase database = twoPhotos();
+    database.rows.albums = {albumRow(7)};
+    database.join().add(7, 2);
+    writeDatabase(m_scratch, "device", database);
+    writeDatabase(m_scratch, "other", database);
+    ASSERT_EQ(0, draw().exitCode);
+    const QImage all = sheet();
+    const QRect title = layoutOf(2).title();
+    const QRect subtitle = layoutOf(2).subtitle();
+    EXPECT_FALSE(isBlank(all.copy(title)));
+    EXPECT_FALSE(isBlank(all.copy(subtitle)));
+    ASSERT_EQ(0, draw({"--album", "7"}).exitCode);
+    EXPECT_EQ(all.copy(title), sheet().copy(title));
+    EXPECT_NE(all.copy(subtitle), sheet().copy(subtitle));
+    ASSERT_EQ(0,
+              run({"sheet", m_scratch.path("other"), "-o", m_scratch.path("sheet.png")}).exitCode);
+    EXPECT_NE(all.copy(title), sheet().copy(title));
+    EXPECT_EQ(all.copy(subtitle), sheet().copy(subtitle));
 }
 
 TEST_F(SheetProgram, DimsWhatIsInTheTrash)
@@ -231,7 +310,7 @@ TEST_F(SheetProgram, MarksVideosAndMissingFiles)
         database.rows.assets[size_t(i)].fileName = name.toStdString();
         m_scratch.write("device/PhotoData/Thumbnails/V2/DCIM/100APPLE/" + name + "/5005.JPG", jpeg);
         if (i < 3)
-            m_scratch.write("device/DCIM/100APPLE/" + name, "content");
+            m_scratch.write("device/DCIM/100APPLE/" + name, i == 2 ? "" : "content");
     }
     writeDatabase(m_scratch, "device", database);
     ASSERT_EQ(0, draw().exitCode);
@@ -253,6 +332,7 @@ TEST_F(SheetProgram, MarksVideosAndMissingFiles)
     EXPECT_TRUE(differs(2, leftOfIt)); // the length takes more room than the mark
     EXPECT_TRUE(differs(3, lowerRight));
     EXPECT_FALSE(differs(3, leftOfIt));
+    EXPECT_FALSE(differs(3, upperLeft)); // its file is there, though empty
 }
 
 TEST_F(SheetProgram, ShowsOneAlbum)
@@ -338,6 +418,30 @@ TEST_F(SheetProgramOnBadInput, DrawsNoPageWhenOneCanNotBeWritten)
                   m_scratch.path("sheet-2.png: not a regular file"));
 }
 
+TEST_F(SheetProgram, SaysNothingWhenQuiet)
+{
+    writeTwoPhotos();
+    const ProgramResult result = draw({"--quiet"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ(QByteArray(), result.output + result.errors);
+    EXPECT_FALSE(sheet().isNull());
+}
+
+TEST_F(SheetProgramOnBadInput, ExitsWithTwoForANameThatIsNoPngFile)
+{
+    const QByteArray hint = " (photolib --help shows the usage)";
+    expectFailure({"sheet", "-o", ""}, "--output: the name is empty" + hint, 2);
+    for (const char *name : {"s.gif", "folder.png/s.jpg"}) {
+        expectFailure({"sheet", "-o", name},
+                      name + (": a sheet is a PNG picture; let the name end in .png" + hint), 2);
+    }
+    writeTwoPhotos();
+    for (const char *name : {"s.PNG", "s"}) {
+        EXPECT_EQ(0, run({"sheet", device(), "-o", m_scratch.path(name)}).exitCode);
+        EXPECT_FALSE(sheet(name).isNull());
+    }
+}
+
 TEST_F(SheetProgramOnBadInput, ExitsWithTwoWithoutAFile)
 {
     expectFailure({"sheet"}, "--output is required (photolib --help shows the usage)", 2);
@@ -348,13 +452,43 @@ TEST_F(SheetProgram, ShowsARealLibrary)
     const QByteArray device = PHOTOLIB_DEVICES_DIR "/library-a";
     if (::access(device.constData(), R_OK) != 0)
         GTEST_SKIP() << "there is no " << device.constData();
-    const ProgramResult result =
-        run({"sheet", device, "-o", m_scratch.path("sheet.png"), "--quiet"});
+    const QByteArray thumbs = m_scratch.path("thumbs");
+    ASSERT_EQ(0, run({"thumb", device, "--all", thumbs, "--format", "png"}).exitCode);
+    const Json json = Json::parse(run({"dump", device}).output.toStdString());
+    const ProgramResult result = run({"sheet", device, "-o", m_scratch.path("sheet.png")});
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_EQ(m_scratch.path("sheet.png: 27 pictures\n"), result.output);
-    const QSize size = boxOf(27, 0).size() / 2;
-    for (int i = 0; i < 27; ++i)
-        EXPECT_FALSE(isBlank(shown(27, i, size))) << i;
+    ASSERT_EQ(27U, json["photoIds"].size());
+    expectThumbnails(json);
+}
+
+// A library of some pages; a page alone takes its time.
+class InterruptedSheet : public SheetProgram
+{
+};
+
+TEST_F(InterruptedSheet, LeavesWholePagesOnly)
+{
+    writeSampleDevice(3000, false);
+    for (const int signal : {SIGINT, SIGTERM}) {
+        Terminal terminal;
+        if (!terminal.isOpen())
+            GTEST_SKIP() << "there are no pseudo-terminals here";
+        m_setup.errorFd = terminal.slave();
+        m_scratch.makeFolder("out");
+        Program program(m_setup, {"sheet", device(), "-o", m_scratch.path("out/sheet.png")});
+        terminal.shownUntil("Drawing the sheet [");
+        ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
+        EXPECT_EQ(130, program.waitForExitCode());
+        EXPECT_EQ(QByteArray(), program.readAllStandardOutput());
+        const QList<QByteArray> pages = m_scratch.everythingIn("out");
+        const QByteArray line =
+            "photolib: interrupted: wrote " + QByteArray::number(pages.size()) + " of 8 pages\r\n";
+        EXPECT_TRUE(terminal.shownUntil("pages\r\n").endsWith("\r\x1b[K" + line));
+        EXPECT_LT(pages.size(), 8);
+        for (const QByteArray &path : pages)
+            EXPECT_FALSE(sheet(path.mid(m_scratch.root().size() + 1)).isNull());
+    }
 }
 
 } // namespace
