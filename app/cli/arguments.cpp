@@ -45,9 +45,27 @@ void addCommonOptions(CLI::App &app, CommonOptions &options)
         ->envname("PHOTOLIB_PLUGIN");
 }
 
+// An argument that stands for several kinds has them as its option text.
+class UsageFormatter : public CLI::Formatter
+{
+public:
+    std::string make_option_usage(const CLI::Option *option) const override
+    {
+        const std::string &text = option->get_option_text();
+        return text.empty() ? CLI::Formatter::make_option_usage(option) : text;
+    }
+
+    std::string make_option_opts(const CLI::Option *option) const override
+    {
+        const bool isList = option->get_positional() && !option->get_option_text().empty();
+        return isList ? std::string() : CLI::Formatter::make_option_opts(option);
+    }
+};
+
 void setUp(CLI::App &app, CommandContext &context)
 {
     app.name("photolib");
+    app.formatter(std::make_shared<UsageFormatter>()); // before the commands, which inherit it
     app.description("Lists the photos, videos and albums in the library of a handheld device.");
     app.footer(examples);
     app.set_version_flag("--version", "photolib " PHOTOLIB_VERSION);
@@ -74,14 +92,59 @@ int print(const std::string &text)
     return 0;
 }
 
+bool isOptionName(const std::string &argument)
+{
+    return argument.compare(0, 1, "-") == 0;
+}
+
 // What is wrong with a command line without a command: CLI11 misses the command before it
 // looks at what stands in its place.
 std::string missingCommand(const std::vector<std::string> &unknown)
 {
     if (unknown.empty())
         return "a command is missing";
-    const bool isOption = unknown.front().compare(0, 1, "-") == 0;
+    const bool isOption = isOptionName(unknown.front());
     return unknown.front() + (isOption ? ": no such option" : ": no such command");
+}
+
+// The part of `text` before the last `mark`; all of it without one.
+std::string before(const std::string &text, const std::string &mark)
+{
+    return text.substr(0, text.rfind(mark));
+}
+
+std::string unexpected(const std::vector<std::string> &arguments)
+{
+    const bool isOption = isOptionName(arguments.front());
+    return arguments.front() + (isOption ? ": no such option" : ": not expected here");
+}
+
+std::string wrongCount(const std::string &text)
+{
+    const std::string name = text.substr(0, text.find(": "));
+    const bool isTooMany = text.find(": At Most ") != std::string::npos;
+    return name + (isTooMany ? ": given more than once" : ": its value is missing");
+}
+
+// CLI11's own words in the form THING: CAUSE. It tells the parts of a message by the type of
+// the error alone; what it has no type for stays as it is.
+std::string reworded(const CLI::App &app, const CLI::ParseError &error)
+{
+    std::string text = error.what();
+    const std::string excludes = " excludes ";
+    switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
+    case CLI::ExitCodes::RequiredError:
+        return before(text, " is required") + ": is missing";
+    case CLI::ExitCodes::ExtrasError:
+        return unexpected(app.remaining(true));
+    case CLI::ExitCodes::ExcludesError:
+        return before(text, excludes) + ": not together with " +
+               text.substr(text.rfind(excludes) + excludes.size());
+    case CLI::ExitCodes::ArgumentMismatch:
+        return wrongCount(text);
+    default:
+        return text;
+    }
 }
 
 std::string usageError(const CLI::App &app, const CLI::ParseError &error)
@@ -89,7 +152,7 @@ std::string usageError(const CLI::App &app, const CLI::ParseError &error)
     const bool hasCommand = !app.get_subcommands().empty();
     const bool isMissing =
         !hasCommand && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
-    const std::string cause = isMissing ? missingCommand(app.remaining()) : error.what();
+    const std::string cause = isMissing ? missingCommand(app.remaining()) : reworded(app, error);
     return cause + " (photolib --help shows the usage)";
 }
 

@@ -122,6 +122,9 @@ void addDumpCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command = app.add_subcommand("dump", "Print the whole library as JSON");
     const auto device = addDeviceArgument(*command);
+    command->footer("Examples:\n"
+                    "  photolib dump > library.json\n"
+                    "  photolib dump ~/phone-copy | jq '.albums[].name'");
     command->callback([&context, device] {
         context.run = [&context, device] { return runOnLibrary(context, *device, writeLibrary); };
     });

@@ -191,12 +191,12 @@ int runExport(const CommandContext &context, const ExportArguments &arguments)
 void addArguments(CLI::App &command, ExportArguments &arguments)
 {
     command
-        .add_option("ARGUMENTS", arguments.positionals,
+        .add_option("DIR", arguments.positionals,
                     "[DEVICE] [ID...] DIR: the device's folder, without which the sample is "
                     "copied;\nthe ids of what to copy, all without them; and the folder to copy "
                     "to, made if need be")
         ->required()
-        ->type_name("");
+        ->option_text("[DEVICE] [ID...] DIR");
     arguments.album = addAlbumOption(command);
     command.footer("A name that is taken gets a number; a file that is there already is left as "
                    "it is, so that\na second run copies only what is missing.\n"

@@ -49,6 +49,9 @@ void addPhotosCommand(CLI::App &app, CommandContext &context)
     CLI::App *const command = app.add_subcommand("photos", "List the photos and videos");
     const auto device = addDeviceArgument(*command);
     const auto album = addAlbumOption(*command);
+    command->footer("Examples:\n"
+                    "  photolib photos\n"
+                    "  photolib photos /media/phone --album 7");
     command->callback([&context, device, album] {
         context.run = [&context, device, album] { return runPhotos(context, *device, *album); };
     });

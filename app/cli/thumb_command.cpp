@@ -254,16 +254,17 @@ int runThumb(const CommandContext &context, const ThumbArguments &arguments)
 void addArguments(CLI::App &command, ThumbArguments &arguments)
 {
     command
-        .add_option("ARGUMENTS", arguments.positionals,
+        .add_option("ID", arguments.positionals,
                     "[DEVICE] ID...: the device's folder, without which the sample is shown, and "
                     "the\nids of photos and videos")
-        ->type_name("");
+        ->option_text("[DEVICE] [ID...]");
     CLI::Option *const output =
         command.add_option("-o,--output", arguments.target,
                            "The file to write, or a folder; for several ids it is a folder, made "
                            "if need be");
     output->type_name("FILE|DIR");
     command.add_option("--all", arguments.allFolder, "Write those of all to this folder")
+        ->check([](const std::string &name) { return name.empty() ? "the name is empty" : ""; })
         ->type_name("DIR")
         ->excludes(output);
     command

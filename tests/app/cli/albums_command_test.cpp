@@ -92,7 +92,7 @@ TEST_F(ProgramAlbums, AreKnownByTheirIdsAlone)
                       id + (": no album with this id in " + device()));
     const QByteArray hint = " (photolib --help shows the usage)";
     expectFailure({"photos", device(), "--album", "7x"}, "--album: not a number" + hint, 2);
-    expectFailure({"photos", device(), "--album"}, "--album: 1 required ID missing" + hint, 2);
+    expectFailure({"photos", device(), "--album"}, "--album: its value is missing" + hint, 2);
 }
 
 TEST_F(ProgramAlbums, LogNothingOfThumbnailsThatAreMissing)

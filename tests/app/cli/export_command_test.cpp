@@ -311,7 +311,7 @@ TEST_F(ExportProgramOnBadInput, NamesAnUnknownId)
 TEST_F(ExportProgramOnBadInput, ExitsWithTwoForWrongUsage)
 {
     const QByteArray hint = " (photolib --help shows the usage)";
-    expectFailure({"export"}, "ARGUMENTS is required" + hint, 2);
+    expectFailure({"export"}, "DIR: is missing" + hint, 2);
     expectFailure({"export", ""}, "DIR: the name is empty" + hint, 2);
     expectFailure({"export", "42"},
                   "42: an id where the folder to copy to is missing; write ./42 for a folder of "

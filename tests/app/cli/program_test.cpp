@@ -192,11 +192,32 @@ TEST_F(ProgramUsage, ExitsWithTwoWhenItIsWrong)
     expectFailure({"-v"}, "a command is missing" + hint, 2);
     expectFailure({"nonsense"}, "nonsense: no such command" + hint, 2);
     expectFailure({"--nonsense"}, "--nonsense: no such option" + hint, 2);
-    expectFailure({"show"}, "ID is required" + hint, 2);
+    expectFailure({"show"}, "ID: is missing" + hint, 2);
     expectFailure({"show", "1x"}, "ID: not a number" + hint, 2);
     expectFailure({"show", "-1"}, "ID: not a number" + hint, 2);
-    expectFailure({"info", "a", "b"}, "The following argument was not expected: b" + hint, 2);
-    expectFailure({"-q", "-v", "info"}, "--verbose excludes --quiet" + hint, 2);
+    expectFailure({"info", "a", "b"}, "b: not expected here" + hint, 2);
+    expectFailure({"-q", "-v", "info"}, "--verbose: not together with --quiet" + hint, 2);
+    expectFailure({"info", "--nonsense"}, "--nonsense: no such option" + hint, 2);
+    expectFailure({"info", "a", "b", "c"}, "b: not expected here" + hint, 2);
+    expectFailure({"info", "--work-dir"}, "--work-dir: its value is missing" + hint, 2);
+    expectFailure({"info", "--work-dir", "a", "--work-dir", "b"},
+                  "--work-dir: given more than once" + hint, 2);
+}
+
+TEST_F(ProgramUsage, TellsTheOrderOfArguments)
+{
+    EXPECT_TRUE(run({"export", "--help"}).output.contains(" [OPTIONS] [DEVICE] [ID...] DIR\n"));
+    EXPECT_TRUE(run({"thumb", "--help"}).output.contains(" [OPTIONS] [DEVICE] [ID...]\n"));
+}
+
+TEST_F(ProgramUsage, ShowsExamplesOfTheCommand)
+{
+    const ProgramResult photos = run({"photos", "--help"});
+    EXPECT_TRUE(photos.output.contains("  photolib photos /media/phone --album 7\n"));
+    EXPECT_FALSE(photos.output.contains("photolib edit"));
+    const ProgramResult dump = run({"dump", "--help"});
+    EXPECT_TRUE(dump.output.contains("  photolib dump ~/phone-copy | jq "));
+    EXPECT_FALSE(dump.output.contains("photolib edit"));
 }
 
 TEST_F(ProgramUsage, TakesANameThatIsAlsoACommandForADevice)

@@ -444,7 +444,7 @@ TEST_F(SheetProgramOnBadInput, ExitsWithTwoForANameThatIsNoPngFile)
 
 TEST_F(SheetProgramOnBadInput, ExitsWithTwoWithoutAFile)
 {
-    expectFailure({"sheet"}, "--output is required (photolib --help shows the usage)", 2);
+    expectFailure({"sheet"}, "--output: is missing (photolib --help shows the usage)", 2);
 }
 
 TEST_F(SheetProgram, ShowsARealLibrary)

@@ -231,6 +231,7 @@ TEST_F(ThumbProgramOnBadInput, ExitsWithTwoForWrongUsage)
 {
     const QByteArray hint = " (photolib --help shows the usage)";
     expectFailure({"thumb"}, "ID: is missing; --all DIR is for all photos and videos" + hint, 2);
+    expectFailure({"thumb", "--all", ""}, "--all: the name is empty" + hint, 2);
     expectFailure({"thumb", "1"}, "--output: is missing: the file or folder to write to" + hint, 2);
     expectFailure({"thumb", "1", "--all", "a"}, "--all: takes the place of ids" + hint, 2);
     const ProgramResult result = run({"thumb", "1", "-o", "a", "--format", "gif"});
