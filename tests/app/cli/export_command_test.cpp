@@ -411,7 +411,7 @@ TEST_F(ExportProgramOnASample, MakesNoFolderWhenInterruptedBeforeItCopies)
     if (!terminal.isOpen())
         GTEST_SKIP() << "there are no pseudo-terminals here";
     SampleOptions options;
-    options.assets = 20000; // looking for their files takes a while
+    options.assets = 60000; // looking for their files takes a second
     options.pictures = false;
     QString error;
     ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
