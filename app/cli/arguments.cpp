@@ -18,7 +18,7 @@ const char examples[] = R"(Examples:
   photolib show 42 ~/phone-copy       all about one photo
   photolib dump ~/phone-copy | jq .   the whole library as JSON
   photolib sheet -o sheet.png         a picture of them all, with their names
-  photolib thumb 42 ~/phone-copy -o thumb.jpg
+  photolib thumb 42 ~/phone-copy -o thumb.png
                                       write its thumbnail
   photolib export /media/phone DIR    copy the photos and videos into a folder
   photolib edit ~/phone-copy edits.txt
