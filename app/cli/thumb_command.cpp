@@ -275,7 +275,7 @@ void addArguments(CLI::App &command, ThumbArguments &arguments)
     command.footer("Files are replaced. In a folder they are called \"42-IMG_0041.jpg\".\n"
                    "\n"
                    "Examples:\n"
-                   "  photolib thumb 42 -o thumb.jpg\n"
+                   "  photolib thumb 42 -o thumb.png\n"
                    "  photolib thumb /media/phone 42 43 -o thumbs --format png\n"
                    "  photolib thumb /media/phone --all thumbs");
 }
