@@ -68,17 +68,6 @@ std::unique_ptr<Camera_Album> recordFor(const albumItem &album)
     return record;
 }
 
-// The keys that are among `wanted`, in their order.
-QList<quint64> keysAmong(const QList<quint64> &keys, const key_set &wanted)
-{
-    QList<quint64> found;
-    for (const quint64 key : keys) {
-        if (wanted.contains(key))
-            found.append(key);
-    }
-    return found;
-}
-
 // The map owns its records, which the other two only point to.
 void freeAsset(CameraDB *model, quint64 key)
 {
