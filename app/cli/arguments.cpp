@@ -38,6 +38,15 @@ void addCommonOptions(CLI::App &app, CommonOptions &options)
                    "Where the device's database is copied to; Photos.sqlite in it is replaced. "
                    "Default: a folder for each device in the user's cache folder")
         ->type_name("DIR");
+    app.add_option_function<std::string>(
+           "--kind",
+           [&options](const std::string &kind) {
+               options.kind = kind == "ios" ? DeviceKind::Ios : DeviceKind::Classic;
+           },
+           "What the device is: ios, with PhotoData/Photos.sqlite, or classic, with "
+           "Photos/Photo Database. Default: what is there, ios if both are")
+        ->check(CLI::IsMember({"ios", "classic"}))
+        ->type_name("KIND");
     app.add_option("--plugin", options.plugin,
                    "The plug-in to load. Default: libphotolib.so beside the program or in its "
                    "library folder")

@@ -114,10 +114,10 @@ bool waitForEnd(const WorkThread &thread, const InterruptSignals &signals)
     return ::poll(descriptors, 2, tickMilliseconds) > 0 && (descriptors[0].revents & POLLIN);
 }
 
-// A person who asks twice does not want to wait for a slow device.
+// A person who asks twice does not want to wait for a slow device. A handler that tidies up
+// first is left in place: it ends the process all the same.
 [[noreturn]] void dieOf(int signal)
 {
-    std::signal(signal, SIG_DFL);
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, signal);

@@ -1,5 +1,6 @@
 #include "cli/library_session.h"
 
+#include "classic/photo_database.h"
 #include "cli/cache_folder.h"
 #include "cli/command_error.h"
 #include "cli/database_copy.h"
@@ -10,6 +11,7 @@
 #include "services/device_names.h"
 #include "services/log_output.h"
 
+#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -23,16 +25,42 @@ CommandError folderError(const std::string &name, const FileError &error)
     return {name, error.text.toStdString()};
 }
 
-void requireIosLibrary(DeviceFileSystem &files, const std::string &name)
+// The database's path on the device for people: without the "/" in front.
+QByteArray shownPath(const char *path)
+{
+    return path + 1;
+}
+
+std::string noDatabaseIn(DeviceKind kind)
+{
+    const QByteArray ios = shownPath(databasePath);
+    const QByteArray classic = shownPath(photoDatabasePath);
+    const QByteArray expected = kind == DeviceKind::Ios       ? ios
+                                : kind == DeviceKind::Classic ? classic
+                                                              : ios + " or " + classic;
+    return "no photo database in it (" + expected.toStdString() + ")";
+}
+
+DeviceKind kindOf(DeviceFileSystem &files)
 {
     DeviceKind kind = DeviceKind::None;
     FileError error;
     if (!findDeviceKind(files, &kind, &error))
         throw CommandError(files.displayName(databasePath).toStdString(), error.text.toStdString());
-    if (kind == DeviceKind::None)
-        throw CommandError(name, "no photo database in it (PhotoData/Photos.sqlite)");
-    if (kind == DeviceKind::Classic)
-        throw CommandError(name, "the photo database of a classic iPod can not be read yet");
+    return kind;
+}
+
+// Throws CommandError unless the device holds the library database of a device of `kind`.
+void requireLibrary(DeviceFileSystem &files, const std::string &name, DeviceKind kind)
+{
+    FileInfo info;
+    FileError error;
+    const QByteArray database = libraryDatabase(files, kind);
+    const bool isThere = !database.isEmpty() && files.info(database, &info, &error);
+    if (!isThere && (database.isEmpty() || error.kind == FileError::NotFound))
+        throw CommandError(name, noDatabaseIn(kind));
+    if (!isThere)
+        throw CommandError(files.displayName(database).toStdString(), error.text.toStdString());
     if (files.isBlocked())
         throw CommandError(name, "locked");
 }
@@ -66,11 +94,11 @@ QList<QByteArray> withoutHarmless(const QList<QByteArray> &failures, const Datab
                            copy.localDatabase().toStdString());
 }
 
-// The first line that the plug-in logged is the cause of the others.
-[[noreturn]] void failToParse(const DatabaseCopy &copy, const QList<QByteArray> &failures)
+// The first line that was logged is the cause of the others.
+[[noreturn]] void failToParse(const QByteArray &database, const QList<QByteArray> &failures)
 {
     const QByteArray cause = failures.isEmpty() ? "no cause is known" : failures.first();
-    throw CommandError(copy.deviceDatabase().toStdString(),
+    throw CommandError(database.toStdString(),
                        "not readable as a photo library (" + cause.toStdString() + ")");
 }
 
@@ -82,8 +110,12 @@ LibrarySession::LibrarySession(const CommonOptions &options,
 {
     chooseDevice(device);
     m_files = openFolder(m_name);
-    requireIosLibrary(*m_files, m_name);
-    parse();
+    const DeviceKind kind = m_options.kind == DeviceKind::None ? kindOf(*m_files) : m_options.kind;
+    requireLibrary(*m_files, m_name, kind);
+    if (kind == DeviceKind::Classic)
+        openClassic();
+    else
+        openIos();
 }
 
 void LibrarySession::chooseDevice(const std::optional<std::string> &device)
@@ -109,7 +141,7 @@ QByteArray LibrarySession::workFolderName() const
 
 // All that can be found wrong without writing anything is looked at before the work folder
 // is touched.
-void LibrarySession::parse()
+void LibrarySession::openIos()
 {
     const QByteArray workFolder = workFolderName();
     DatabaseCopy copy(*m_files, workFolder + '/');
@@ -119,6 +151,35 @@ void LibrarySession::parse()
     m_library = m_plugin->makeLibrary(m_device.get());
     runParse(copy);
     m_workFolder->unlock();
+}
+
+// The database is read where it is: nothing is copied.
+void LibrarySession::openClassic()
+{
+    m_plugin = std::make_unique<Plugin>(m_options.plugin);
+    try {
+        m_device = std::make_unique<Device>(m_files, DeviceKind::Classic, QString());
+    } catch (const std::system_error &error) {
+        throw CommandError(error.what()); // names the file and the cause
+    }
+    m_library = m_plugin->makeLibrary(m_device.get());
+    const LogCapture log;
+    const ParseResult result = parseLibrary(*m_library, *m_plugin, [] {});
+    if (result == ParseResult::Interrupted)
+        throw CommandError(CommandError::interrupted, "interrupted");
+    if (result == ParseResult::Failed)
+        failToParse(m_files->displayName(libraryDatabase(*m_files, DeviceKind::Classic)),
+                    log.failures());
+    passOn(log.failures());
+}
+
+// Shows what a parse that was captured logged, unless that was shown already.
+void LibrarySession::passOn(const QList<QByteArray> &failures) const
+{
+    if (m_options.verbose)
+        return;
+    for (const QByteArray &line : failures)
+        logLine("PHOTOLIB", 2, line);
 }
 
 void LibrarySession::runParse(DatabaseCopy &copy)
@@ -142,11 +203,14 @@ void LibrarySession::runParse(DatabaseCopy &copy)
     if (!copy.failure().isEmpty())
         throw CommandError(CommandError::failed, copy.failure().toStdString());
     if (result == ParseResult::Failed)
-        failToParse(copy, failures);
-    if (!m_options.verbose) { // which has shown them already
-        for (const QByteArray &line : failures)
-            logLine("PHOTOLIB", 2, line);
-    }
+        failToParse(copy.deviceDatabase(), failures);
+    passOn(failures);
+}
+
+void LibrarySession::keepCopies()
+{
+    if (m_workFolder)
+        m_workFolder->keep();
 }
 
 std::unique_ptr<EnsuredFolder> LibrarySession::folderOutside(const QByteArray &path) const
@@ -177,9 +241,12 @@ bool LibrarySession::photo(quint64 id, photoItem *item)
 }
 
 // The plug-in also takes a path for one of the host computer's own. What the database names
-// outside the device is none of its photos.
+// outside the device is none of its photos. A classic iPod's photos have no paths: their
+// pictures are in files that they share.
 bool LibrarySession::hasFile(const photoItem &item) const
 {
+    if (classicIpod())
+        return true;
     FileInfo info;
     FileError error;
     return deviceFileInfo(*m_files, item.path.toUtf8(), &info, &error) &&

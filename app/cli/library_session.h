@@ -28,11 +28,16 @@ public:
     photo_manager_int &library() { return *m_library; }
 
     /// Fills `*item` for the photo or video `id`. False when its file is not on the device;
-    /// the identity, name, dimensions, kind and path are filled all the same.
+    /// the identity, name, dimensions, kind and path are filled all the same. A photo of a
+    /// classic iPod needs no file of its own.
     bool photo(quint64 id, photoItem *item);
 
-    /// Whether the file of `item` is on the device, be it empty.
+    /// Whether the file of `item` is on the device, be it empty; true on a classic iPod.
     bool hasFile(const photoItem &item) const;
+
+    /// What the program knows of a classic iPod beyond the plug-in's records; null for an
+    /// iOS device.
+    const ClassicIpod *classicIpod() const { return m_device->classicIpod(); }
 
     /// The device's folder as the user named it.
     const std::string &deviceName() const { return m_name; }
@@ -56,14 +61,16 @@ public:
     /// called once, when the result is about to be written: a failure stays one line.
     void announce() const;
 
-    /// Leaves the copies of the database in the work folder.
-    void keepCopies() { m_workFolder->keep(); }
+    /// Leaves the copies of the database in the work folder, if there are any.
+    void keepCopies();
 
 private:
     void chooseDevice(const std::optional<std::string> &device);
     QByteArray workFolderName() const;
-    void parse();
+    void openIos();
     void runParse(DatabaseCopy &copy);
+    void openClassic();
+    void passOn(const QList<QByteArray> &failures) const;
     void refuseInDevice(const QByteArray &folder, const QByteArray &named) const;
 
     const CommonOptions m_options;
@@ -74,7 +81,7 @@ private:
     // In the order in which they depend on each other.
     std::shared_ptr<DeviceFileSystem> m_files;
     std::unique_ptr<Plugin> m_plugin;
-    std::unique_ptr<WorkFolder> m_workFolder;
+    std::unique_ptr<WorkFolder> m_workFolder; // null for a classic iPod
     std::unique_ptr<Device> m_device;
     std::unique_ptr<photo_manager_int> m_library;
 };

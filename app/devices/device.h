@@ -2,22 +2,11 @@
 #define PHOTOLIB_DEVICES_DEVICE_H
 
 #include "devices/device_file_system.h"
+#include "devices/device_kind.h"
 #include "host/iipod.h"
 #include "services/device_registry.h"
 
-/// An iOS device's library database, with its journals "-wal" and "-shm" beside it.
-constexpr char databasePath[] = "/PhotoData/Photos.sqlite";
-
-/// What kind of photo library a device holds.
-enum class DeviceKind {
-    None,    ///< neither of the two
-    Ios,     ///< an iOS device: PhotoData/Photos.sqlite
-    Classic, ///< a classic iPod: Photos/Photo Database
-};
-
-/// Looks which library database `files` holds; the iOS one when it holds both. Returns
-/// false and fills `*error` when the device does not say.
-bool findDeviceKind(DeviceFileSystem &files, DeviceKind *kind, FileError *error);
+class ClassicIpod;
 
 /// A connected device as the plug-in sees it. While the object lives, the plug-in can open
 /// the device's files; handles that the plug-in leaves open are closed with it, so it must
@@ -25,10 +14,16 @@ bool findDeviceKind(DeviceFileSystem &files, DeviceKind *kind, FileError *error)
 class Device : public IIPod
 {
 public:
-    /// `localDataPath` is the folder for the copies of its database, with a closing "/".
+    /// `localDataPath` is the folder for the copies of its database, with a closing "/";
+    /// a classic iPod has none. Throws std::system_error when a classic iPod's drive can not
+    /// be given a name.
     Device(std::shared_ptr<DeviceFileSystem> files, DeviceKind kind, QString localDataPath);
+    ~Device() override;
 
     DeviceFileSystem &files() const { return *m_files; }
+
+    /// Null for a device of another kind.
+    ClassicIpod *classicIpod() const { return m_classicIpod.get(); }
 
     bool isAccessBlocked() override { return m_files->isBlocked(); }
 
@@ -36,7 +31,7 @@ public:
     /// name is: part of the plug-in passes it on in the locale's encoding.
     QString devicePath() override { return QString::fromLatin1(m_registration.name()); }
 
-    QString driveName() override { return devicePath(); }
+    QString driveName() override;
     bool isIOSDevice() override { return m_kind == DeviceKind::Ios; }
     QString localDataPath() override { return m_localDataPath; }
 
@@ -45,6 +40,7 @@ private:
     const DeviceKind m_kind;
     const QString m_localDataPath;
     const DeviceRegistration m_registration;
+    std::unique_ptr<ClassicIpod> m_classicIpod;
 };
 
 #endif // PHOTOLIB_DEVICES_DEVICE_H

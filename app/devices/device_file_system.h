@@ -96,6 +96,15 @@ public:
     /// Whether the files must not be read now, for instance because the device is locked.
     virtual bool isBlocked() { return false; }
 
+    /// The absolute path of the existing `path` on the host computer; empty when it is not
+    /// there, and for a device whose files have no such paths. Whoever opens it is no longer
+    /// confined to the device.
+    virtual QByteArray localPath(const QByteArray &path) const
+    {
+        Q_UNUSED(path)
+        return QByteArray();
+    }
+
     /// `path` as a person knows it, for messages: for a folder its name on the host.
     virtual QByteArray displayName(const QByteArray &path) const = 0;
 };

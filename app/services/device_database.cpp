@@ -2,25 +2,37 @@
 #include "host/device_database.h"
 #pragma GCC visibility pop
 
+#include "classic/classic_ipod.h"
+#include "classic/image_unpacker.h"
+#include "devices/device.h"
 #include "host/host_log.h"
+#include "services/no_throw.h"
 
-// Classic iPods: their photo database has no reader yet, so the plug-in is told that
-// there is none.
-
-iitdb *getPhotoDBInt(IIPod *)
+iitdb *getPhotoDBInt(IIPod *iPod)
 {
-    Log("PHOTOLIB-HOST", 2, "The photo database of a classic iPod can not be read yet");
-    return nullptr;
+    auto *const device = dynamic_cast<Device *>(iPod);
+    ClassicIpod *const classicIpod = device ? device->classicIpod() : nullptr;
+    if (!classicIpod)
+        return nullptr;
+    return withoutThrowing<iitdb *>(nullptr, [classicIpod] { return classicIpod->newDatabase(); });
 }
 
 void releaseITunesDBInt(iitdb **db)
 {
-    if (db)
-        *db = nullptr;
+    if (!db)
+        return;
+    ClassicIpod::release(*db);
+    *db = nullptr;
 }
 
-int unpackiThmb(IIPod *, QByteArray &, const itdb_photo &photo, QByteArray &)
+int unpackiThmb(IIPod *, QByteArray &raw, const itdb_photo &photo, QByteArray &out)
 {
-    Log("PHOTOLIB-HOST", 2, "A thumbnail of the format %d can not be decoded yet", photo.formatId);
-    return -1;
+    constexpr int failed = -1;
+    return withoutThrowing(failed, [&raw, &photo, &out] {
+        QString error;
+        if (unpackImage(raw, photo, &out, &error))
+            return 0;
+        Log("PHOTOLIB-HOST", 2, "%s", error.toUtf8().constData());
+        return failed;
+    });
 }

@@ -1,0 +1,138 @@
+#include "classic/drive_link.h"
+
+#include <QFile>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+/// What one object has made. Places are never freed and serve the next object: the handler
+/// of a signal walks them without a lock.
+struct DriveLink::Place {
+    std::string folder;                ///< the private one
+    std::string drive;                 ///< "DRIVE:" in it
+    std::string link;                  ///< "Photos" in that
+    std::atomic<bool> isFilled{false}; ///< the names above stand
+    bool isTaken = false;              // guarded by the mutex
+    Place *next = nullptr;
+
+    static std::atomic<Place *> first;
+    static std::mutex mutex;
+
+    void make(const QByteArray &target);
+
+    // Nothing here but what the handler of a signal may call.
+    void clear()
+    {
+        if (!isFilled.exchange(false))
+            return;
+        ::unlink(link.c_str());
+        ::rmdir(drive.c_str());
+        ::rmdir(folder.c_str());
+    }
+};
+
+std::atomic<DriveLink::Place *> DriveLink::Place::first{nullptr};
+std::mutex DriveLink::Place::mutex;
+
+namespace {
+
+// The plug-in's Qt names files in the locale's encoding, which may lack letters of the path.
+bool survivesLocale(const char *path)
+{
+    return QFile::encodeName(QFile::decodeName(path)) == path;
+}
+
+std::string temporaryFolder()
+{
+    const char *const chosen = std::getenv("TMPDIR");
+    const bool isUsable = chosen && chosen[0] == '/' && survivesLocale(chosen);
+    return isUsable ? chosen : "/tmp";
+}
+
+void require(bool isDone, const std::string &path)
+{
+    if (!isDone)
+        throw std::system_error(errno, std::generic_category(), path);
+}
+
+} // namespace
+
+void DriveLink::Place::make(const QByteArray &target)
+{
+    folder = temporaryFolder() + "/photolib-XXXXXX";
+    require(::mkdtemp(folder.data()), folder); // which lets nobody else in
+    drive = folder + "/iPod:";
+    link = drive + "/Photos";
+    isFilled = true;
+    require(::mkdir(drive.c_str(), 0700) == 0, drive);
+    require(::symlink(target.constData(), link.c_str()) == 0, link);
+}
+
+DriveLink::Place *DriveLink::newPlace()
+{
+    const std::lock_guard<std::mutex> lock(Place::mutex);
+    if (!Place::first)
+        handleSignals();
+    Place *place = Place::first;
+    while (place && place->isTaken)
+        place = place->next;
+    if (!place) {
+        place = new Place;
+        place->next = Place::first;
+        Place::first = place;
+    }
+    place->isTaken = true;
+    return place;
+}
+
+void DriveLink::handleSignals()
+{
+    for (const int signal : {SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM}) {
+        struct sigaction action = {};
+        if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
+            continue;
+        action.sa_handler = removeAllAndDie;
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
+        ::sigaction(signal, &action, nullptr);
+    }
+}
+
+// The default action follows when the handler is left.
+void DriveLink::removeAllAndDie(int signal)
+{
+    for (Place *place = Place::first; place; place = place->next)
+        place->clear();
+    ::raise(signal);
+}
+
+DriveLink::DriveLink(const QByteArray &photosFolder) : m_place(newPlace())
+{
+    try {
+        m_place->make(photosFolder);
+    } catch (...) {
+        m_place->clear();
+        const std::lock_guard<std::mutex> lock(Place::mutex);
+        m_place->isTaken = false;
+        throw;
+    }
+}
+
+DriveLink::~DriveLink()
+{
+    m_place->clear();
+    const std::lock_guard<std::mutex> lock(Place::mutex);
+    m_place->isTaken = false;
+}
+
+QString DriveLink::driveName() const
+{
+    const std::string name = m_place->drive.substr(0, m_place->drive.size() - 1);
+    return QFile::decodeName(name.c_str());
+}

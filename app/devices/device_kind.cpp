@@ -1,0 +1,35 @@
+#include "devices/device_kind.h"
+
+#include "classic/photo_database.h"
+#include "devices/case_blind_paths.h"
+
+namespace {
+
+// False and `*error` filled when the device does not say; a missing file is an answer.
+bool look(DeviceFileSystem &files, const QByteArray &path, bool *isThere, FileError *error)
+{
+    FileInfo info;
+    *isThere = files.info(path, &info, error);
+    return *isThere || error->kind == FileError::NotFound;
+}
+
+} // namespace
+
+QByteArray libraryDatabase(DeviceFileSystem &files, DeviceKind kind)
+{
+    if (kind == DeviceKind::Classic)
+        return CaseBlindPaths(files).resolved(photoDatabasePath);
+    return kind == DeviceKind::Ios ? QByteArray(databasePath) : QByteArray();
+}
+
+bool findDeviceKind(DeviceFileSystem &files, DeviceKind *kind, FileError *error)
+{
+    bool isIos = false;
+    bool isClassic = false;
+    if (!look(files, databasePath, &isIos, error))
+        return false;
+    if (!isIos && !look(files, libraryDatabase(files, DeviceKind::Classic), &isClassic, error))
+        return false;
+    *kind = isIos ? DeviceKind::Ios : isClassic ? DeviceKind::Classic : DeviceKind::None;
+    return true;
+}
