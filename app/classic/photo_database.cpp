@@ -14,6 +14,7 @@ enum ContentType { AlbumName = 1, Thumbnail = 2, FileName = 3, FullResolution = 
 
 constexpr quint32 contentTypeField = 12; // 16 bits, like the type of a section
 
+constexpr quint32 formatField = 16;
 constexpr quint32 fullResolutionFormat = 1;
 
 class LibraryReader
@@ -25,6 +26,7 @@ private:
     void readPhotos(const Chunk &section);
     void readPhoto(const Chunk &item);
     void readImage(const Chunk &content, ClassicPhoto *photo);
+    void readVariant(const Chunk &image, ClassicPhoto *photo);
     void readAlbums(const Chunk &section);
     void readAlbum(const Chunk &item);
 
@@ -117,7 +119,7 @@ qint32 pixels(quint16 stored)
 itdb_photo storedPicture(const Chunk &image)
 {
     itdb_photo picture;
-    picture.formatId = static_cast<qint32>(image.u32(16));
+    picture.formatId = static_cast<qint32>(image.u32(formatField));
     picture.offset = static_cast<qint32>(image.u32(20));
     picture.size = static_cast<qint32>(image.u32(24));
     picture.verticalPadding = pixels(image.u16(28));
@@ -135,20 +137,29 @@ bool isReadable(const itdb_photo &picture)
     return picture.offset >= 0 && picture.size > 0 && !picture.fileName.isEmpty();
 }
 
+bool isFullResolution(const Chunk &content, const Chunk &image)
+{
+    return content.u16(contentTypeField) == FullResolution ||
+           image.u32(formatField) == fullResolutionFormat;
+}
+
 void LibraryReader::readImage(const Chunk &content, ClassicPhoto *photo)
 {
     const Chunk image = imageOf(content);
+    if (!isFullResolution(content, image))
+        return readVariant(image, photo);
     const std::optional<Chunk> name = fileNameOf(image);
-    const bool isOriginal =
-        content.u16(contentTypeField) == FullResolution || image.u32(16) == fullResolutionFormat;
-    if (!isOriginal) {
-        itdb_photo picture = storedPicture(image);
-        picture.fileName = name ? sharedName(*name) : QString();
-        if (isReadable(picture))
-            photo->variants.append(picture);
-    } else if (name && photo->originalName.isEmpty()) {
+    if (name && photo->originalName.isEmpty())
         photo->originalName = name->text();
-    }
+}
+
+void LibraryReader::readVariant(const Chunk &image, ClassicPhoto *photo)
+{
+    itdb_photo picture = storedPicture(image);
+    if (const std::optional<Chunk> name = fileNameOf(image))
+        picture.fileName = sharedName(*name);
+    if (isReadable(picture))
+        photo->variants.append(picture);
 }
 
 // All pictures of a format are in a few files, so thousands of them share one name.
