@@ -1,7 +1,9 @@
 #include "classic/image_unpacker.h"
 
 #include "classic/new_image.h"
+#include "classic/picture_place.h"
 #include "classic/pixel_formats.h"
+#include "classic/row_length.h"
 #include "classic/yuv_image.h"
 
 #include <QBuffer>
@@ -10,57 +12,21 @@
 
 namespace {
 
-QString withFormat(const PixelFormat &format, const QString &cause)
-{
-    return QStringLiteral("%1: %2").arg(format.id).arg(cause);
-}
+constexpr int dotsPerMeter = 2834; // 72 an inch
 
-QString sizeText(int width, int height)
+// Fills `*cause` with what is wrong where the format's pictures do not have `bytes`.
+bool isSizeOf(const PixelFormat &format, qint64 bytes, QString *cause)
 {
-    return QStringLiteral("%1 x %2").arg(width).arg(height);
-}
-
-// Empty for bytes of the format. Databases give the place in the file as the size or what the
-// pixels fill of it.
-QString causeOfSize(const PixelFormat &format, qint64 bytes)
-{
-    if (format.layout == PixelLayout::Jpeg || bytes == format.pixelBytes())
-        return QString();
-    QString sizes = QString::number(format.pixelBytes());
-    if (format.slotBytes != 0) {
-        if (bytes == format.slotBytes)
-            return QString();
+    const qint32 pixelBytes = format.pixelBytes();
+    if (format.layout == PixelLayout::Jpeg || bytes == pixelBytes)
+        return true;
+    if (format.slotBytes != 0 && bytes == format.slotBytes)
+        return true;
+    QString sizes = QString::number(pixelBytes);
+    if (format.slotBytes != 0)
         sizes += QStringLiteral(" or %1").arg(format.slotBytes);
-    }
-    return withFormat(format,
-                      QStringLiteral("%1 bytes where the format has %2").arg(bytes).arg(sizes));
-}
-
-// Empty for a picture with at least a pixel, inside of the frame.
-QString causeOfPlace(const PixelFormat &format, const itdb_photo &photo)
-{
-    const QString size = sizeText(photo.width, photo.height);
-    if (photo.width <= 0 || photo.height <= 0)
-        return withFormat(format, QStringLiteral("a picture of %1 pixels").arg(size));
-    if (photo.width > format.width || photo.height > format.height) {
-        return withFormat(format, QStringLiteral("a picture of %1 pixels in a frame of %2")
-                                      .arg(size, sizeText(format.width, format.height)));
-    }
-    const int left = photo.horizontalPadding;
-    const int top = photo.verticalPadding;
-    if (left < 0 || top < 0 || left >= photo.width || top >= photo.height) {
-        return withFormat(format, QStringLiteral("a padding of %1 pixels in a picture of %2")
-                                      .arg(sizeText(left, top), size));
-    }
-    return QString();
-}
-
-// For a picture that `causeOfPlace` finds nothing wrong with: the padding on the left and at
-// the top counts as a part of its width and height.
-QRect placeOf(const itdb_photo &photo)
-{
-    return QRect(QPoint(photo.horizontalPadding, photo.verticalPadding),
-                 QPoint(photo.width - 1, photo.height - 1));
+    *cause = QStringLiteral("%1 bytes where the format has %2").arg(bytes).arg(sizes);
+    return false;
 }
 
 using ReadPixels = void (*)(const void *bytes, qsizetype count, void *pixels);
@@ -73,12 +39,11 @@ QImage imageOfPixels(const uchar *bytes, const QSize &size, QImage::Format forma
     return image;
 }
 
-// The whole frame as it is stored; `bytes` are as many as the format has.
-QImage storedFrame(const PixelFormat &format, const uchar *bytes)
+// The whole frame of a format with pixels, in rows of that size; `bytes` are as many as the
+// format has.
+QImage frameOf(PixelLayout layout, const uchar *bytes, const QSize &size)
 {
-    const QSize size =
-        format.turn == PixelTurn::None ? format.frame() : format.frame().transposed();
-    switch (format.layout) {
+    switch (layout) {
     case PixelLayout::Rgb565:
         return imageOfPixels(bytes, size, QImage::Format_RGB16, qFromLittleEndian<quint16>);
     case PixelLayout::Rgb565BigEndian:
@@ -95,29 +60,62 @@ QImage storedFrame(const PixelFormat &format, const uchar *bytes)
     return QImage();
 }
 
-QImage uprightFrame(const PixelFormat &format, const QByteArray &raw)
+QImage turnedRight(const QImage &image)
 {
-    const QImage stored = storedFrame(format, reinterpret_cast<const uchar *>(raw.constData()));
-    return format.turn == PixelTurn::None ? stored : stored.transformed(QTransform().rotate(90));
+    return image.transformed(QTransform().rotate(90));
 }
 
-QByteArray bmpOf(const QImage &picture)
+// Of a format that is turned. Numbers of the turned frame tell of a writer that has turned it;
+// numbers of the upright frame do not tell, but the pixels do.
+QImage turnedPicture(const PixelFormat &format, const uchar *bytes, const PicturePlace &place)
 {
+    const QImage turned = frameOf(format.layout, bytes, format.frame().transposed());
+    if (place.isInTurnedFrame)
+        return turnedRight(turned.copy(place.rectangle));
+    if (hasRowsOf(format.width, turned))
+        return frameOf(format.layout, bytes, format.frame()).copy(place.rectangle);
+    return turnedRight(turned).copy(place.rectangle);
+}
+
+QImage pictureOf(const PixelFormat &format, const QByteArray &raw, const PicturePlace &place)
+{
+    const auto *bytes = reinterpret_cast<const uchar *>(raw.constData());
+    if (format.turn != PixelTurn::None)
+        return turnedPicture(format, bytes, place);
+    return frameOf(format.layout, bytes, format.frame()).copy(place.rectangle);
+}
+
+QByteArray bmpOf(QImage picture)
+{
+    picture = picture.convertToFormat(QImage::Format_RGB32);
+    // An image has the resolution of the screen by itself, if there is one.
+    picture.setDotsPerMeterX(dotsPerMeter);
+    picture.setDotsPerMeterY(dotsPerMeter);
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     // Nothing but a want of memory keeps it from being written.
-    if (!picture.convertToFormat(QImage::Format_RGB32).save(&buffer, "BMP"))
+    if (!picture.save(&buffer, "BMP"))
         throw std::bad_alloc();
     return buffer.data();
 }
 
-bool unpackJpeg(const PixelFormat &format, const QByteArray &raw, QByteArray *image, QString *error)
+bool unpackJpeg(const QByteArray &raw, QByteArray *image, QString *cause)
 {
     if (!raw.startsWith("\xff\xd8")) {
-        *error = withFormat(format, QStringLiteral("not a JPEG file"));
+        *cause = QStringLiteral("not a JPEG file");
         return false;
     }
     *image = raw;
+    return true;
+}
+
+bool unpackPixels(const PixelFormat &format, const QByteArray &raw, const itdb_photo &photo,
+                  QByteArray *image, QString *cause)
+{
+    PicturePlace place;
+    if (!isSizeOf(format, raw.size(), cause) || !findPlace(format, photo, &place, cause))
+        return false;
+    *image = bmpOf(pictureOf(format, raw, place));
     return true;
 }
 
@@ -126,10 +124,13 @@ bool unpackJpeg(const PixelFormat &format, const QByteArray &raw, QByteArray *im
 QSize unpackedSize(const itdb_photo &photo)
 {
     const PixelFormat *format = findPixelFormat(photo.formatId);
-    if (!format || !causeOfSize(*format, photo.size).isEmpty() ||
-        !causeOfPlace(*format, photo).isEmpty())
+    QString cause;
+    PicturePlace place;
+    if (!format || !isSizeOf(*format, photo.size, &cause) ||
+        !findPlace(*format, photo, &place, &cause))
         return QSize();
-    return placeOf(photo).size();
+    const QSize size = place.rectangle.size();
+    return place.isInTurnedFrame ? size.transposed() : size;
 }
 
 bool unpackImage(const QByteArray &raw, const itdb_photo &photo, QByteArray *image, QString *error)
@@ -139,15 +140,11 @@ bool unpackImage(const QByteArray &raw, const itdb_photo &photo, QByteArray *ima
         *error = QStringLiteral("unknown format %1").arg(photo.formatId);
         return false;
     }
-    if (format->layout == PixelLayout::Jpeg)
-        return unpackJpeg(*format, raw, image, error);
-    QString cause = causeOfSize(*format, raw.size());
-    if (cause.isEmpty())
-        cause = causeOfPlace(*format, photo);
-    if (!cause.isEmpty()) {
-        *error = cause;
-        return false;
-    }
-    *image = bmpOf(uprightFrame(*format, raw).copy(placeOf(photo)));
-    return true;
+    QString cause;
+    const bool isUnpacked = format->layout == PixelLayout::Jpeg
+                                ? unpackJpeg(raw, image, &cause)
+                                : unpackPixels(*format, raw, photo, image, &cause);
+    if (!isUnpacked)
+        *error = QStringLiteral("%1: %2").arg(format->id).arg(cause);
+    return isUnpacked;
 }

@@ -14,18 +14,26 @@ enum class PixelLayout {
     Jpeg,            ///< a JPEG file, as long as it happens to be
 };
 
-/// How a picture is turned in its bytes.
-enum class PixelTurn { None, Rotated };
+/// How a frame is turned in its bytes.
+enum class PixelTurn {
+    None,
+    /// To the left, as the panel of the device's display is: its first row holds the right edge,
+    /// from the top down. Some writers leave it upright all the same.
+    Left,
+};
 
 /// The form that the pictures of one format id have in the device's thumbnail files. Each
 /// fills a frame of the format's size: one that is smaller has padding around it.
+///
+/// Where the frame leaves a part of its place in the file unused, a database may give either
+/// size, that of the pixels or that of the place.
 struct PixelFormat {
     qint32 id;
     int width; ///< of the frame, upright, in pixels
     int height;
     PixelLayout layout;
     PixelTurn turn = PixelTurn::None;
-    qint32 slotBytes = 0; ///< the size of the place in the file, where pixels do not fill it
+    qint32 slotBytes = 0; ///< the place in the file, where the pixels do not fill it
 
     QSize frame() const { return QSize(width, height); }
 
