@@ -1,6 +1,7 @@
 #include "cli/command.h"
 #include "cli/command_error.h"
 #include "cli/output.h"
+#include "sample/classic_sample.h"
 #include "sample/sample_writer.h"
 #include "services/printable.h"
 
@@ -16,6 +17,7 @@ struct SampleArguments {
     std::string folder; ///< the bytes of the command line
     int assets = SampleOptions().assets;
     quint32 seed = SampleOptions().seed;
+    bool classic = false;
     std::string schema = "late";
     bool noPictures = false;
 };
@@ -30,11 +32,32 @@ SampleOptions optionsFrom(const SampleArguments &arguments)
     return options;
 }
 
+ClassicSampleOptions classicOptionsFrom(const SampleArguments &arguments)
+{
+    ClassicSampleOptions options;
+    options.photos = arguments.assets;
+    options.seed = arguments.seed;
+    options.pictures = !arguments.noPictures;
+    return options;
+}
+
+void write(const QString &folder, const SampleArguments &arguments)
+{
+    QString error;
+    const bool isWritten = arguments.classic
+                               ? writeClassicSample(folder, classicOptionsFrom(arguments), &error)
+                               : writeSample(folder, optionsFrom(arguments), &error);
+    if (!isWritten)
+        throw CommandError(error);
+}
+
 void report(const SampleArguments &arguments)
 {
+    const QByteArray count = QByteArray::number(arguments.assets);
     Output output;
-    output.write("Wrote a sample device with " + QByteArray::number(arguments.assets) +
-                 " assets to " + printable(QByteArray::fromStdString(arguments.folder)) + '\n');
+    output.write((arguments.classic ? "Wrote a sample classic iPod with " + count + " photos to "
+                                    : "Wrote a sample device with " + count + " assets to ") +
+                 printable(QByteArray::fromStdString(arguments.folder)) + '\n');
     output.flush();
 }
 
@@ -45,9 +68,7 @@ int runSample(const SampleArguments &arguments, const CommonOptions &common)
     // Qt names files in the locale's encoding; another name would end up elsewhere.
     if (QFile::encodeName(folder) != bytes)
         throw CommandError(arguments.folder, "this locale has no such characters");
-    QString error;
-    if (!writeSample(folder, optionsFrom(arguments), &error))
-        throw CommandError(error);
+    write(folder, arguments);
     if (!common.quiet)
         report(arguments);
     return 0;
@@ -62,9 +83,12 @@ void addArguments(CLI::App &command, SampleArguments &arguments)
         ->capture_default_str();
     command.add_option("--seed", arguments.seed, "Another seed gives another library")
         ->capture_default_str();
+    CLI::Option *const classic =
+        command.add_flag("--classic", arguments.classic, "Write a classic iPod, with photos only");
     command.add_option("--schema", arguments.schema, "Generation of the database")
         ->check(CLI::IsMember({"early", "late"}))
-        ->capture_default_str();
+        ->capture_default_str()
+        ->excludes(classic);
     command.add_flag("--no-pictures", arguments.noPictures,
                      "Write the database only, not the files that it names");
 }
@@ -80,7 +104,8 @@ void addSampleCommand(CLI::App &app, CommandContext &context)
     command->footer("Examples:\n"
                     "  photolib sample phone\n"
                     "  photolib sample phone --assets 500 --seed 7 --schema early\n"
-                    "  photolib sample large --assets 100000 --no-pictures");
+                    "  photolib sample large --assets 100000 --no-pictures\n"
+                    "  photolib sample ipod --classic");
     command->callback([arguments, &context] {
         context.run = [arguments, &context] { return runSample(*arguments, context.options); };
     });

@@ -22,14 +22,6 @@ enum Kind {
 constexpr qint64 rootFolderPk = 1;
 constexpr qint64 travelFolderPk = 4;
 
-constexpr quint32 slots_(std::initializer_list<int> list)
-{
-    quint32 bits = 0;
-    for (const int slot : list)
-        bits |= 1U << slot;
-    return bits;
-}
-
 class AlbumList
 {
 public:
@@ -60,21 +52,21 @@ void addFolders(AlbumList &list, const Entities &entities)
 {
     list.add(RootFolderKind, entities.folder(), QString());
     list.add(ProjectRootKind, entities.folder(), QString());
-    list.add(SyncProgressKind, entities.album, QStringLiteral("progress-sync"), slots_({15}));
+    list.add(SyncProgressKind, entities.album, QStringLiteral("progress-sync"), slotBits({15}));
     list.add(FolderKind, entities.folder(), QStringLiteral("Reisen")).parentPk = rootFolderPk;
 }
 
 void addUserAlbums(AlbumList &list, const Entities &entities)
 {
     list.add(UserKind, entities.album, QStringLiteral("Summer by the Sea"),
-             slots_({0, 1, 2, 3, 8}));
+             slotBits({0, 1, 2, 3, 8}));
     AlbumPlan &renamed =
-        list.add(UserKind, entities.album, QStringLiteral("日本 🗾 2018"), slots_({7, 9, 10, 11}));
+        list.add(UserKind, entities.album, QStringLiteral("日本 🗾 2018"), slotBits({7, 9, 10, 11}));
     renamed.firstTitle = QStringLiteral("Untitled Album");
     renamed.parentPk = travelFolderPk;
-    list.add(UserKind, entities.album, QString(), slots_({4, 5, 6}));
+    list.add(UserKind, entities.album, QString(), slotBits({4, 5, 6}));
     list.add(UserKind, entities.album, QStringLiteral("Århus – Kraków, für Zoë"),
-             slots_({0, 9, 12}))
+             slotBits({0, 9, 12}))
         .parentPk = travelFolderPk;
     list.skip(2);
     list.add(UserKind, entities.album, QStringLiteral("Empty"));
@@ -82,11 +74,11 @@ void addUserAlbums(AlbumList &list, const Entities &entities)
 
 void addOtherAlbums(AlbumList &list, const Entities &entities)
 {
-    list.add(SyncedKind, entities.album, QStringLiteral("Família"), slots_({0, 15, 16}));
+    list.add(SyncedKind, entities.album, QStringLiteral("Família"), slotBits({0, 15, 16}));
     list.add(SyncedKind, entities.album, QString());
     list.add(SharedKind, entities.sharedAlbum(), QStringLiteral("Shared: Wedding"),
-             slots_({17, 18}));
-    list.add(ImportKind, entities.importSession(), QString(), slots_({9, 10, 11}));
+             slotBits({17, 18}));
+    list.add(ImportKind, entities.importSession(), QString(), slotBits({9, 10, 11}));
     list.add(SmartKind, entities.fetchingAlbum(), QStringLiteral("Favourites"));
     list.add(BuiltInKind, entities.fetchingAlbum(), QString());
     list.add(FetchingKind, entities.fetchingAlbum(), QString());
@@ -94,7 +86,7 @@ void addOtherAlbums(AlbumList &list, const Entities &entities)
 
 void addTrashedAlbum(AlbumList &list, const Entities &entities)
 {
-    list.add(UserKind, entities.album, QStringLiteral("Old Trip"), slots_({7, 13})).trashedState =
+    list.add(UserKind, entities.album, QStringLiteral("Old Trip"), slotBits({7, 13})).trashedState =
         1;
 }
 
@@ -123,7 +115,7 @@ QVector<AlbumPlan> albumsOf(SampleSchema schema)
     addOtherAlbums(list, entities);
     if (schema == SampleSchema::Late)
         addTrashedAlbum(list, entities);
-    list.add(UserKind, entities.album, QStringLiteral("Added Yesterday"), slots_({1, 19}))
+    list.add(UserKind, entities.album, QStringLiteral("Added Yesterday"), slotBits({1, 19}))
         .onlyInLog = true;
     return list.albums();
 }

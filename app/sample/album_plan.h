@@ -5,7 +5,18 @@
 
 #include <QVector>
 
+#include <initializer_list>
+
 namespace sample {
+
+/// The slots of `list` as bits: slot n is bit n.
+constexpr quint32 slotBits(std::initializer_list<int> list)
+{
+    quint32 bits = 0;
+    for (const int slot : list)
+        bits |= 1U << slot;
+    return bits;
+}
 
 /// The entity numbers of a database model, from which its join table gets its names. They
 /// follow from that of `Album`.

@@ -231,17 +231,21 @@ QImage Canvas::picture() const
     return reduced(large, m_width / enlargement, m_height / enlargement);
 }
 
-QImage fitted(const QImage &picture, const QSize &frame)
+QSize fittedSize(const QSize &picture, const QSize &frame)
 {
     if (picture.width() <= frame.width() && picture.height() <= frame.height())
         return picture;
     // The narrower way decides; multiplied out, since quotients would be rounded.
     const bool wide = picture.width() * frame.height() >= picture.height() * frame.width();
     if (wide)
-        return reduced(picture, frame.width(),
-                       std::max(picture.height() * frame.width() / picture.width(), 1));
-    return reduced(picture, std::max(picture.width() * frame.height() / picture.height(), 1),
-                   frame.height());
+        return {frame.width(), std::max(picture.height() * frame.width() / picture.width(), 1)};
+    return {std::max(picture.width() * frame.height() / picture.height(), 1), frame.height()};
+}
+
+QImage fitted(const QImage &picture, const QSize &frame)
+{
+    const QSize size = fittedSize(picture.size(), frame);
+    return size == picture.size() ? picture : reduced(picture, size.width(), size.height());
 }
 
 } // namespace sample

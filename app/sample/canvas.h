@@ -3,6 +3,7 @@
 
 #include <QImage>
 #include <QRgb>
+#include <QSize>
 #include <QVector>
 
 namespace sample {
@@ -68,6 +69,9 @@ private:
     int m_span;
     QVector<QRgb> m_pixels;
 };
+
+/// The size that a picture of size `picture` has when it is fitted() into `frame.`
+QSize fittedSize(const QSize &picture, const QSize &frame);
 
 /// `picture` reduced to fit into `frame` with its proportions, at least one pixel each way;
 /// as it is when it fits already.

@@ -1,9 +1,9 @@
 #include "sample/jpeg.h"
 
+#include "sample/dates.h"
 #include "sample/sample_error.h"
 
 #include <QBuffer>
-#include <QDateTime>
 #include <QImageWriter>
 #include <QTransform>
 #include <QtEndian>
@@ -61,8 +61,7 @@ QByteArray exifBlock(int orientation, const QByteArray &date)
 
 QByteArray exifSegment(int orientation, qint64 takenAt)
 {
-    const QDateTime reference(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
-    const QString date = reference.addSecs(takenAt).toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+    const QString date = dateTime(takenAt).toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"));
     const QByteArray content = QByteArray("Exif\0\0", 6) + exifBlock(orientation, date.toLatin1());
     QByteArray segment("\xff\xe1");
     put16(segment, content.size() + 2);

@@ -1,8 +1,8 @@
 #include "sample/output_folder.h"
 
+#include "sample/dates.h"
 #include "sample/sample_error.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 
@@ -22,11 +22,6 @@ fs::path nativePath(const QString &path)
 [[noreturn]] void failFor(const QString &action, const QString &path, const QString &cause)
 {
     throw SampleError(QStringLiteral("cannot %1 %2: %3").arg(action, path, cause));
-}
-
-QDateTime dateTime(qint64 seconds)
-{
-    return QDateTime(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC).addSecs(seconds);
 }
 
 /// The folders from the root to `path`, itself included, that do not exist; outermost first.

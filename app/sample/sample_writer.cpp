@@ -9,7 +9,6 @@
 #include "sample/sample_error.h"
 
 #include <memory>
-#include <new>
 
 namespace {
 
@@ -69,13 +68,5 @@ void writeAll(const QString &dir, const SampleOptions &options)
 
 bool writeSample(const QString &dir, const SampleOptions &options, QString *error)
 {
-    try {
-        writeAll(dir, options);
-        return true;
-    } catch (const SampleError &failure) {
-        *error = QString::fromUtf8(failure.what());
-    } catch (const std::bad_alloc &) {
-        *error = QStringLiteral("cannot write %1: out of memory").arg(dir);
-    }
-    return false;
+    return written(dir, error, [&] { writeAll(dir, options); });
 }

@@ -1,0 +1,92 @@
+#include "sample/classic_plan.h"
+
+#include "sample/album_plan.h"
+#include "sample/dates.h"
+
+#include <array>
+
+namespace sample {
+
+namespace {
+
+constexpr int outingSize = 20;
+// No films, nothing from the trash and nothing that readers leave out.
+constexpr std::array<int, 16> photoSlots = {0, 1, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13, 15, 16, 18, 19};
+constexpr int photosPerOuting = static_cast<int>(photoSlots.size());
+constexpr quint32 firstId = 100; // devices keep lower ones for themselves
+
+int slotOf(int index)
+{
+    return photoSlots.at(static_cast<std::size_t>(index % photosPerOuting));
+}
+
+int assetIndex(int index)
+{
+    return index / photosPerOuting * outingSize + slotOf(index);
+}
+
+SampleOptions libraryOptions(const ClassicSampleOptions &options)
+{
+    SampleOptions library;
+    library.assets = (options.photos / photosPerOuting + 1) * outingSize;
+    library.seed = options.seed;
+    library.schema = SampleSchema::Early; // the years when these devices were sold
+    return library;
+}
+
+/// Cameras of the time gave four pictures of three to the frame of a television.
+void enlarge(AssetPlan &asset)
+{
+    asset.width = asset.width * 8 / 5;
+    asset.height = asset.height * 8 / 5;
+}
+
+} // namespace
+
+ClassicPlan::ClassicPlan(const ClassicSampleOptions &options)
+    : m_options(options), m_library(libraryOptions(options))
+{
+}
+
+quint32 ClassicPlan::photoId(int index)
+{
+    return firstId + static_cast<quint32>(assetIndex(index));
+}
+
+bool ClassicPlan::isMember(const ClassicAlbumPlan &album, int index)
+{
+    return album.isMaster || (album.memberSlots >> slotOf(index) & 1U) != 0;
+}
+
+ClassicPhotoPlan ClassicPlan::photo(int index) const
+{
+    ClassicPhotoPlan photo;
+    photo.index = index;
+    photo.id = photoId(index);
+    photo.asset = m_library.asset(assetIndex(index));
+    enlarge(photo.asset);
+    const QString date =
+        dateTime(static_cast<qint64>(photo.asset.created)).toString(QStringLiteral("yyyy/MM/dd"));
+    if (index % 3 != 2)
+        photo.originalPath =
+            QStringLiteral("Full Resolution/%1/%2").arg(date, photo.asset.fileName);
+    return photo;
+}
+
+QVector<ClassicAlbumPlan> classicAlbums()
+{
+    ClassicAlbumPlan library;
+    library.name = QStringLiteral("Photo Library");
+    library.isMaster = true;
+    ClassicAlbumPlan summer{QStringLiteral("Summer by the Sea"), slotBits({0, 1, 3, 8})};
+    summer.slideSeconds = 3;
+    summer.transition = QStringLiteral("Dissolve");
+    ClassicAlbumPlan travels{QStringLiteral("Århus – Kraków, für Zoë"), slotBits({0, 9, 13})};
+    travels.isWide = true;
+    const ClassicAlbumPlan japan{QStringLiteral("日本 2012"), slotBits({7, 9, 10, 11})};
+    const ClassicAlbumPlan series{QStringLiteral("Series"), slotBits({4, 5, 6})};
+    const ClassicAlbumPlan empty{QStringLiteral("Empty")};
+    return {library, summer, travels, japan, series, empty};
+}
+
+} // namespace sample
