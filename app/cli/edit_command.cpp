@@ -103,6 +103,10 @@ int runEdit(const CommandContext &context, const std::optional<std::string> &dev
     const QVector<ScriptEdit> edits = readScript(script);
     int refused = 0;
     const auto write = [&edits, &refused](LibrarySession &session, Output &output) {
+        // The plug-in takes them for done all the same.
+        if (session.classicIpod())
+            throw CommandError(session.deviceName(),
+                               "the albums of a classic iPod can not be edited");
         refused = applyEdits(session.library(), edits, output);
         output.write("\n");
         writeAlbumTable(session.library(), output);

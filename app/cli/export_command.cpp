@@ -1,6 +1,6 @@
 #include "cli/command_error.h"
 #include "cli/export_folder.h"
-#include "cli/file_names.h"
+#include "cli/export_items.h"
 #include "cli/folder_tools.h"
 #include "cli/id_list.h"
 #include "cli/interruptible_run.h"
@@ -9,10 +9,8 @@
 #include "cli/library_ids.h"
 #include "cli/library_session.h"
 #include "cli/output.h"
-#include "cli/photo_export.h"
 #include "cli/photo_text.h"
 #include "cli/progress_bar.h"
-#include "services/device_names.h"
 #include "services/log_output.h"
 
 #include <QElapsedTimer>
@@ -57,33 +55,16 @@ QList<quint64> chosenIds(const ExportArguments &arguments, LibrarySession &sessi
     return eachOnce(ids);
 }
 
-ExportItem exportItem(LibrarySession &session, quint64 id)
-{
-    photoItem photo;
-    session.library().getPhoto(id, &photo); // false only when there is no file
-    ExportItem item;
-    item.label = labelText(photo);
-    item.name = safeFileName(writtenName(photo.name));
-    item.path = photo.path.toUtf8();
-    if (!deviceFileInfo(session.files(), item.path, &item.info, &item.failure))
-        return item;
-    if (item.info.type == FileInfo::File)
-        item.failure = FileError();
-    else
-        item.failure = {FileError::WrongType, QStringLiteral("not a regular file")};
-    return item;
-}
-
-QVector<ExportItem> exportItems(LibrarySession &session, const QList<quint64> &ids)
+QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids)
 {
     QVector<ExportItem> items;
     items.reserve(ids.size());
     InterruptibleTask task(session.showsProgress(), QStringLiteral("Looking at the files"),
                            ids.size());
     const auto lookAtAll = [&] {
-        for (const quint64 id : ids) {
-            task.setDone(items.size());
-            items.append(exportItem(session, id));
+        for (int i = 0; i < ids.size(); ++i) {
+            task.setDone(i);
+            items += exportItems(session, ids[i]);
         }
     };
     if (task.run(lookAtAll))
@@ -163,7 +144,7 @@ bool runReported(PhotoExport &photos, bool showsProgress)
 int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession &session,
                  Output &output)
 {
-    const QVector<ExportItem> items = exportItems(session, chosenIds(arguments, session));
+    const QVector<ExportItem> items = itemsFor(session, chosenIds(arguments, session));
     const auto path = QByteArray::fromStdString(arguments.folder);
     const std::unique_ptr<EnsuredFolder> ensured = session.folderOutside(path);
     refuseDevice(path);
@@ -200,6 +181,10 @@ void addArguments(CLI::App &command, ExportArguments &arguments)
     arguments.album = addAlbumOption(command);
     command.footer("A name that is taken gets a number; a file that is there already is left as "
                    "it is, so that\na second run copies only what is missing.\n"
+                   "\n"
+                   "Of a photo of a classic iPod the full-resolution file is copied, if there is "
+                   "one, and the\nlargest of the stored pictures written: as BMP, or as JPEG where "
+                   "it is stored so.\n"
                    "\n"
                    "Examples:\n"
                    "  photolib export /media/phone ~/Pictures/phone\n"

@@ -1,3 +1,4 @@
+#include "cli/classic_photos.h"
 #include "cli/library_command.h"
 #include "cli/library_session.h"
 #include "cli/output.h"
@@ -11,7 +12,21 @@
 
 namespace {
 
-// What the library holds, counted photo by photo.
+// From the oldest to the newest of several dates.
+struct DateRange {
+    QDateTime oldest;
+    QDateTime newest;
+
+    void add(const QDateTime &date)
+    {
+        if (!oldest.isValid() || date < oldest)
+            oldest = date;
+        if (!newest.isValid() || date > newest)
+            newest = date;
+    }
+};
+
+// What the library of an iOS device holds, counted photo by photo.
 struct Summary {
     int photos = 0;
     int videos = 0;
@@ -19,8 +34,7 @@ struct Summary {
     int trashed = 0;
     qint64 bytes = 0;
     QSet<QString> bursts;
-    QDateTime oldest;
-    QDateTime newest;
+    DateRange modified;
 
     void add(const photoItem &item, bool isThere);
 
@@ -46,10 +60,7 @@ void Summary::addFile(const photoItem &item)
         ++trashed;
     if (isInBurst(item))
         bursts.insert(item.avalancheUUID);
-    if (!oldest.isValid() || item.modifyDate < oldest)
-        oldest = item.modifyDate;
-    if (!newest.isValid() || item.modifyDate > newest)
-        newest = item.modifyDate;
+    modified.add(item.modifyDate);
 }
 
 Summary summaryOf(LibrarySession &session)
@@ -63,25 +74,77 @@ Summary summaryOf(LibrarySession &session)
     return summary;
 }
 
-void writeSummary(LibrarySession &session, Output &output)
+class LineWriter
+{
+public:
+    explicit LineWriter(Output &output) : m_output(output) {}
+
+    void write(const char *label, const QString &value)
+    {
+        m_output.writeLine(QStringLiteral("%1 %2").arg(QLatin1String(label), -13).arg(value));
+    }
+
+    void write(const char *label, int count) { write(label, QString::number(count)); }
+
+    // No line when there is no date.
+    void write(const char *label, const DateRange &range)
+    {
+        if (range.oldest.isValid())
+            write(label, QStringLiteral("%1 to %2 (UTC)")
+                             .arg(dateText(range.oldest), dateText(range.newest)));
+    }
+
+private:
+    Output &m_output;
+};
+
+void writeIosSummary(LibrarySession &session, LineWriter &lines)
 {
     const Summary summary = summaryOf(session);
-    const auto line = [&output](const char *label, const QString &value) {
-        output.writeLine(QStringLiteral("%1 %2").arg(QLatin1String(label), -13).arg(value));
-    };
-    line("Device:", QString::fromUtf8(printable(QByteArray::fromStdString(session.deviceName()))));
-    line("Kind:", QStringLiteral("iOS device (folder)"));
-    line("Library UUID:", nameText(session.library().getUUID()));
-    line("Photos:", QString::number(summary.photos));
-    line("Videos:", QString::number(summary.videos));
-    line("Missing:", QStringLiteral("%1 without a file on the device").arg(summary.missing));
-    line("Bursts:", QString::number(summary.bursts.size()));
-    line("In the trash:", QString::number(summary.trashed));
-    line("Albums:", QString::number(session.library().albumCnt()));
-    line("Size:", byteCountText(summary.bytes));
-    if (summary.oldest.isValid())
-        line("Modified:", QStringLiteral("%1 to %2 (UTC)")
-                              .arg(dateText(summary.oldest), dateText(summary.newest)));
+    lines.write("Kind:", QStringLiteral("iOS device (folder)"));
+    lines.write("Library UUID:", nameText(session.library().getUUID()));
+    lines.write("Photos:", summary.photos);
+    lines.write("Videos:", summary.videos);
+    lines.write("Missing:", QStringLiteral("%1 without a file on the device").arg(summary.missing));
+    lines.write("Bursts:", summary.bursts.size());
+    lines.write("In the trash:", summary.trashed);
+    lines.write("Albums:", session.library().albumCnt());
+    lines.write("Size:", byteCountText(summary.bytes));
+    lines.write("Modified:", summary.modified);
+}
+
+void writeClassicSummary(LibrarySession &session, LineWriter &lines)
+{
+    int originals = 0;
+    qint64 bytes = 0;
+    DateRange taken;
+    for (const quint64 id : session.library().photoIDs()) {
+        const ClassicPhoto &photo = *classicPhoto(session, id);
+        originals += hasOriginal(photo) ? 1 : 0;
+        bytes += storedBytes(photo);
+        photoItem item;
+        session.library().getPhoto(id, &item);
+        const QDateTime date = takenDate(item);
+        if (date.isValid())
+            taken.add(date);
+    }
+    lines.write("Kind:", QStringLiteral("classic iPod (folder)"));
+    lines.write("Photos:", session.library().photoCnt());
+    lines.write("Originals:", QStringLiteral("%1 in full resolution").arg(originals));
+    lines.write("Albums:", session.library().albumCnt());
+    lines.write("Stored:", byteCountText(bytes));
+    lines.write("Taken:", taken);
+}
+
+void writeSummary(LibrarySession &session, Output &output)
+{
+    LineWriter lines(output);
+    lines.write("Device:",
+                QString::fromUtf8(printable(QByteArray::fromStdString(session.deviceName()))));
+    if (session.classicIpod())
+        writeClassicSummary(session, lines);
+    else
+        writeIosSummary(session, lines);
 }
 
 } // namespace

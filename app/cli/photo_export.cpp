@@ -3,13 +3,13 @@
 #include "cli/command_error.h"
 #include "cli/export_folder.h"
 #include "cli/file_names.h"
+#include "cli/photo_text.h"
 #include "cli/progress_bar.h"
 #include "services/device_names.h"
 
 #include <cerrno>
 #include <cstring>
 #include <limits>
-#include <optional>
 #include <system_error>
 
 namespace {
@@ -35,9 +35,7 @@ qint64 saturatedSum(qint64 a, qint64 b)
 {
     if (error.kind == FileError::Disconnected)
         throw CommandError("the device", error.text.toStdString());
-    if (error.kind == FileError::NotFound)
-        throw FileFailure{QStringLiteral("missing on the device")};
-    throw FileFailure{error.text};
+    throw FileFailure{failureText(error)};
 }
 
 // Whether a disk refuses the one file only, for its size or its name.
@@ -47,11 +45,41 @@ bool concernsOneFile(const std::error_code &code)
     return value == EFBIG || value == ENAMETOOLONG || value == EINVAL || value == EILSEQ;
 }
 
+class MemoryFile : public DeviceFile
+{
+public:
+    explicit MemoryFile(QByteArray bytes) : m_bytes(std::move(bytes)) {}
+
+    qint64 read(char *buffer, qint64 length, FileError *) override
+    {
+        const qint64 count = qBound<qint64>(0, m_bytes.size() - m_position, length);
+        if (count > 0)
+            std::memcpy(buffer, m_bytes.constData() + m_position, static_cast<size_t>(count));
+        m_position += count;
+        return count;
+    }
+
+    bool seek(qint64 offset, FileError *) override
+    {
+        m_position = offset;
+        return true;
+    }
+
+    qint64 tell() const override { return m_position; }
+    qint64 size(FileError *) override { return m_bytes.size(); }
+
+private:
+    const QByteArray m_bytes;
+    qint64 m_position = 0;
+};
+
 } // namespace
 
-// The file on the device, and the copy of it once there is one.
+// What is copied, and the copy of it once there is one.
 struct PhotoExport::Source {
-    const ExportItem &item;
+    QByteArray name;
+    qint64 size;
+    std::optional<qint64> modified;
     std::unique_ptr<DeviceFile> file;
     std::optional<NewFile> copy;
 };
@@ -88,13 +116,8 @@ void PhotoExport::run()
 void PhotoExport::handle(const ExportItem &item)
 {
     try {
-        FileError error = item.failure;
-        Source source{item, nullptr, std::nullopt};
-        if (error.kind == FileError::None)
-            source.file = openDeviceFile(m_files, item.path, &error);
-        if (!source.file)
-            failToRead(error);
-        store(item, source);
+        Source source = item.make ? made(item) : opened(item);
+        store(source);
     } catch (const FileFailure &failure) {
         addFailure(item, failure.cause);
     } catch (const std::system_error &error) {
@@ -105,10 +128,30 @@ void PhotoExport::handle(const ExportItem &item)
     }
 }
 
-void PhotoExport::store(const ExportItem &item, Source &source)
+PhotoExport::Source PhotoExport::opened(const ExportItem &item)
 {
-    for (int number = m_folder.firstUnclaimed(item.name);; ++number) {
-        const QByteArray name = numberedName(item.name, number);
+    FileError error = item.failure;
+    std::unique_ptr<DeviceFile> file;
+    if (error.kind == FileError::None)
+        file = openDeviceFile(m_files, item.path, &error);
+    if (!file)
+        failToRead(error);
+    return {item.name, item.info.size, item.info.modified, std::move(file), std::nullopt};
+}
+
+PhotoExport::Source PhotoExport::made(const ExportItem &item)
+{
+    const MadeFile file = item.make();
+    if (file.failure.kind != FileError::None)
+        failToRead(file.failure);
+    return {file.name, file.bytes.size(), file.modified, std::make_unique<MemoryFile>(file.bytes),
+            std::nullopt};
+}
+
+void PhotoExport::store(Source &source)
+{
+    for (int number = m_folder.firstUnclaimed(source.name);; ++number) {
+        const QByteArray name = numberedName(source.name, number);
         if (m_folder.isClaimed(name) || !storeAs(name, source))
             continue;
         m_folder.claim(name);
@@ -131,7 +174,7 @@ bool PhotoExport::storeAs(const QByteArray &name, Source &source)
         return isPresentAs(name, source); // of another export that is running, say
     count(&ExportCounts::copied);
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_counts.copiedBytes += source.item.info.size;
+    m_counts.copiedBytes += source.size;
     return true;
 }
 
@@ -153,16 +196,17 @@ void PhotoExport::copy(Source &source, NewFile &target)
         failToRead(error);
     while (const qint64 count = readBlock(source))
         target.write(m_block.constData(), count);
-    if (source.file->tell() != source.item.info.size)
+    if (source.file->tell() != source.size)
         throw FileFailure{QStringLiteral("changed while it was read")};
-    target.setModified(source.item.info.modified);
+    if (source.modified)
+        target.setModified(*source.modified);
 }
 
 bool PhotoExport::isSameAs(const QByteArray &name, Source &source)
 {
     FileError error;
     const std::unique_ptr<DeviceFile> other = m_folder.open(name);
-    if (!other || other->size(&error) != source.item.info.size)
+    if (!other || other->size(&error) != source.size)
         return false;
     if (!source.file->seek(0, &error))
         failToRead(error);
@@ -173,7 +217,7 @@ bool PhotoExport::isSameAs(const QByteArray &name, Source &source)
         if (otherCount != count || std::memcmp(m_block.constData(), own, length) != 0)
             return false;
     }
-    return source.file->tell() == source.item.info.size;
+    return source.file->tell() == source.size;
 }
 
 // The bytes read into the block; 0 at the end of the file.

@@ -8,18 +8,33 @@
 #include <QVector>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 class ExportFolder;
 
-/// One file to copy off the device.
+/// A file that the program makes of what a device stores in another form.
+struct MadeFile {
+    QByteArray name; ///< a safe file name
+    QByteArray bytes;
+    std::optional<qint64> modified; ///< nanoseconds since 1970-01-01 UTC, when it is known
+    FileError failure;              ///< why there is none, unless its kind is None
+};
+
+/// One file to copy off the device, or to make.
 struct ExportItem {
     QString label;     ///< names it in messages
     QByteArray name;   ///< for the copy: a safe file name
     QByteArray path;   ///< on the device
     FileInfo info;     ///< of the file
     FileError failure; ///< why there is nothing to copy, unless its kind is None
+
+    /// Makes a file that is none of the device's, called by `PhotoExport::run` when it is its
+    /// turn; null for a file of the device. Of the members above, the label and the size
+    /// count then, which is an estimate for the progress.
+    std::function<MadeFile()> make;
 };
 
 /// How many files an export has dealt with.
@@ -35,7 +50,7 @@ struct ExportCounts {
     QString text() const;
 };
 
-/// Copies files off a device into a folder.
+/// Copies files off a device into a folder, and writes those that are made.
 ///
 /// A copy has its content and its time of change before it gets its name, which replaces
 /// nothing: a name that is taken gets a number. A file of that name with the same content
@@ -71,7 +86,9 @@ private:
     struct Source;
 
     void handle(const ExportItem &item);
-    void store(const ExportItem &item, Source &source);
+    Source opened(const ExportItem &item);
+    static Source made(const ExportItem &item);
+    void store(Source &source);
     bool storeAs(const QByteArray &name, Source &source);
     bool isPresentAs(const QByteArray &name, Source &source);
     void copy(Source &source, NewFile &target);

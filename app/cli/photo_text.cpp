@@ -52,6 +52,11 @@ QString durationText(qint64 seconds)
            twoDigits(seconds % 60);
 }
 
+QString failureText(const FileError &error)
+{
+    return error.kind == FileError::NotFound ? QStringLiteral("missing on the device") : error.text;
+}
+
 QString labelText(const photoItem &item)
 {
     return item.path.isEmpty() ? QString::number(item.id) : nameText(item.path);

@@ -5,6 +5,7 @@
 #include <QString>
 
 class photoItem;
+struct FileError;
 
 /// The plug-in's code for a video in `photoItem::type`.
 constexpr int videoType = 2;
@@ -30,6 +31,9 @@ QString dateText(const QDateTime &date);
 
 /// "0:07" or "1:02:03".
 QString durationText(qint64 seconds);
+
+/// The cause of a failure on the device for a message: "missing on the device", say.
+QString failureText(const FileError &error);
 
 /// What tells the item from others in a message: its path, or its id when it has none.
 QString labelText(const photoItem &item);

@@ -1,3 +1,4 @@
+#include "cli/classic_photos.h"
 #include "cli/library_command.h"
 #include "cli/library_ids.h"
 #include "cli/library_session.h"
@@ -10,7 +11,7 @@
 
 namespace {
 
-QStringList row(LibrarySession &session, quint64 id)
+QStringList iosRow(LibrarySession &session, quint64 id)
 {
     photoItem item;
     const bool isThere = session.photo(id, &item);
@@ -20,17 +21,46 @@ QStringList row(LibrarySession &session, quint64 id)
             dimensionsText(item), dateText(item.modifyDate), nameText(item.path)};
 }
 
+QStringList classicRow(LibrarySession &session, quint64 id)
+{
+    photoItem item;
+    session.library().getPhoto(id, &item);
+    const ClassicPhoto &photo = *classicPhoto(session, id);
+    const itdb_photo *const largest = largestVariant(photo);
+    return {QString::number(id), dateText(takenDate(item)),
+            largest ? variantDimensionsText(*largest) : QString(),
+            byteCountText(storedBytes(photo)), classicFileText(photo.originalName)};
+}
+
+// The photos in a table, with what a device of their kind tells of them.
+class PhotoTable
+{
+public:
+    explicit PhotoTable(bool isClassic)
+        : m_row(isClassic ? classicRow : iosRow),
+          m_table(isClassic ? QStringList{"ID", "TAKEN (UTC)", "DIMENSIONS", "STORED", "ORIGINAL"}
+                            : QStringList{"ID", "NAME", "KIND", "SIZE", "DIMENSIONS",
+                                          "MODIFIED (UTC)", "PATH"})
+    {
+        constexpr int idColumn = 0;
+        constexpr int sizeColumn = 3;
+        m_table.alignRight(idColumn);
+        m_table.alignRight(sizeColumn);
+    }
+
+    void add(LibrarySession &session, quint64 id) { m_table.addRow(m_row(session, id)); }
+    void write(Output &output) const { m_table.write(output); }
+
+private:
+    QStringList (*const m_row)(LibrarySession &session, quint64 id);
+    TextTable m_table;
+};
+
 void writePhotos(LibrarySession &session, const QList<quint64> &ids, Output &output)
 {
-    TextTable table({QStringLiteral("ID"), QStringLiteral("NAME"), QStringLiteral("KIND"),
-                     QStringLiteral("SIZE"), QStringLiteral("DIMENSIONS"),
-                     QStringLiteral("MODIFIED (UTC)"), QStringLiteral("PATH")});
-    constexpr int idColumn = 0;
-    constexpr int sizeColumn = 3;
-    table.alignRight(idColumn);
-    table.alignRight(sizeColumn);
+    PhotoTable table(session.classicIpod() != nullptr);
     for (const quint64 id : ids)
-        table.addRow(row(session, id));
+        table.add(session, id);
     table.write(output);
 }
 

@@ -1,4 +1,5 @@
 #include "cli/album_table.h"
+#include "cli/classic_photos.h"
 #include "cli/command_error.h"
 #include "cli/contact_sheet.h"
 #include "cli/folder_tools.h"
@@ -197,7 +198,7 @@ private:
         SheetCell cell;
         m_session.library().getPhoto(id, &item); // false also for an empty file
         cell.isMissing = !m_session.hasFile(item);
-        cell.name = nameText(item.name);
+        cell.name = caption(item);
         cell.isVideo = item.type == videoType;
         cell.seconds = item.duration;
         cell.isTrashed = item.trashedDate != 0;
@@ -205,18 +206,42 @@ private:
         return cell;
     }
 
+    QString caption(const photoItem &item) const
+    {
+        const QString name = printable(fileName(m_session, item));
+        return name.isEmpty() && m_session.classicIpod() ? QString::number(item.id) : name;
+    }
+
     QImage picture(quint64 id, const photoItem &item, QString *placeholder)
     {
-        const Thumbnail thumbnail = thumbnailOf(m_session, id);
+        const QImage thumbnail = decoded(thumbnailOf(m_session, id), item, placeholder);
+        const ClassicPhoto *const photo = classicPhoto(m_session, id);
+        if (!photo || smallestVariant(*photo) == largestVariant(*photo) || isLarge(thumbnail))
+            return uprightThumbnail(thumbnail, item);
+        const QImage source = decoded(sourcePhotoOf(m_session, id), item, placeholder);
+        return source.isNull() ? thumbnail : source;
+    }
+
+    // Whether it is more than an icon, which is what the smallest picture of a classic iPod
+    // often is.
+    static bool isLarge(const QImage &picture)
+    {
+        constexpr int enough = 100; // pixels
+        return qMax(picture.width(), picture.height()) >= enough;
+    }
+
+    QImage decoded(const Thumbnail &thumbnail, const photoItem &item, QString *placeholder)
+    {
         *placeholder = QStringLiteral("no thumbnail");
         if (thumbnail.bytes.isEmpty())
             return QImage();
         QString cause;
-        const QImage decoded = decodedThumbnail(thumbnail.bytes, &cause);
-        if (!decoded.isNull())
-            return uprightThumbnail(decoded, item);
+        const QImage picture = decodedThumbnail(thumbnail.bytes, &cause);
+        if (!picture.isNull())
+            return picture;
         *placeholder = QStringLiteral("damaged thumbnail");
-        m_task.tell(QStringLiteral("photolib: %1: %2").arg(labelText(item), cause).toUtf8());
+        m_task.tell(
+            QStringLiteral("photolib: %1: %2").arg(labelText(m_session, item), cause).toUtf8());
         return QImage();
     }
 

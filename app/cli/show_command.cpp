@@ -1,3 +1,4 @@
+#include "cli/classic_photos.h"
 #include "cli/library_command.h"
 #include "cli/library_ids.h"
 #include "cli/library_session.h"
@@ -26,13 +27,15 @@ Lines knownWithoutFile(const photoItem &item)
     };
 }
 
+QString sizeText(quint64 bytes)
+{
+    return QStringLiteral("%1 (%2 bytes)").arg(byteCountText(qint64(bytes))).arg(bytes);
+}
+
 Lines knownWithFile(const photoItem &item)
 {
-    const QString bytes = QStringLiteral("%1 (%2 bytes)")
-                              .arg(byteCountText(qint64(item.fileSize)))
-                              .arg(item.fileSize);
     return {
-        {QStringLiteral("Size"), bytes},
+        {QStringLiteral("Size"), sizeText(item.fileSize)},
         {QStringLiteral("Modified"), isoText(item.modifyDate)},
     };
 }
@@ -51,20 +54,58 @@ Lines knownOfSome(const photoItem &item)
     return lines;
 }
 
-Lines linesFor(const photoItem &item, bool isThere)
+Lines iosLines(LibrarySession &session, quint64 id)
 {
-    if (isThere)
+    photoItem item;
+    if (session.photo(id, &item))
         return knownWithoutFile(item) + knownWithFile(item) + knownOfSome(item);
     return knownWithoutFile(item) +
            Lines{{QStringLiteral("File"), QStringLiteral("missing on the device")}};
 }
 
+QString originalText(LibrarySession &session, const ClassicPhoto &photo)
+{
+    QByteArray path;
+    FileInfo info;
+    FileError error;
+    const QString name = classicFileText(photo.originalName);
+    if (name.isEmpty())
+        return QStringLiteral("none");
+    if (findOriginal(session, photo, &path, &info, &error))
+        return QStringLiteral("%1, %2").arg(name, sizeText(quint64(info.size)));
+    return QStringLiteral("%1, %2").arg(name, failureText(error));
+}
+
+QString variantText(const itdb_photo &variant)
+{
+    QString dimensions = variantDimensionsText(variant);
+    if (dimensions.isEmpty())
+        dimensions = QStringLiteral("unknown dimensions");
+    return QStringLiteral("format %1, %2, %3 bytes in %4")
+        .arg(QString::number(variant.formatId), dimensions, QString::number(variant.size),
+             classicFileText(variant.fileName));
+}
+
+Lines classicLines(LibrarySession &session, quint64 id)
+{
+    photoItem item;
+    session.library().getPhoto(id, &item);
+    const ClassicPhoto &photo = *classicPhoto(session, id);
+    Lines lines = {
+        {QStringLiteral("ID"), QString::number(id)},
+        {QStringLiteral("Taken"), isoText(takenDate(item))},
+        {QStringLiteral("Original"), originalText(session, photo)},
+    };
+    for (const itdb_photo &variant : photo.variants)
+        lines.append({QStringLiteral("Stored"), variantText(variant)});
+    return lines;
+}
+
 void writePhoto(LibrarySession &session, const std::string &idText, Output &output)
 {
     const quint64 id = knownPhotoId(idText, session);
-    photoItem item;
-    const bool isThere = session.photo(id, &item);
-    for (const auto &line : linesFor(item, isThere)) {
+    const Lines lines = session.classicIpod() ? classicLines(session, id) : iosLines(session, id);
+    for (const auto &line : lines) {
         const QString label = line.first + QLatin1Char(':');
         output.writeLine(QStringLiteral("%1 %2").arg(label, -12).arg(line.second));
     }

@@ -1,3 +1,4 @@
+#include "cli/classic_photos.h"
 #include "cli/command_error.h"
 #include "cli/file_names.h"
 #include "cli/folder_tools.h"
@@ -166,15 +167,16 @@ private:
             ++m_written;
         } catch (const Failure &failure) {
             ++m_failed;
-            m_task.tell(
-                QStringLiteral("photolib: %1: %2").arg(labelText(item), failure.cause).toUtf8());
+            m_task.tell(QStringLiteral("photolib: %1: %2")
+                            .arg(labelText(m_session, item), failure.cause)
+                            .toUtf8());
         }
     }
 
     void store(const photoItem &item, const Thumbnail &thumbnail)
     {
         if (thumbnail.bytes.isEmpty())
-            throw Failure{thumbnail.cause};
+            throw Failure{thumbnail.failure.text};
         const char *const given = imageExtension(thumbnail.bytes);
         if (!given)
             throw Failure{QStringLiteral("a thumbnail that is neither JPEG nor BMP")};
@@ -184,10 +186,12 @@ private:
         replace(m_target.file.isEmpty() ? ownName(item, extension) : m_target.file, bytes);
     }
 
-    static QByteArray ownName(const photoItem &item, const char *extension)
+    QByteArray ownName(const photoItem &item, const char *extension) const
     {
-        const QByteArray stem = nameStem(safeFileName(writtenName(item.name)));
-        return QByteArray::number(item.id) + '-' + stem + '.' + extension;
+        const QString name = fileName(m_session, item);
+        const bool hasNoName = name.isEmpty() && m_session.classicIpod();
+        const QByteArray end = hasNoName ? QByteArray() : '-' + nameStem(safeFileName(name));
+        return QByteArray::number(item.id) + end + '.' + extension;
     }
 
     void replace(const QByteArray &name, const QByteArray &bytes)
@@ -272,7 +276,8 @@ void addArguments(CLI::App &command, ThumbArguments &arguments)
                     "Convert; else as the device has it: JPEG, "
                     "or BMP for a packed thumbnail. A FILE that ends in \".png\" is converted, too")
         ->check(CLI::IsMember({"png"}));
-    command.footer("Files are replaced. In a folder they are called \"42-IMG_0041.jpg\".\n"
+    command.footer("Files are replaced. In a folder they are called \"42-IMG_0041.jpg\",\n"
+                   "or \"42.bmp\" where a classic iPod knows no name.\n"
                    "\n"
                    "Examples:\n"
                    "  photolib thumb 42 -o thumb.png\n"

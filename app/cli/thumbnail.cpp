@@ -1,6 +1,7 @@
 #include "cli/thumbnail.h"
 
 #include "boundary/photo_records.h"
+#include "cli/classic_photos.h"
 #include "cli/library_session.h"
 #include "cli/qt_messages.h"
 #include "services/log_output.h"
@@ -56,21 +57,52 @@ int shapeOf(int width, int height)
     return (width > height) - (width < height);
 }
 
+// Which of a classic iPod's pictures is asked for, and how.
+struct PictureRequest {
+    int (photo_manager_int::*operation)(const quint64 &id, QByteArray &data);
+    const itdb_photo *(*variant)(const ClassicPhoto &photo);
+    const char *absence;
+};
+
+// Without a cause where neither the log nor the device tells one.
+FileError failureOf(const PictureRequest &request, LibrarySession &session, quint64 id,
+                    const QList<QByteArray> &logged)
+{
+    const ClassicPhoto *const photo = classicPhoto(session, id);
+    const itdb_photo *const variant = photo ? request.variant(*photo) : nullptr;
+    const QString absence = QLatin1String(request.absence);
+    FileError failure = {FileError::Failed, QString()};
+    if (!logged.isEmpty())
+        failure.text = QString::fromUtf8(logged.first());
+    else if (variant)
+        failure = variantFailure(session, *variant);
+    else
+        return {FileError::Failed, absence};
+    return {failure.kind, QStringLiteral("%1 (%2)").arg(absence, failure.text)};
+}
+
+Thumbnail pictureOf(LibrarySession &session, quint64 id, const PictureRequest &request)
+{
+    QByteArray bytes;
+    const LogCapture log;
+    const int result = (session.library().*request.operation)(id, bytes);
+    if (result == 0 && !bytes.isEmpty())
+        return {bytes, FileError()};
+    return {QByteArray(), failureOf(request, session, id, log.failures())};
+}
+
 } // namespace
 
 Thumbnail thumbnailOf(LibrarySession &session, quint64 id)
 {
-    Thumbnail thumbnail;
-    const LogCapture log;
-    const int result = session.library().getPhotoThumbnail(id, thumbnail.bytes);
-    if (result == 0 && !thumbnail.bytes.isEmpty())
-        return thumbnail;
-    const QList<QByteArray> failures = log.failures();
-    thumbnail.bytes.clear();
-    thumbnail.cause = QStringLiteral("no thumbnail");
-    if (!failures.isEmpty())
-        thumbnail.cause += QStringLiteral(" (%1)").arg(QString::fromUtf8(failures.first()));
-    return thumbnail;
+    return pictureOf(session, id,
+                     {&photo_manager_int::getPhotoThumbnail, smallestVariant, "no thumbnail"});
+}
+
+Thumbnail sourcePhotoOf(LibrarySession &session, quint64 id)
+{
+    return pictureOf(session, id,
+                     {&photo_manager_int::getSourcePhoto, largestVariant, "no picture"});
 }
 
 const char *imageExtension(const QByteArray &bytes)

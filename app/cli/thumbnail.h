@@ -1,6 +1,8 @@
 #ifndef PHOTOLIB_CLI_THUMBNAIL_H
 #define PHOTOLIB_CLI_THUMBNAIL_H
 
+#include "devices/device_file_system.h"
+
 #include <QByteArray>
 #include <QImage>
 #include <QString>
@@ -10,11 +12,14 @@ class photoItem;
 
 /// A thumbnail as the plug-in gives it.
 struct Thumbnail {
-    QByteArray bytes; ///< an image file; empty when there is no thumbnail
-    QString cause;    ///< why there is none
+    QByteArray bytes;  ///< an image file; empty when there is no thumbnail
+    FileError failure; ///< why there is none, in words that a message can end with
 };
 
 Thumbnail thumbnailOf(LibrarySession &session, quint64 id);
+
+/// The largest picture that a classic iPod stores of the photo, likewise.
+Thumbnail sourcePhotoOf(LibrarySession &session, quint64 id);
 
 /// The extension that belongs to the content of an image file: "jpg" or "bmp", or null for
 /// anything else.
