@@ -163,14 +163,18 @@ void LibrarySession::openClassic()
         throw CommandError(error.what()); // names the file and the cause
     }
     m_library = m_plugin->makeLibrary(m_device.get());
-    const LogCapture log;
-    const ParseResult result = parseLibrary(*m_library, *m_plugin, [] {});
+    QList<QByteArray> failures;
+    ParseResult result = ParseResult::Failed;
+    {
+        const LogCapture log;
+        result = parseLibrary(*m_library, *m_plugin, [] {});
+        failures = log.failures();
+    }
     if (result == ParseResult::Interrupted)
         throw CommandError(CommandError::interrupted, "interrupted");
     if (result == ParseResult::Failed)
-        failToParse(m_files->displayName(libraryDatabase(*m_files, DeviceKind::Classic)),
-                    log.failures());
-    passOn(log.failures());
+        failToParse(m_files->displayName(libraryDatabase(*m_files, DeviceKind::Classic)), failures);
+    passOn(failures);
 }
 
 // Shows what a parse that was captured logged, unless that was shown already.

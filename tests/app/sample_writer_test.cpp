@@ -1,37 +1,9 @@
 #include "sample_fixture.h"
+#include "support/environment.h"
 
 #include <QSet>
 
-#include <ctime>
-
 namespace {
-
-/// Sets an environment variable while it lives.
-class Environment
-{
-public:
-    Environment(const char *name, const char *value)
-        : m_name(name), m_old(qgetenv(name)), m_wasSet(qEnvironmentVariableIsSet(name))
-    {
-        qputenv(name, value);
-        tzset();
-    }
-    ~Environment()
-    {
-        if (m_wasSet)
-            qputenv(m_name, m_old);
-        else
-            qunsetenv(m_name);
-        tzset();
-    }
-    Environment(const Environment &) = delete;
-    Environment &operator=(const Environment &) = delete;
-
-private:
-    const char *m_name;
-    QByteArray m_old;
-    bool m_wasSet;
-};
 
 TEST(SampleWriter, GivesTheSameBytesAndDatesForTheSameArguments)
 {

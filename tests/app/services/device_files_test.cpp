@@ -359,6 +359,9 @@ TEST(Device, TellsAnIosLibraryFromAClassicOne)
     const ScratchFolder scratch;
     scratch.write("ios/PhotoData/Photos.sqlite", "");
     scratch.write("classic/Photos/Photo Database", "");
+    scratch.write("otherCase/PHOTOS/photo database", "");
+    scratch.write("both/PhotoData/Photos.sqlite", "");
+    scratch.write("both/Photos/Photo Database", "");
     scratch.makeFolder("none");
     const auto kindOf = [&scratch](const char *name) {
         DeviceKind kind = DeviceKind::None;
@@ -368,6 +371,8 @@ TEST(Device, TellsAnIosLibraryFromAClassicOne)
     };
     EXPECT_EQ(DeviceKind::Ios, kindOf("ios"));
     EXPECT_EQ(DeviceKind::Classic, kindOf("classic"));
+    EXPECT_EQ(DeviceKind::Classic, kindOf("otherCase"));
+    EXPECT_EQ(DeviceKind::Ios, kindOf("both"));
     EXPECT_EQ(DeviceKind::None, kindOf("none"));
 }
 

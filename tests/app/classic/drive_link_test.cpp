@@ -1,0 +1,155 @@
+#include "classic/drive_link.h"
+
+#include "devices/unique_fd.h"
+#include "support/device_folder.h"
+#include "support/environment.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstring>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <system_error>
+
+namespace {
+
+QByteArray folderOf(const DriveLink &link)
+{
+    const QByteArray name = QFile::encodeName(link.driveName());
+    return name.left(name.lastIndexOf('/'));
+}
+
+bool isThere(const QByteArray &path)
+{
+    struct stat status = {};
+    return ::lstat(path.constData(), &status) == 0;
+}
+
+TEST(DriveLink, LeadsToTheFolderOfPhotos)
+{
+    const ScratchFolder scratch;
+    scratch.write("Photos/Thumbs/a", "thumbnails");
+    const DriveLink link(scratch.path("Photos"));
+    QFile file(QStringLiteral("%1:/Photos%2").arg(link.driveName(), QStringLiteral("/Thumbs/a")));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ("thumbnails", file.readAll());
+}
+
+TEST(DriveLink, LiesWhereNobodyElseCanGo)
+{
+    const ScratchFolder scratch;
+    scratch.makeFolder("Photos");
+    const DriveLink link(scratch.path("Photos"));
+    struct stat status = {};
+    ASSERT_EQ(0, ::stat(folderOf(link).constData(), &status));
+    EXPECT_EQ(0700u, status.st_mode & 07777);
+}
+
+TEST(DriveLink, IsGoneWithItsObject)
+{
+    const ScratchFolder scratch;
+    scratch.write("Photos/a", "");
+    QByteArray folder;
+    {
+        const DriveLink link(scratch.path("Photos"));
+        folder = folderOf(link);
+        EXPECT_TRUE(isThere(folder));
+    }
+    EXPECT_FALSE(isThere(folder));
+    EXPECT_TRUE(scratch.exists("Photos/a"));
+}
+
+TEST(DriveLink, DiffersFromThatOfEveryOtherDrive)
+{
+    const ScratchFolder scratch;
+    scratch.write("one/a", "1");
+    scratch.write("two/a", "2");
+    const DriveLink one(scratch.path("one"));
+    const DriveLink two(scratch.path("two"));
+    EXPECT_NE(one.driveName(), two.driveName());
+    QFile file(two.driveName() + QStringLiteral(":/Photos/a"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ("2", file.readAll());
+}
+
+TEST(DriveLink, IsMadeInTheFolderForTemporaryFiles)
+{
+    const ScratchFolder scratch;
+    scratch.makeFolder("tmp");
+    const Environment folder("TMPDIR", scratch.path("tmp"));
+    const DriveLink link(scratch.root());
+    EXPECT_TRUE(folderOf(link).startsWith(scratch.path("tmp/")));
+}
+
+TEST(DriveLink, LeavesNothingWhenItCanNotBeMade)
+{
+    const ScratchFolder scratch;
+    scratch.makeFolder("tmp");
+    const Environment folder("TMPDIR", scratch.path("tmp"));
+    const QByteArray tooLong(5000, 'x');
+    EXPECT_THROW(DriveLink{tooLong}, std::system_error);
+    EXPECT_THROW(DriveLink{QByteArray()}, std::system_error);
+    EXPECT_EQ(QList<QByteArray>(), scratch.everythingIn("tmp"));
+}
+
+TEST(DriveLink, TellsThatThereIsNoFolderForTemporaryFiles)
+{
+    const ScratchFolder scratch;
+    const Environment folder("TMPDIR", scratch.path("missing"));
+    try {
+        const DriveLink link(scratch.root());
+        FAIL() << link.driveName().toStdString();
+    } catch (const std::system_error &error) {
+        EXPECT_EQ(ENOENT, error.code().value());
+    }
+}
+
+// A process with two links that waits for a signal.
+[[noreturn]] void waitWithLinks(const QByteArray &target, int report)
+{
+    const DriveLink one(target);
+    const DriveLink two(target);
+    const QByteArray folders = folderOf(one) + '\n' + folderOf(two) + '\n';
+    if (::write(report, folders.constData(), static_cast<size_t>(folders.size())) > 0)
+        ::pause();
+    ::_exit(1);
+}
+
+class DriveLinkOfAProgram : public testing::TestWithParam<int>
+{
+};
+
+TEST_P(DriveLinkOfAProgram, IsGoneWhenASignalEndsIt)
+{
+    const ScratchFolder scratch;
+    scratch.makeFolder("Photos");
+    int ends[2] = {};
+    ASSERT_EQ(0, ::pipe(ends));
+    const UniqueFd reading(ends[0]);
+    const UniqueFd writing(ends[1]);
+    const pid_t child = ::fork();
+    if (child == 0)
+        waitWithLinks(scratch.path("Photos"), writing.get());
+    ASSERT_GT(child, 0);
+    char names[1000] = {};
+    ASSERT_GT(::read(reading.get(), names, sizeof(names) - 1), 0);
+    const QList<QByteArray> folders = QByteArray(names).trimmed().split('\n');
+    ASSERT_EQ(2, folders.size());
+    for (const QByteArray &folder : folders)
+        EXPECT_TRUE(isThere(folder));
+    ASSERT_EQ(0, ::kill(child, GetParam()));
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == GetParam());
+    for (const QByteArray &folder : folders)
+        EXPECT_FALSE(isThere(folder));
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, DriveLinkOfAProgram,
+                         testing::Values(SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM),
+                         [](const auto &info) { return std::string(::sigabbrev_np(info.param)); });
+
+} // namespace
