@@ -41,6 +41,14 @@ void enlarge(AssetPlan &asset)
     asset.height = asset.height * 8 / 5;
 }
 
+ClassicAlbumPlan userAlbum(const QString &name, quint32 memberSlots = 0)
+{
+    ClassicAlbumPlan album;
+    album.name = name;
+    album.memberSlots = memberSlots;
+    return album;
+}
+
 } // namespace
 
 ClassicPlan::ClassicPlan(const ClassicSampleOptions &options)
@@ -75,18 +83,21 @@ ClassicPhotoPlan ClassicPlan::photo(int index) const
 
 QVector<ClassicAlbumPlan> classicAlbums()
 {
-    ClassicAlbumPlan library;
-    library.name = QStringLiteral("Photo Library");
+    ClassicAlbumPlan library = userAlbum(QStringLiteral("Photo Library"));
     library.isMaster = true;
-    ClassicAlbumPlan summer{QStringLiteral("Summer by the Sea"), slotBits({0, 1, 3, 8})};
+    ClassicAlbumPlan summer =
+        userAlbum(QStringLiteral("Summer by the Sea"), slotBits({0, 1, 3, 8}));
     summer.slideSeconds = 3;
     summer.transition = QStringLiteral("Dissolve");
-    ClassicAlbumPlan travels{QStringLiteral("Århus – Kraków, für Zoë"), slotBits({0, 9, 13})};
+    ClassicAlbumPlan travels =
+        userAlbum(QStringLiteral("Århus – Kraków, für Zoë"), slotBits({0, 9, 13}));
     travels.isWide = true;
-    const ClassicAlbumPlan japan{QStringLiteral("日本 2012"), slotBits({7, 9, 10, 11})};
-    const ClassicAlbumPlan series{QStringLiteral("Series"), slotBits({4, 5, 6})};
-    const ClassicAlbumPlan empty{QStringLiteral("Empty")};
-    return {library, summer, travels, japan, series, empty};
+    return {library,
+            summer,
+            travels,
+            userAlbum(QStringLiteral("日本 2012"), slotBits({7, 9, 10, 11})),
+            userAlbum(QStringLiteral("Series"), slotBits({4, 5, 6})),
+            userAlbum(QStringLiteral("Empty"))};
 }
 
 } // namespace sample
