@@ -19,8 +19,8 @@ constexpr int memberBytes = 0x28;
 constexpr int fullResolution = 1; // the format id of a file that is no frame
 constexpr int transitionMillis = 1000;
 
-// 97 years with 24 leap days, from the reference of the device's dates to that of the plan's.
-constexpr quint32 secondsFrom1904 = (97U * 365 + 24) * 86400;
+// 97 years with 25 leap days, from the reference of the device's dates to that of the plan's.
+constexpr quint32 secondsFrom1904 = (97U * 365 + 25) * 86400;
 
 // A little more than the chunks of a photo and of its places in albums take on average.
 constexpr int bytesPerPhoto = 1200;
