@@ -47,8 +47,11 @@ QString textOfUtf8(std::string_view stored)
 QString textOfUtf16(std::string_view stored, DatabaseBytes::ByteOrder order)
 {
     QString text(static_cast<int>(stored.size() / 2), Qt::Uninitialized);
-    for (int i = 0; i < text.size(); ++i)
-        text[i] = QChar(numberAt<quint16>(stored.data() + 2 * i, order));
+    const char *unit = stored.data();
+    for (QChar &letter : text) {
+        letter = QChar(numberAt<quint16>(unit, order));
+        unit += 2;
+    }
     const int end = text.indexOf(QChar::Null);
     return end < 0 ? text : text.left(end);
 }

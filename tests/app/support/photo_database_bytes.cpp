@@ -88,7 +88,7 @@ std::string describe(const ClassicLibrary &library)
     return out.str();
 }
 
-QByteArray PhotoDatabaseChunks::chunk(QByteArray tag, int headerLength,
+QByteArray PhotoDatabaseChunks::chunk(const QByteArray &tag, int headerLength,
                                       const std::vector<ChunkNumber> &numbers,
                                       const QByteArray &content) const
 {

@@ -69,8 +69,8 @@ public:
     QByteArray storedText(int type, int encoding, const QByteArray &text) const;
 
     /// Any chunk. For the total length of a list `numbers` has its count.
-    QByteArray chunk(QByteArray tag, int headerLength, const std::vector<ChunkNumber> &numbers,
-                     const QByteArray &content = {}) const;
+    QByteArray chunk(const QByteArray &tag, int headerLength,
+                     const std::vector<ChunkNumber> &numbers, const QByteArray &content = {}) const;
 
 private:
     int announced(int children) const;
