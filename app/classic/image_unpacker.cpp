@@ -34,8 +34,9 @@ using ReadPixels = void (*)(const void *bytes, qsizetype count, void *pixels);
 QImage imageOfPixels(const uchar *bytes, const QSize &size, QImage::Format format, ReadPixels read)
 {
     QImage image = newImage(size, format);
-    for (int row = 0; row < size.height(); ++row)
-        read(bytes + row * size.width() * 2, size.width(), image.scanLine(row));
+    const int rowBytes = size.width() * 2;
+    for (int row = 0; row < size.height(); ++row, bytes += rowBytes)
+        read(bytes, size.width(), image.scanLine(row));
     return image;
 }
 

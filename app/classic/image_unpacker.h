@@ -13,6 +13,9 @@ QSize unpackedSize(const itdb_photo &photo);
 /// Decodes `raw`, the stored bytes of the picture that `photo` describes, and cuts its
 /// padding: into a BMP file with 24 bits a pixel, or, when they are a JPEG file, as they are.
 ///
+/// The numbers of the database and the pixels tell whether a picture of a format that is turned
+/// is turned indeed: some writers leave it upright.
+///
 /// Returns false, fills `*error` with the cause and leaves `*image` alone for a format that
 /// is not known, for bytes that are not as many as the format has, and for a picture that
 /// does not lie within its frame. Neither pointer may be null. May be called on any thread;

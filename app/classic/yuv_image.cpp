@@ -64,9 +64,10 @@ QRgb rgbOfYuv(quint8 y, quint8 cb, quint8 cr)
 QImage imageOfInterlacedUyvy(const uchar *bytes, const QSize &size)
 {
     QImage image = newImage(size, QImage::Format_RGB32);
+    const qptrdiff rowBytes = qptrdiff(2) * size.width();
     for (int row = 0; row < size.height(); ++row) {
         const int storedRow = row / 2 + row % 2 * (size.height() / 2);
-        const uchar *in = bytes + storedRow * size.width() * 2;
+        const uchar *in = bytes + storedRow * rowBytes;
         auto *out = reinterpret_cast<QRgb *>(image.scanLine(row));
         for (int x = 0; x < size.width(); x += 2, in += 4) {
             const Chroma chroma(in[0], in[2]);
@@ -81,10 +82,12 @@ QImage imageOfPlanarYuv420(const uchar *bytes, const QSize &size)
 {
     QImage image = newImage(size, QImage::Format_RGB32);
     const int width = size.width();
-    const int chromaBytes = width / 2 * (size.height() / 2);
+    const qptrdiff chromaRowBytes = width / 2;
+    const qptrdiff chromaBytes = chromaRowBytes * (size.height() / 2);
     const uchar *y = bytes;
+    const uchar *chromaStart = bytes + chromaBytes * 4;
     for (int row = 0; row < size.height(); ++row, y += width) {
-        const uchar *cb = bytes + width * size.height() + row / 2 * (width / 2);
+        const uchar *cb = chromaStart + row / 2 * chromaRowBytes;
         const uchar *cr = cb + chromaBytes;
         auto *out = reinterpret_cast<QRgb *>(image.scanLine(row));
         for (int x = 0; x < width; x += 2) {
