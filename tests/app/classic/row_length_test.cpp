@@ -75,6 +75,19 @@ TEST(HasRowsOf, KnowsSinglePixelsInTheCorners)
     }
 }
 
+// So the ends of rows are all alike, and those of the longer rows lie where colours change.
+TEST(HasRowsOf, LeavesAPictureBetweenBlackEdgesItsOwnRows)
+{
+    QImage image(176, 220, QImage::Format_RGB16);
+    auto *pixels = reinterpret_cast<quint16 *>(image.bits());
+    for (int i = 0; i < pixelCount; ++i) {
+        const int x = i % 176;
+        const bool isBlack = x < 44 || x >= 132;
+        pixels[i] = isBlack ? 0 : x < 88 ? 0xf800 : 0x07ff;
+    }
+    EXPECT_FALSE(hasRowsOf(220, image));
+}
+
 // Where only the red or the blue differs, that counts as well.
 TEST(HasRowsOf, SeesEveryColor)
 {
