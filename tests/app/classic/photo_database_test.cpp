@@ -230,11 +230,12 @@ TEST(PhotoDatabase, AlbumsMayBeWithoutANameOrPhotos)
     EXPECT_EQ(describe(stored), describe(readLibrary(photoDatabaseBytes(stored))));
 }
 
-TEST(PhotoDatabase, AnAlbumsTransitionIsNotItsName)
+TEST(PhotoDatabase, AnAlbumsNameIsItsFirstOneAndNoTransition)
 {
     const PhotoDatabaseChunks chunks;
-    const QByteArray texts = chunks.text(2, "Dissolve") + chunks.text(1, "Summer");
-    const QByteArray album = chunks.chunk("mhba", 0x94, {{12, 4, 2}, {20, 4, 9}}, texts);
+    const QByteArray texts =
+        chunks.text(2, "Dissolve") + chunks.text(1, "Summer") + chunks.text(1, "Winter");
+    const QByteArray album = chunks.chunk("mhba", 0x94, {{12, 4, 3}, {20, 4, 9}}, texts);
     const ClassicLibrary library = readLibrary(chunks.database({chunks.albumSection({album})}));
     EXPECT_EQ("album 9 'Summer' type 0:\n", describe(library));
 }
@@ -528,7 +529,7 @@ TEST_P(EachChunk, MayNotBeSomethingElse)
         return; // it decides whether the file is a database at all
     const std::string error =
         GetParam().parent + QString(" has no chunk at offset %1").arg(hexOffset()).toStdString();
-    for (const quint32 tag : {0u, 0x0169686du, 0x41414141u, 0xffffffffu, 0x69ff686du})
+    for (const quint32 tag : {0u, 0x0169686du, 0x41414141u, 0xffffffffu, 0x69ff686du, 0x6969687au})
         expectDamageBy(tag, 0, error);
 }
 
