@@ -83,7 +83,8 @@ TEST(HasRowsOf, LeavesAPictureBetweenBlackEdgesItsOwnRows)
     for (int i = 0; i < pixelCount; ++i) {
         const int x = i % 176;
         const bool isBlack = x < 44 || x >= 132;
-        pixels[i] = isBlack ? 0 : x < 88 ? 0xf800 : 0x07ff;
+        const int color = (x < 88 ? 0xf800 : 0x001f) | i / 176 / 4 << 5;
+        pixels[i] = static_cast<quint16>(isBlack ? 0 : color);
     }
     EXPECT_FALSE(hasRowsOf(220, image));
 }
