@@ -28,18 +28,21 @@ QByteArray rgb565(const QImage &frame)
 }
 
 /// BT.601 in studio range: luma 16 to 235, chroma 16 to 240 around 128. The weights are
-/// 256ths; what is added rounds, and keeps sums of chroma positive.
+/// 65536ths; what is added to them rounds.
 struct Yuv {
     int y;
     int cb;
     int cr;
 
     explicit Yuv(QRgb color)
-        : y((66 * qRed(color) + 129 * qGreen(color) + 25 * qBlue(color) + 4224) >> 8),
-          cb((112 * qBlue(color) - 38 * qRed(color) - 74 * qGreen(color) + 32896) >> 8),
-          cr((112 * qRed(color) - 94 * qGreen(color) - 18 * qBlue(color) + 32896) >> 8)
+        : y(parts(16829 * qRed(color) + 33039 * qGreen(color) + 6416 * qBlue(color), 16)),
+          cb(parts(28784 * qBlue(color) - 9714 * qRed(color) - 19070 * qGreen(color), 128)),
+          cr(parts(28784 * qRed(color) - 24103 * qGreen(color) - 4681 * qBlue(color), 128))
     {
     }
+
+private:
+    static int parts(int weighted, int base) { return (weighted + (base << 16) + 32768) >> 16; }
 };
 
 void putRow(const QRgb *row, int width, char *to)

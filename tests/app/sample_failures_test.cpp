@@ -57,6 +57,14 @@ protected:
         EXPECT_FALSE(error.contains(QLatin1Char('\n')));
         return error;
     }
+
+    QString classicFailure(const QString &dir, const ClassicSampleOptions &options) const
+    {
+        QString error;
+        EXPECT_FALSE(writeClassicSample(dir, options, &error));
+        EXPECT_FALSE(error.contains(QLatin1Char('\n')));
+        return error;
+    }
 };
 
 TEST_F(SampleFailures, LeaveAFolderThatIsNotEmptyAsItIs)
@@ -137,6 +145,33 @@ TEST_F(SampleFailures, KeepAnEmptyFolderThatWasThere)
     QString error;
     EXPECT_TRUE(writeSample(path("device"), sampleOptions(2, false), &error))
         << error.toStdString();
+}
+
+TEST_F(SampleFailures, RefuseCountsThatAClassicIpodCanNotHave)
+{
+    for (const int photos : {-1, maxClassicSamplePhotos + 1}) {
+        const QString error = classicFailure(path("device"), classicOptions(photos, false));
+        EXPECT_TRUE(error.contains(QString::number(photos))) << error.toStdString();
+        EXPECT_TRUE(entries().isEmpty());
+    }
+}
+
+TEST_F(SampleFailures, RemoveAllOfAClassicIpodWhenTheDiskIsFull)
+{
+    struct Row {
+        rlim_t bytes;
+        bool pictures;
+        const char *file;
+    };
+    for (const Row &row :
+         {Row{10, true, "SysInfo"}, Row{5000, true, "F1019_1.ithmb"},
+          Row{1000000, true, "F1019_1.ithmb"}, Row{5000, false, "Photo Database"}}) {
+        const FileSizeLimit limit(row.bytes);
+        const QString error = classicFailure(path("a/b/device"), classicOptions(6, row.pictures));
+        EXPECT_TRUE(error.contains(path("a/b/device"))) << error.toStdString();
+        EXPECT_TRUE(error.contains(QLatin1String(row.file))) << error.toStdString();
+        EXPECT_TRUE(entries().isEmpty()) << row.bytes;
+    }
 }
 
 } // namespace

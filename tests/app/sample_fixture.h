@@ -1,6 +1,7 @@
 #ifndef PHOTOLIB_TESTS_APP_SAMPLE_FIXTURE_H
 #define PHOTOLIB_TESTS_APP_SAMPLE_FIXTURE_H
 
+#include "sample/classic_sample.h"
 #include "sample/sample_writer.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +31,15 @@ inline SampleOptions sampleOptions(int assets, bool pictures, quint32 seed = 1,
     return options;
 }
 
+inline ClassicSampleOptions classicOptions(int photos, bool pictures, quint32 seed = 1)
+{
+    ClassicSampleOptions options;
+    options.photos = photos;
+    options.pictures = pictures;
+    options.seed = seed;
+    return options;
+}
+
 /// A sample in a folder of its own, gone at the end of the test.
 class WrittenSample
 {
@@ -38,6 +48,12 @@ public:
     {
         QString error;
         EXPECT_TRUE(writeSample(root(), options, &error)) << error.toStdString();
+    }
+
+    explicit WrittenSample(const ClassicSampleOptions &options)
+    {
+        QString error;
+        EXPECT_TRUE(writeClassicSample(root(), options, &error)) << error.toStdString();
     }
 
     QString root() const { return m_parent.filePath(QStringLiteral("device")); }
