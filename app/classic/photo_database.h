@@ -54,7 +54,7 @@ struct ClassicLibrary {
 /// header that ends before the dates is one of a photo without them.
 ///
 /// Returns false for a damaged file, fills `*error` with one line on what is wrong at which
-/// offset, as in "the chunk mhii at offset 0x144 goes beyond the end of the chunk mhli at
+/// offset, as in "the chunk mhii at offset 0x140 goes beyond the end of the chunk mhli at
 /// offset 0xe4", and leaves `*library` as it was. Neither pointer may be null. May be called
 /// on any thread; throws std::bad_alloc only.
 bool readPhotoDatabase(const QByteArray &bytes, ClassicLibrary *library, QString *error);
