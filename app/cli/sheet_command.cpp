@@ -236,7 +236,7 @@ private:
         if (thumbnail.bytes.isEmpty())
             return QImage();
         QString cause;
-        const QImage picture = decodedThumbnail(thumbnail.bytes, &cause);
+        QImage picture = decodedThumbnail(thumbnail.bytes, &cause);
         if (!picture.isNull())
             return picture;
         *placeholder = QStringLiteral("damaged thumbnail");

@@ -9,6 +9,7 @@
 #include <QMap>
 
 #include <functional>
+#include <sys/stat.h>
 
 namespace {
 
@@ -88,6 +89,16 @@ protected:
         m_device.contents[item.path] = content;
     }
 
+    /// Adds a file that is made when its turn comes, of an announced size.
+    void addMade(qint64 size, const std::function<MadeFile()> &make)
+    {
+        ExportItem item;
+        item.label = QString::number(m_items.size());
+        item.info.size = size;
+        item.make = make;
+        m_items.append(item);
+    }
+
     /// Exports, and returns "copied present failed".
     QByteArray run()
     {
@@ -110,6 +121,14 @@ protected:
             result[name] = m_scratch.read("out/" + name);
         }
         return result;
+    }
+
+    /// When the file was changed last, in nanoseconds.
+    qint64 changeOf(const QByteArray &name) const
+    {
+        struct stat status = {};
+        EXPECT_EQ(0, ::stat(m_scratch.path(name).constData(), &status)) << name.constData();
+        return status.st_mtim.tv_sec * 1000000000 + status.st_mtim.tv_nsec;
     }
 
     using Copies = QMap<QByteArray, QByteArray>;
@@ -293,6 +312,83 @@ TEST_F(PhotoExports, CountTheBytesOfWhatIsDone)
     EXPECT_EQ(1500, photos.doneBytes());
     EXPECT_EQ(1000, photos.counts().copiedBytes);
     EXPECT_EQ("copied 1 file (1000 bytes), 1 already there, 0 failed", photos.counts().text());
+}
+
+MadeFile madeFile(const QByteArray &name, const QByteArray &bytes)
+{
+    return {name, bytes, someTime, FileError()};
+}
+
+TEST_F(PhotoExports, WriteWhatIsMadeLikeACopy)
+{
+    int made = 0;
+    add("a.jpg", "one");
+    for (const char *bytes : {"two", "three"}) {
+        addMade(3, [bytes, &made] {
+            ++made;
+            return madeFile("a.jpg", bytes);
+        });
+    }
+    const Copies expected = {{"a.jpg", "one"}, {"a (2).jpg", "two"}, {"a (3).jpg", "three"}};
+    EXPECT_EQ("3 0 0", run());
+    EXPECT_EQ(expected, copies());
+    EXPECT_EQ(2, made);
+    EXPECT_EQ("0 3 0", run());
+    EXPECT_EQ(expected, copies());
+}
+
+TEST_F(PhotoExports, WriteAMadeFileOfManyBlocks)
+{
+    QByteArray large(5 << 20, 'x');
+    large.replace(3 << 20, 1, "y");
+    addMade(1, [&large] { return madeFile("a.bmp", large); });
+    EXPECT_EQ("1 0 0", run());
+    EXPECT_TRUE(large == copies().value("a.bmp"));
+    EXPECT_EQ("0 1 0", run());
+}
+
+TEST_F(PhotoExports, GiveAMadeFileItsTimeIfItHasOne)
+{
+    addMade(3, [] { return madeFile("known", "one"); });
+    addMade(3, [] { return MadeFile{"unknown", "two", std::nullopt, FileError()}; });
+    EXPECT_EQ("2 0 0", run());
+    EXPECT_EQ(someTime, changeOf("out/known"));
+    EXPECT_GT(changeOf("out/unknown"), someTime);
+}
+
+TEST_F(PhotoExports, GoOnAfterAFileThatCanNotBeMade)
+{
+    addMade(3, [] {
+        return MadeFile{{}, {}, std::nullopt, {FileError::Failed, QStringLiteral("damaged")}};
+    });
+    addMade(3, [] { return madeFile("b.bmp", "two"); });
+    EXPECT_EQ("1 0 1", run());
+    EXPECT_EQ(QList<QByteArray>{"0: damaged"}, m_failures);
+    EXPECT_EQ((Copies{{"b.bmp", "two"}}), copies());
+}
+
+TEST_F(PhotoExports, MakeNothingMoreWhenTheDeviceIsGone)
+{
+    int made = 0;
+    for (int i = 0; i < 2; ++i) {
+        addMade(3, [&made] {
+            ++made;
+            return MadeFile{{}, {}, std::nullopt, {FileError::Disconnected, "No such device"}};
+        });
+    }
+    EXPECT_THROW(run(), CommandError);
+    EXPECT_EQ(1, made);
+}
+
+TEST_F(PhotoExports, CountMadeFilesByTheirAnnouncedSizesUntilTheyAreThere)
+{
+    addMade(1000, [] { return madeFile("a.bmp", QByteArray(700, 'x')); });
+    ExportFolder folder(m_scratch.path("out"));
+    PhotoExport photos(m_device, folder, m_items);
+    EXPECT_EQ(1000, photos.totalBytes());
+    photos.run();
+    EXPECT_EQ(1000, photos.doneBytes());
+    EXPECT_EQ(700, photos.counts().copiedBytes);
 }
 
 TEST_F(PhotoExports, TakeLinearTimeForManyPhotosOfOneName)
