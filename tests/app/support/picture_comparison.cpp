@@ -70,11 +70,12 @@ QImage smoothPicture(const QSize &size, int turns)
 
 QImage noisyPicture(const QSize &size)
 {
+    constexpr int noise = 56;
     std::minstd_rand random;
     QImage picture(size, QImage::Format_RGB32);
     for (int y = 0; y < size.height(); ++y) {
         for (int x = 0; x < size.width(); ++x) {
-            const int grey = int(random() % 256);
+            const int grey = 200 * x / size.width() + int(random() % noise);
             picture.setPixel(x, y, qRgb(grey, grey, grey));
         }
     }

@@ -23,8 +23,8 @@ PictureLoss lossBetween(const QImage &expected, const QImage &actual);
 /// the four colours go round by `turns` corners, so that pictures differ.
 QImage smoothPicture(const QSize &size, int turns = 0);
 
-/// A picture whose neighbouring pixels differ at random, in black, white and greys: it shows
-/// each row or column in a wrong place. The same for the same size.
+/// A picture in greys that grow to the right, as in a real one, with noise that shows each row
+/// or column in a wrong place. The same for the same size.
 QImage noisyPicture(const QSize &size);
 
 #endif // PHOTOLIB_TESTS_APP_PICTURE_COMPARISON_H
