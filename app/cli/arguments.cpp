@@ -21,6 +21,7 @@ const char examples[] = R"(Examples:
   photolib thumb 42 ~/phone-copy -o thumb.png
                                       write its thumbnail
   photolib export /media/phone DIR    copy the photos and videos into a folder
+  photolib export /media/IPOD DIR     the same for a classic iPod
   photolib edit ~/phone-copy edits.txt
                                       try album edits, in memory only
   photolib sample /tmp/phone --assets 500
@@ -75,7 +76,7 @@ void setUp(CLI::App &app, CommandContext &context)
 {
     app.name("photolib");
     app.formatter(std::make_shared<UsageFormatter>()); // before the commands, which inherit it
-    app.description("Lists the photos, videos and albums in the library of a handheld device.");
+    app.description("Lists the photos, videos and albums in the library of an iOS device or classic iPod.");
     app.footer(examples);
     app.set_version_flag("--version", "photolib " PHOTOLIB_VERSION);
     app.require_subcommand(1);

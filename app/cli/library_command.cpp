@@ -11,7 +11,8 @@ std::shared_ptr<std::optional<std::string>> addDeviceArgument(CLI::App &command)
     command
         .add_option_function<std::string>(
             "DEVICE", [device](const std::string &name) { *device = name; },
-            "Folder laid out as a device's media root: a mounted device or a copy.\n"
+            "Folder laid out as an iOS device's media root or a classic iPod's disk: a mounted\n"
+            "device or a copy. "
             "Without it, a sample device is made and shown")
         ->type_name("");
     return device;
