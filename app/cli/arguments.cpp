@@ -76,7 +76,8 @@ void setUp(CLI::App &app, CommandContext &context)
 {
     app.name("photolib");
     app.formatter(std::make_shared<UsageFormatter>()); // before the commands, which inherit it
-    app.description("Lists the photos, videos and albums in the library of an iOS device or classic iPod.");
+    app.description(
+        "Lists the photos, videos and albums in the library of an iOS device or classic iPod.");
     app.footer(examples);
     app.set_version_flag("--version", "photolib " PHOTOLIB_VERSION);
     app.require_subcommand(1);
