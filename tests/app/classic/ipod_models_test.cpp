@@ -20,11 +20,10 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// The greatest loss of a picture by being stored.
+/// What a stored picture is made of; it says what the picture has lost.
 enum class Storage {
-    Rgb565,
-    Rgb555,
-    Yuv, ///< of any arrangement; fine for greys, coarse for fine coloured detail
+    Rgb, ///< 15 or 16 bits a pixel
+    Yuv, ///< a colour for several pixels
 };
 
 /// One form in which a model stores each picture.
@@ -42,14 +41,9 @@ struct ModelRow {
     QVector<FormatRow> formats; ///< in the order in which libgpod writes them
 };
 
-FormatRow rgb565(int id, const QSize &frame)
+FormatRow rgb(int id, const QSize &frame, bool fillsFrame = false)
 {
-    return {id, frame, frame.width() * frame.height() * 2, Storage::Rgb565};
-}
-
-FormatRow rgb555(int id, const QSize &frame, bool fillsFrame = false)
-{
-    return {id, frame, frame.width() * frame.height() * 2, Storage::Rgb555, fillsFrame};
+    return {id, frame, frame.width() * frame.height() * 2, Storage::Rgb, fillsFrame};
 }
 
 FormatRow yuv(int id)
@@ -60,22 +54,21 @@ FormatRow yuv(int id)
 const ModelRow models[] = {
     {"Photo",
      "A079",
-     {yuv(1019), rgb565(1013, {220, 176}), rgb565(1015, {130, 88}), rgb565(1009, {42, 30})}},
+     {yuv(1019), rgb(1013, {220, 176}), rgb(1015, {130, 88}), rgb(1009, {42, 30})}},
     {"Video",
      "A446",
-     {yuv(1019), rgb565(1024, {320, 240}), rgb565(1015, {130, 88}), rgb565(1036, {50, 41})}},
-    {"Nano1", "A004", {rgb565(1023, {176, 132}), rgb565(1032, {42, 37})}},
-    {"Nano3", "A978", {rgb565(1066, {64, 64}), rgb565(1024, {320, 240}), yuv(1067)}},
+     {yuv(1019), rgb(1024, {320, 240}), rgb(1015, {130, 88}), rgb(1036, {50, 41})}},
+    {"Nano1", "A004", {rgb(1023, {176, 132}), rgb(1032, {42, 37})}},
+    {"Nano3", "A978", {rgb(1066, {64, 64}), rgb(1024, {320, 240}), yuv(1067)}},
     {"Nano4",
      "B480",
-     {rgb565(1083, {240, 320}), rgb565(1079, {80, 80}), rgb565(1066, {64, 64}),
-      rgb565(1024, {320, 240})}},
-    {"Nano5", "C027", {rgb565(1066, {64, 64}), rgb565(1079, {80, 80}), rgb565(1087, {384, 384})}},
-    {"Classic", "B029", {rgb565(1066, {64, 64}), rgb565(1024, {320, 240}), yuv(1067)}},
+     {rgb(1083, {240, 320}), rgb(1079, {80, 80}), rgb(1066, {64, 64}), rgb(1024, {320, 240})}},
+    {"Nano5", "C027", {rgb(1066, {64, 64}), rgb(1079, {80, 80}), rgb(1087, {384, 384})}},
+    {"Classic", "B029", {rgb(1066, {64, 64}), rgb(1024, {320, 240}), yuv(1067)}},
     {"Touch1",
      "A623",
-     {rgb555(3008, {640, 480}), rgb555(3009, {160, 120}), rgb555(3011, {80, 79}, true),
-      rgb555(3004, {56, 55}, true)}},
+     {rgb(3008, {640, 480}), rgb(3009, {160, 120}), rgb(3011, {80, 79}, true),
+      rgb(3004, {56, 55}, true)}},
 };
 
 const FormatRow &smallest(const ModelRow &model)
