@@ -66,8 +66,9 @@ void require(bool isDone, const std::string &path)
 
 void DriveLink::Place::make(const QByteArray &target)
 {
-    folder = temporaryFolder() + "/photolib-XXXXXX";
-    require(::mkdtemp(folder.data()), folder); // which lets nobody else in
+    const std::string parent = temporaryFolder();
+    folder = parent + "/photolib-XXXXXX";
+    require(::mkdtemp(folder.data()), parent); // which lets nobody else in
     drive = folder + "/iPod:";
     link = drive + "/Photos";
     isFilled = true;

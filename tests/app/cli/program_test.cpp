@@ -36,8 +36,9 @@ TEST_F(ProgramOnBadInput, NamesAFileThatIsNoFolder)
 TEST_F(ProgramOnBadInput, NamesAFolderWithoutADatabase)
 {
     m_scratch.makeFolder("device");
-    expectFailure({"dump", device()},
-                  device() + ": no photo database in it (PhotoData/Photos.sqlite)");
+    expectFailure({"dump", device()}, device() +
+                                          ": no photo database in it "
+                                          "(PhotoData/Photos.sqlite or Photos/Photo Database)");
 }
 
 TEST_F(ProgramOnBadInput, RefusesAnEmptyName)
@@ -48,13 +49,6 @@ TEST_F(ProgramOnBadInput, RefusesAnEmptyName)
 TEST_F(ProgramOnBadInput, EscapesTheNameInTheLine)
 {
     expectFailure({"info", "/no\n\x1b[2J"}, "/no\\x0a\\x1b[2J: no such folder");
-}
-
-TEST_F(ProgramOnBadInput, SaysThatAClassicIpodIsNotReadYet)
-{
-    m_scratch.write("device/Photos/Photo Database", "mhfd");
-    expectFailure({"info", device()},
-                  device() + ": the photo database of a classic iPod can not be read yet");
 }
 
 TEST_F(ProgramOnBadInput, NamesADatabaseThatIsNone)
