@@ -22,23 +22,28 @@ quint32 databaseKey(quint64 id)
     return static_cast<quint32>(id & 0xffffffffu);
 }
 
-// Throws the cause, in words, when the file is not there, not readable, or too large.
+// Why a database can not be read, in words.
+struct Unreadable {
+    QString cause;
+};
+
+// Throws Unreadable when the file is not there, not readable, or too large.
 QByteArray readWhole(DeviceFileSystem &files, const QByteArray &path)
 {
     FileError error;
     const std::unique_ptr<DeviceFile> file = files.open(path, &error);
     const qint64 size = file ? file->size(&error) : -1;
     if (size < 0)
-        throw error.text;
+        throw Unreadable{error.text};
     if (size > largestDatabase)
-        throw QStringLiteral("a file of %1 bytes is no photo database").arg(size);
+        throw Unreadable{QStringLiteral("a file of %1 bytes is no photo database").arg(size)};
     QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
     for (qint64 done = 0; done < size;) {
         const qint64 count = file->read(bytes.data() + done, size - done, &error);
         if (count < 0)
-            throw error.text;
+            throw Unreadable{error.text};
         if (count == 0)
-            throw QStringLiteral("the file became shorter while it was read");
+            throw Unreadable{QStringLiteral("the file became shorter while it was read")};
         done += count;
     }
     return bytes;
@@ -50,7 +55,7 @@ ClassicLibrary readLibrary(DeviceFileSystem &files)
     ClassicLibrary library;
     QString error;
     if (!readPhotoDatabase(bytes, &library, &error))
-        throw error;
+        throw Unreadable{error};
     return library;
 }
 
@@ -121,8 +126,8 @@ int ClassicIpod::Database::parse()
             m_albums = positionsOf(library.albums);
             m_library = std::move(library);
             return 0;
-        } catch (const QString &cause) {
-            Log("PHOTOLIB-HOST", 2, "%s", cause.toUtf8().constData());
+        } catch (const Unreadable &failure) {
+            Log("PHOTOLIB-HOST", 2, "%s", failure.cause.toUtf8().constData());
             return failed;
         }
     });
