@@ -17,17 +17,24 @@ QByteArray keyOf(const QByteArray &name)
 QByteArray CaseBlindPaths::resolved(const QByteArray &path)
 {
     QByteArray result;
+    // What is behind a name that is not there is not looked for: a path may have any number
+    // of names.
+    bool isThere = true;
     for (const QByteArray &name : path.split('/')) {
-        if (!name.isEmpty())
-            result += '/' + nameIn(result, name);
+        if (name.isEmpty())
+            continue;
+        const QByteArray found = isThere ? nameIn(result, name) : QByteArray();
+        isThere = !found.isEmpty();
+        result += '/' + (isThere ? found : name);
     }
     return result;
 }
 
+// Empty when there is no such name.
 QByteArray CaseBlindPaths::nameIn(const QByteArray &folder, const QByteArray &name)
 {
     const QList<QByteArray> same = namesIn(folder).value(keyOf(name));
-    return same.isEmpty() || same.contains(name) ? name : same.first();
+    return same.contains(name) ? name : same.value(0);
 }
 
 const CaseBlindPaths::NamesByKey &CaseBlindPaths::namesIn(const QByteArray &folder)

@@ -79,4 +79,36 @@ TEST_F(CaseBlindPathsTest, TakeAPathWithoutASlashInFrontForOneFromTheRoot)
     EXPECT_EQ("", resolved("/"));
 }
 
+// A device with the folder "A", which can not be listed.
+class ListedDevice : public DeviceFileSystem
+{
+public:
+    int lists = 0;
+
+    bool list(const QByteArray &path, QList<QByteArray> *names, FileError *) override
+    {
+        ++lists;
+        if (!path.isEmpty())
+            return false;
+        *names = {"A"};
+        return true;
+    }
+
+    std::unique_ptr<DeviceFile> open(const QByteArray &, FileError *) override { return nullptr; }
+    bool info(const QByteArray &, FileInfo *, FileError *) override { return false; }
+    QByteArray displayName(const QByteArray &path) const override { return path; }
+};
+
+TEST(CaseBlindPathsOfADevice, ListEachFolderOnceAndNoneBehindAMissingName)
+{
+    constexpr int count = 1000;
+    ListedDevice device;
+    CaseBlindPaths paths(device);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ("/A" + QByteArray("/a").repeated(count),
+                  paths.resolved(QByteArray("/a").repeated(count + 1)));
+        EXPECT_EQ(2, device.lists);
+    }
+}
+
 } // namespace
