@@ -17,6 +17,9 @@ constexpr quint32 contentTypeField = 12; // 16 bits, like the type of a section
 constexpr quint32 formatField = 16;
 constexpr quint32 fullResolutionFormat = 1;
 
+// Letters; no system opens a file by a longer name.
+constexpr int longestFileName = 4096;
+
 class LibraryReader
 {
 public:
@@ -129,12 +132,17 @@ itdb_photo storedPicture(const Chunk &image)
     return picture;
 }
 
+bool isFileName(const QString &name)
+{
+    return !name.isEmpty() && name.size() <= longestFileName;
+}
+
 // Of what can not be read nothing may be listed: it would be taken for the smallest or the
 // largest picture of its photo, and hide the ones that can. Numbers beyond the signed ones
 // have become negative.
 bool isReadable(const itdb_photo &picture)
 {
-    return picture.offset >= 0 && picture.size > 0 && !picture.fileName.isEmpty();
+    return picture.offset >= 0 && picture.size > 0 && isFileName(picture.fileName);
 }
 
 bool isFullResolution(const Chunk &content, const Chunk &image)
@@ -148,9 +156,12 @@ void LibraryReader::readImage(const Chunk &content, ClassicPhoto *photo)
     const Chunk image = imageOf(content);
     if (!isFullResolution(content, image))
         return readVariant(image, photo);
-    const std::optional<Chunk> name = fileNameOf(image);
-    if (name && photo->originalName.isEmpty())
-        photo->originalName = name->text();
+    const std::optional<Chunk> chunk = fileNameOf(image);
+    if (!chunk || !photo->originalName.isEmpty())
+        return;
+    const QString name = chunk->text();
+    if (isFileName(name))
+        photo->originalName = name;
 }
 
 void LibraryReader::readVariant(const Chunk &image, ClassicPhoto *photo)

@@ -351,6 +351,33 @@ INSTANTIATE_TEST_SUITE_P(
                     UnreadableRow{"AllBitsSet", 0xffffffff, 0xffffffff, ":a.ithmb"}),
     rowName<UnreadableRow>);
 
+/// A name of `length` letters.
+QString nameOf(int length)
+{
+    return QString(length, 'a');
+}
+
+constexpr int longestName = 4096; // of a path, for the system
+
+TEST(PhotoVariants, AreWithoutThoseWhoseFilesHaveNamesThatAreTooLong)
+{
+    const PhotoDatabaseChunks chunks;
+    const QByteArrayList entries{chunks.picture(2, variant(1024, 0, nameOf(longestName + 1))),
+                                 chunks.picture(2, variant(1036, 0, nameOf(longestName)))};
+    const ClassicPhoto photo = readPhoto(photosOnly({chunks.photo(photoWithId(100), entries)}));
+    ASSERT_EQ(2, photo.variants.size());
+    EXPECT_EQ(nameOf(longestName), photo.variants[1].fileName);
+}
+
+TEST(PhotoOriginal, HasNoNameThatIsTooLong)
+{
+    const PhotoDatabaseChunks chunks;
+    const QByteArrayList entries{chunks.picture(5, variant(1, 0, nameOf(longestName + 1))),
+                                 chunks.picture(5, variant(1, 0, nameOf(longestName)))};
+    const ClassicPhoto photo = readPhoto(photosOnly({chunks.photo(photoWithId(100), entries)}));
+    EXPECT_EQ(nameOf(longestName), photo.originalName);
+}
+
 TEST(PhotoVariants, ShareTheNamesOfTheirFiles)
 {
     const ClassicLibrary stored{{photoWithId(100), photoWithId(101)}, {}};
