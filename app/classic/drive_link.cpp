@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <string>
 #include <sys/stat.h>
@@ -49,10 +50,18 @@ bool survivesLocale(const char *path)
     return QFile::encodeName(QFile::decodeName(path)) == path;
 }
 
+// The plug-in puts the drive's name into a text first and the file's name afterwards, which
+// would go to the places that the former marks.
+bool marksNoPlace(const char *path)
+{
+    return !std::strchr(path, '%');
+}
+
 std::string temporaryFolder()
 {
     const char *const chosen = std::getenv("TMPDIR");
-    const bool isUsable = chosen && chosen[0] == '/' && survivesLocale(chosen);
+    const bool isUsable =
+        chosen && chosen[0] == '/' && survivesLocale(chosen) && marksNoPlace(chosen);
     return isUsable ? chosen : "/tmp";
 }
 
@@ -79,8 +88,7 @@ void DriveLink::Place::make(const QByteArray &target)
 DriveLink::Place *DriveLink::newPlace()
 {
     const std::lock_guard<std::mutex> lock(Place::mutex);
-    if (!Place::first)
-        handleSignals();
+    handleSignals();
     Place *place = Place::first;
     while (place && place->isTaken)
         place = place->next;
@@ -93,6 +101,7 @@ DriveLink::Place *DriveLink::newPlace()
     return place;
 }
 
+// Each time, for a program may have stopped to ignore one.
 void DriveLink::handleSignals()
 {
     for (const int signal : {SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM}) {

@@ -10,7 +10,7 @@
 /// nothing else.
 ///
 /// The link is gone at the end of the object, and when a signal ends the program that it did
-/// not handle when the first link was made. Any number may exist, on any threads.
+/// not handle when a link was made. Any number may exist, on any threads.
 class DriveLink
 {
 public:

@@ -3,11 +3,13 @@
 #include "devices/unique_fd.h"
 #include "support/device_folder.h"
 #include "support/environment.h"
+#include "support/threads.h"
 
 #include <QFile>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstring>
 #include <sys/stat.h>
@@ -84,6 +86,43 @@ TEST(DriveLink, IsMadeInTheFolderForTemporaryFiles)
     EXPECT_TRUE(folderOf(link).startsWith(scratch.path("tmp/")));
 }
 
+// The plug-in puts the two names into "%1:/Photos%2" one after the other.
+TEST(DriveLink, HasNoNameInWhichAFileNameCouldBePut)
+{
+    const ScratchFolder scratch;
+    scratch.write("photos/a", "thumbnails");
+    for (const char *name : {"%1", "100%2", "%9%"}) {
+        scratch.makeFolder(name);
+        const Environment folder("TMPDIR", scratch.path(name));
+        const DriveLink link(scratch.path("photos"));
+        QFile file(QStringLiteral("%1:/Photos%2").arg(link.driveName()).arg("/a"));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
+    }
+}
+
+TEST(DriveLinkThreads, MakeAndDropLinksOfTheirOwn)
+{
+    constexpr int threads = 4;
+    constexpr int rounds = 50;
+    const ScratchFolder scratch;
+    scratch.makeFolder("tmp");
+    for (int i = 0; i < threads; ++i)
+        scratch.write("photos" + QByteArray::number(i) + "/a", QByteArray::number(i));
+    const Environment folder("TMPDIR", scratch.path("tmp"));
+    std::atomic<int> wrong{0};
+    runOnThreads(threads, [&](int number) {
+        const QByteArray name = QByteArray::number(number);
+        for (int i = 0; i < rounds; ++i) {
+            const DriveLink link(scratch.path("photos" + name));
+            QFile file(link.driveName() + QStringLiteral(":/Photos/a"));
+            if (!file.open(QIODevice::ReadOnly) || file.readAll() != name)
+                ++wrong;
+        }
+    });
+    EXPECT_EQ(0, wrong);
+    EXPECT_EQ(QList<QByteArray>(), scratch.everythingIn("tmp"));
+}
+
 TEST(DriveLink, LeavesNothingWhenItCanNotBeMade)
 {
     const ScratchFolder scratch;
@@ -107,9 +146,18 @@ TEST(DriveLink, TellsThatThereIsNoFolderForTemporaryFiles)
     }
 }
 
-// A process with two links that waits for a signal.
-[[noreturn]] void waitWithLinks(const QByteArray &target, int report)
+// A test run in the background inherits signals that are ignored.
+void stopIgnoring(int signal)
 {
+    struct sigaction action = {};
+    if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN)
+        std::signal(signal, SIG_DFL);
+}
+
+// A process with two links that waits for `signal`.
+[[noreturn]] void waitWithLinks(const QByteArray &target, int report, int signal)
+{
+    stopIgnoring(signal);
     const DriveLink one(target);
     const DriveLink two(target);
     const QByteArray folders = folderOf(one) + '\n' + folderOf(two) + '\n';
@@ -132,7 +180,7 @@ TEST_P(DriveLinkOfAProgram, IsGoneWhenASignalEndsIt)
     const UniqueFd writing(ends[1]);
     const pid_t child = ::fork();
     if (child == 0)
-        waitWithLinks(scratch.path("Photos"), writing.get());
+        waitWithLinks(scratch.path("Photos"), writing.get(), GetParam());
     ASSERT_GT(child, 0);
     char names[1000] = {};
     ASSERT_GT(::read(reading.get(), names, sizeof(names) - 1), 0);
