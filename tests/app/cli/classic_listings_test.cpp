@@ -99,6 +99,16 @@ TEST_F(ClassicListings, ListAlbumsAndTheirPhotosInTheirOrder)
     expectFailure({"photos", device(), "--album", "9"}, "9: no album with this id in " + device());
 }
 
+TEST_F(ClassicListings, LeaveOutMembersOfAlbumsThatAreNoPhotos)
+{
+    addPhoto(100);
+    addAlbum(1, "Album", {7, 100, 0xffffffff});
+    writeDevice();
+    EXPECT_EQ(" ID  TAKEN (UTC)  DIMENSIONS   STORED  ORIGINAL\n"
+              "100                           0 bytes\n",
+              outputOf({"photos", device(), "--album", "1"}));
+}
+
 TEST_F(ClassicListings, ShowAPhotoWithAllThatIsStored)
 {
     writeThreePhotos();

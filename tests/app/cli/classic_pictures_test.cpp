@@ -6,6 +6,7 @@
 #include <QImage>
 
 #include <csignal>
+#include <sys/wait.h>
 
 namespace {
 
@@ -299,6 +300,33 @@ TEST_F(ClassicPictures, StayWholeWhenTheirExportIsInterrupted)
     EXPECT_EQ(130, program.waitForExitCode());
     EXPECT_EQ(QList<QByteArray>{"100.bmp"}, names());
     expectPicture("out/100.bmp", {320, 240}, Qt::red);
+}
+
+// Both signals wait for the program when it goes on, so it sees the second one whatever it
+// makes of the first.
+TEST_F(ClassicPictures, LeaveNothingInTheTemporaryFolderWhenTheirExportIsInterruptedTwice)
+{
+    store(addPhoto(100), screenFormat, Qt::red);
+    addOriginal(addPhoto(101), "large.mov", QByteArray());
+    m_scratch.writeSparse(originalsFolder + QByteArray("large.mov"), qint64(1) << 40);
+    writeDevice();
+    m_scratch.makeFolder("tmp");
+    m_setup.environment.append({"TMPDIR", QString::fromUtf8(m_scratch.path("tmp"))});
+    Program program(m_setup, {"export", device(), out()});
+    while (!m_scratch.exists("out/100.bmp"))
+        ASSERT_FALSE(program.waitForFinished(10)) << program.readAllStandardError().constData();
+    EXPECT_NE(QList<QByteArray>(), m_scratch.everythingIn("tmp"));
+    const auto process = static_cast<pid_t>(program.processId());
+    ASSERT_EQ(0, ::kill(process, SIGSTOP));
+    siginfo_t ignored = {};
+    ASSERT_EQ(0, ::waitid(P_PID, static_cast<id_t>(process), &ignored, WSTOPPED | WNOWAIT));
+    for (const int signal : {SIGINT, SIGTERM, SIGCONT})
+        ASSERT_EQ(0, ::kill(process, signal));
+    ASSERT_TRUE(program.waitForFinished());
+    EXPECT_EQ(QProcess::CrashExit, program.exitStatus());
+    EXPECT_EQ(SIGTERM, program.exitCode());
+    EXPECT_EQ(QList<QByteArray>(), m_scratch.everythingIn("tmp"));
+    EXPECT_EQ(QList<QByteArray>{"100.bmp"}, names());
 }
 
 TEST_F(ClassicPictures, AreLeftOutThatAreTooLargeForTheDisk)
