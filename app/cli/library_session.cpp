@@ -46,7 +46,8 @@ DeviceKind kindOf(DeviceFileSystem &files)
     DeviceKind kind = DeviceKind::None;
     FileError error;
     if (!findDeviceKind(files, &kind, &error))
-        throw CommandError(files.displayName(databasePath).toStdString(), error.text.toStdString());
+        throw CommandError(files.displayName(libraryDatabase(files, kind)).toStdString(),
+                           error.text.toStdString());
     return kind;
 }
 
@@ -160,7 +161,9 @@ void LibrarySession::openClassic()
     try {
         m_device = std::make_unique<Device>(m_files, DeviceKind::Classic, QString());
     } catch (const std::system_error &error) {
-        throw CommandError(error.what()); // names the file and the cause
+        // It begins with the path.
+        throw CommandError(CommandError::failed,
+                           std::string("cannot make a temporary folder in ") + error.what());
     }
     m_library = m_plugin->makeLibrary(m_device.get());
     QList<QByteArray> failures;

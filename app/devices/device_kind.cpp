@@ -24,12 +24,14 @@ QByteArray libraryDatabase(DeviceFileSystem &files, DeviceKind kind)
 
 bool findDeviceKind(DeviceFileSystem &files, DeviceKind *kind, FileError *error)
 {
-    bool isIos = false;
-    bool isClassic = false;
-    if (!look(files, databasePath, &isIos, error))
-        return false;
-    if (!isIos && !look(files, libraryDatabase(files, DeviceKind::Classic), &isClassic, error))
-        return false;
-    *kind = isIos ? DeviceKind::Ios : isClassic ? DeviceKind::Classic : DeviceKind::None;
+    for (const DeviceKind each : {DeviceKind::Ios, DeviceKind::Classic}) {
+        bool isThere = false;
+        *kind = each;
+        if (!look(files, libraryDatabase(files, each), &isThere, error))
+            return false;
+        if (isThere)
+            return true;
+    }
+    *kind = DeviceKind::None;
     return true;
 }

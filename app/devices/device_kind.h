@@ -21,7 +21,8 @@ enum class DeviceKind {
 QByteArray libraryDatabase(DeviceFileSystem &files, DeviceKind kind);
 
 /// Looks which library database `files` holds; the iOS one when it holds both. Returns
-/// false and fills `*error` when the device does not say.
+/// false when the device does not say, and fills `*error`, and `*kind` with the one that it
+/// was asked for.
 bool findDeviceKind(DeviceFileSystem &files, DeviceKind *kind, FileError *error);
 
 #endif // PHOTOLIB_DEVICES_DEVICE_KIND_H

@@ -82,11 +82,23 @@ TEST_F(ProgramOnAKindOfDevice, TellsWhatIsWrongWithADamagedDatabaseInOneLine)
                                           "(the file ends within the chunk at offset 0x0)");
 }
 
+TEST_F(ProgramOnAKindOfDevice, NamesADatabaseThatIsALinkToAnotherPlace)
+{
+    m_scratch.write("elsewhere", photoDatabaseBytes(m_library));
+    m_scratch.makeFolder("device/Photos");
+    m_scratch.makeLink("device/Photos/Photo Database", m_scratch.path("elsewhere"));
+    const QByteArray line =
+        device() + "/Photos/Photo Database: a link that leads out of the device";
+    expectFailure({"info", device()}, line);
+    expectFailure({"info", device(), "--kind", "classic"}, line);
+}
+
 TEST_F(ProgramOnAKindOfDevice, TellsThatTheDriveCanNotBeNamed)
 {
     writeThreePhotos();
     setVariable("TMPDIR", "/no/such/folder");
-    expectFailure({"info", device()}, "/no/such/folder: No such file or directory");
+    expectFailure({"info", device()},
+                  "cannot make a temporary folder in /no/such/folder: No such file or directory");
 }
 
 TEST_F(ProgramOnAKindOfDevice, LeavesNothingBesideTheDevice)
