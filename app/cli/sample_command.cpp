@@ -53,11 +53,12 @@ void write(const QString &folder, const SampleArguments &arguments)
 
 void report(const SampleArguments &arguments)
 {
-    const QByteArray count = QByteArray::number(arguments.assets);
+    const QByteArray things = arguments.classic ? " photo" : " asset";
     Output output;
-    output.write((arguments.classic ? "Wrote a sample classic iPod with " + count + " photos to "
-                                    : "Wrote a sample device with " + count + " assets to ") +
-                 printable(QByteArray::fromStdString(arguments.folder)) + '\n');
+    output.write(
+        (arguments.classic ? "Wrote a sample classic iPod with " : "Wrote a sample device with ") +
+        QByteArray::number(arguments.assets) + things + (arguments.assets == 1 ? " to " : "s to ") +
+        printable(QByteArray::fromStdString(arguments.folder)) + '\n');
     output.flush();
 }
 

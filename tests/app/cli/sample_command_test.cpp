@@ -15,6 +15,16 @@ TEST_F(ProgramSample, ReportsTheClassicIpodThatItWrote)
     EXPECT_TRUE(info.output.contains("classic iPod")) << info.output.constData();
 }
 
+TEST_F(ProgramSample, CountsOneAsOne)
+{
+    const QByteArray ipod = m_scratch.path("ipod");
+    const QByteArray phone = m_scratch.path("phone");
+    EXPECT_EQ("Wrote a sample classic iPod with 1 photo to " + ipod + '\n',
+              run({"sample", "--classic", ipod, "--assets", "1"}).output);
+    EXPECT_EQ("Wrote a sample device with 1 asset to " + phone + '\n',
+              run({"sample", phone, "--assets", "1"}).output);
+}
+
 TEST_F(ProgramSample, SaysWhyAClassicIpodCanNotBeWritten)
 {
     m_scratch.write("ipod/notes.txt", "kept");
