@@ -30,7 +30,8 @@ ALBUM is an id or a name. A name means the album of that name which the script h
 or else the one which the device has. Names with blanks stand in double quotes, with \"
 and \\ for a quote and a backslash; a name of digits does, too, or it is an id.
 
-The edits live in memory until the program ends. The device is never changed.
+The edits live in memory until the program ends. The device is never changed. The albums
+of a classic iPod can not be edited.
 
 Examples:
   photolib edit /media/phone edits.txt

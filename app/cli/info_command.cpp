@@ -153,6 +153,9 @@ void addInfoCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command = app.add_subcommand("info", "Sum up the photo library");
     const auto device = addDeviceArgument(*command);
+    command->footer("Examples:\n"
+                    "  photolib info\n"
+                    "  photolib info /media/IPOD");
     command->callback([&context, device] {
         context.run = [&context, device] { return runOnLibrary(context, *device, writeSummary); };
     });

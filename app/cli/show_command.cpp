@@ -139,6 +139,9 @@ void addShowCommand(CLI::App &app, CommandContext &context)
         ->required()
         ->type_name("");
     const auto device = addDeviceArgument(*command);
+    command->footer("Examples:\n"
+                    "  photolib show 42\n"
+                    "  photolib show 42 ~/phone-copy");
     command->callback([&context, id, device] {
         orderArguments(id.get(), device.get());
         context.run = [&context, id, device] { return runShow(context, *id, *device); };

@@ -206,12 +206,17 @@ TEST_F(ProgramUsage, TellsTheOrderOfArguments)
 
 TEST_F(ProgramUsage, ShowsExamplesOfTheCommand)
 {
-    const ProgramResult photos = run({"photos", "--help"});
-    EXPECT_TRUE(photos.output.contains("  photolib photos /media/phone --album 7\n"));
-    EXPECT_FALSE(photos.output.contains("photolib edit"));
-    const ProgramResult dump = run({"dump", "--help"});
-    EXPECT_TRUE(dump.output.contains("  photolib dump ~/phone-copy | jq "));
-    EXPECT_FALSE(dump.output.contains("photolib edit"));
+    const QList<QPair<QByteArray, QByteArray>> examples = {
+        {"info", "  photolib info /media/IPOD\n"},
+        {"photos", "  photolib photos /media/phone --album 7\n"},
+        {"show", "  photolib show 42 ~/phone-copy\n"},
+        {"dump", "  photolib dump ~/phone-copy | jq "},
+    };
+    for (const auto &[command, example] : examples) {
+        const QByteArray help = run({command, "--help"}).output;
+        EXPECT_TRUE(help.contains(example)) << help.constData();
+        EXPECT_FALSE(help.contains("photolib edit")) << help.constData();
+    }
 }
 
 TEST_F(ProgramUsage, TakesANameThatIsAlsoACommandForADevice)
