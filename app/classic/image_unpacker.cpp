@@ -120,11 +120,22 @@ bool unpackPixels(const PixelFormat &format, const QByteArray &raw, const itdb_p
     return true;
 }
 
+// A JPEG file has no frame to lie in.
+QSize sizeInDatabase(const itdb_photo &photo)
+{
+    const int left = photo.horizontalPadding;
+    const int top = photo.verticalPadding;
+    const bool hasPixels = left >= 0 && top >= 0 && left < photo.width && top < photo.height;
+    return hasPixels ? QSize(photo.width - left, photo.height - top) : QSize();
+}
+
 } // namespace
 
 QSize unpackedSize(const itdb_photo &photo)
 {
     const PixelFormat *format = findPixelFormat(photo.formatId);
+    if (format && format->layout == PixelLayout::Jpeg)
+        return sizeInDatabase(photo);
     QString cause;
     PicturePlace place;
     if (!format || !isSizeOf(*format, photo.size, &cause) ||

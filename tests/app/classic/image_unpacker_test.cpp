@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include <QImage>
 #include <QSize>
 #include <QtEndian>
@@ -372,6 +374,21 @@ TEST(UnpackImage, HandsAJpegOnAsItIs)
     EXPECT_EQ(jpeg, unpacked(jpeg, photoOf(1081, jpeg.size(), QSize(640, 480))));
     // Its size is none of the database's business.
     EXPECT_EQ(jpeg, unpacked(jpeg, photoOf(1081, jpeg.size(), QSize(0, -1))));
+}
+
+TEST(UnpackedSize, IsThatOfTheDatabaseForAJpegOfAnyShape)
+{
+    EXPECT_EQ(QSize(480, 640), unpackedSize(photoOf(1081, 5000, QSize(480, 640))));
+    EXPECT_EQ(QSize(1600, 1200), unpackedSize(photoOf(1081, 5000, QSize(1600, 1200))));
+    itdb_photo padded = photoOf(1081, 5000, QSize(640, 480));
+    padded.horizontalPadding = 40;
+    padded.verticalPadding = 30;
+    EXPECT_EQ(QSize(600, 450), unpackedSize(padded));
+    padded.horizontalPadding = 640;
+    EXPECT_EQ(QSize(), unpackedSize(padded));
+    padded.horizontalPadding = std::numeric_limits<qint32>::min();
+    EXPECT_EQ(QSize(), unpackedSize(padded));
+    EXPECT_EQ(QSize(), unpackedSize(photoOf(1081, 5000, QSize(0, 480))));
 }
 
 TEST(UnpackImage, TakesNoJpegForPixelsThatLookLikeOne)
