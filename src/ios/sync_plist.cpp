@@ -4,6 +4,8 @@
 
 #include <plist/plist.h>
 
+#include <cstring>
+
 namespace {
 
 // A device's list has one container and a few hundred bytes. Far above that, but low
@@ -51,11 +53,22 @@ private:
     plist_t m_root;
 };
 
+// Of a text with a zero byte in it, which no device writes, libplist makes an assertion that
+// ends the host's process.
+bool hasZeroByte(plist_t text)
+{
+    uint64_t length = 0;
+    const char *const bytes = plist_get_string_ptr(text, &length);
+    return bytes && std::strlen(bytes) != length;
+}
+
 QByteArray property_list::text(const char *key) const
 {
     const plist_t item = m_root ? plist_dict_get_item(m_root, key) : nullptr;
     if (!item)
         return QByteArray();
+    if (hasZeroByte(item))
+        return QByteArray(plist_get_string_ptr(item, nullptr)); // what is before it
     // Not freed: the string belongs to libplist's allocator, which on some hosts is not
     // ours to call.
     char *value = nullptr;

@@ -108,6 +108,13 @@ TEST_F(SyncListParse, KeepsTheBytesOfTheTextAsTheyAre)
     EXPECT_EQ(manager->m_libraryUUID, QByteArray("\xc3\xa9 & \xe2\x82\xac"));
 }
 
+// libplist ends the process over such a text when it is asked for a copy of it.
+TEST_F(SyncListParse, TakesWhatIsBeforeAZeroByte)
+{
+    parseWith(syncList(QByteArray("6A1F\0-77", 8)));
+    EXPECT_EQ(manager->m_libraryUUID, QByteArray("6A1F"));
+}
+
 TEST_F(SyncListParse, FindsTheNameAmongOtherEntries)
 {
     parseWith(syncList("6A1F", "<key>other</key><array><integer>1</integer></array>"
