@@ -13,7 +13,8 @@ public:
     /// `files` must outlive the object.
     explicit DevicePaths(DeviceFileSystem &files) : m_files(files), m_paths(files) {}
 
-    /// The path on the device, with the names as the disk has them.
+    /// The path on the device, with the names as the disk has them. Of a name that leads out of
+    /// the device, or holds what no file's name does, it is a path that file systems refuse.
     QByteArray path(const QString &name);
 
     /// `name` with the names as the disk has them; null, after a line in the log, for what
