@@ -1,0 +1,165 @@
+// A classic iPod through the photo library that the plug-in makes of it, over the program's own
+// reader and unpacker.
+//
+// An input is a photo database; or, when it does not begin as one, a stored picture: its
+// format, width, height and paddings (16 bits each) and its bytes.
+
+#include "boundary/photo_records.h"
+#include "classic/classic_ipod.h"
+#include "classic/ipod_photo_manager.h"
+#include "classic/pixel_formats.h"
+#include "devices/device.h"
+#include "fuzz/fuzz_input.h"
+#include "services/log_output.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace {
+
+// What the device's only file of pictures holds.
+constexpr int pictureBytes = 1 << 20;
+
+class BytesFile : public DeviceFile
+{
+public:
+    explicit BytesFile(QByteArray bytes) : m_bytes(std::move(bytes)) {}
+
+    qint64 read(char *buffer, qint64 length, FileError *) override
+    {
+        const QByteArray part = m_bytes.mid(static_cast<int>(m_position), static_cast<int>(length));
+        std::copy(part.begin(), part.end(), buffer);
+        m_position += part.size();
+        return part.size();
+    }
+
+    bool seek(qint64 offset, FileError *) override
+    {
+        m_position = offset;
+        return true;
+    }
+
+    qint64 tell() const override { return m_position; }
+    qint64 size(FileError *) override { return m_bytes.size(); }
+
+private:
+    const QByteArray m_bytes;
+    qint64 m_position = 0;
+};
+
+// A device whose photo database is in memory, and whose pictures are in a folder.
+class BytesDevice : public DeviceFileSystem
+{
+public:
+    explicit BytesDevice(QByteArray database) : m_database(std::move(database)) {}
+
+    std::unique_ptr<DeviceFile> open(const QByteArray &, FileError *) override
+    {
+        return std::make_unique<BytesFile>(m_database);
+    }
+
+    bool info(const QByteArray &, FileInfo *info, FileError *) override
+    {
+        info->type = FileInfo::File;
+        return true;
+    }
+
+    bool list(const QByteArray &, QList<QByteArray> *names, FileError *) override
+    {
+        names->clear();
+        return true;
+    }
+
+    QByteArray localPath(const QByteArray &) const override
+    {
+        return QFile::encodeName(photosFolder());
+    }
+
+    QByteArray displayName(const QByteArray &path) const override { return path; }
+
+private:
+    static QString photosFolder()
+    {
+        static const QTemporaryDir folder;
+        static const bool isFilled = [] {
+            QDir(folder.path()).mkdir(QStringLiteral("Thumbs"));
+            QFile file(folder.path() + QStringLiteral("/Thumbs/F1019_1.ithmb"));
+            return file.open(QIODevice::WriteOnly) &&
+                   file.write(QByteArray(pictureBytes, '\x55')) == pictureBytes;
+        }();
+        if (!isFilled)
+            std::abort();
+        return folder.path();
+    }
+
+    const QByteArray m_database;
+};
+
+void useLibrary(photo_manager_int &library)
+{
+    constexpr int most = 50; // more of the same kind shows nothing new
+    QByteArray bytes;
+    for (const quint64 id : library.photoIDs().mid(0, most)) {
+        photoItem photo;
+        library.getPhoto(id, &photo);
+        library.getPhotoThumbnail(id, bytes);
+        library.getSourcePhoto(id, bytes);
+    }
+    for (const quint64 id : library.albumIDs().mid(0, most)) {
+        albumItem album;
+        library.getAlbum(id, &album);
+    }
+}
+
+void readDatabase(const QByteArray &database)
+{
+    Device device(std::make_shared<BytesDevice>(database), DeviceKind::Classic, QString());
+    iPodPhotoManager library(&device);
+    if (!library.parseLib())
+        return;
+    useLibrary(library);
+    for (const quint64 id : library.photoIDs())
+        device.classicIpod()->originalPath(*device.classicIpod()->photo(id));
+}
+
+void unpack(FuzzInput &input)
+{
+    itdb_photo photo;
+    photo.formatId = input.u16();
+    photo.width = static_cast<qint16>(input.u16());
+    photo.height = static_cast<qint16>(input.u16());
+    photo.horizontalPadding = static_cast<qint16>(input.u16());
+    photo.verticalPadding = static_cast<qint16>(input.u16());
+    QByteArray raw = input.rest();
+    photo.size = raw.size();
+    QByteArray out;
+    unpackiThmb(nullptr, raw, photo, out);
+    // Few inputs have as many bytes as their format.
+    const PixelFormat *const format = findPixelFormat(photo.formatId);
+    if (!format)
+        return;
+    QByteArray filled = raw.leftJustified(format->pixelBytes(), '\x2a', true);
+    photo.size = filled.size();
+    unpackiThmb(nullptr, filled, photo, out);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    setLogDetail(LogDetail::Nothing);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    FuzzInput input(data, size);
+    FuzzInput whole(data, size);
+    const QByteArray bytes = whole.rest();
+    if (bytes.startsWith("mhfd") || bytes.startsWith("dfhm"))
+        readDatabase(bytes);
+    else
+        unpack(input);
+    return 0;
+}
