@@ -16,12 +16,6 @@ bool write(const QString &folder, const char *name, const QByteArray &bytes)
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
-// Small pages make small files.
-void makeSmall(PhotosDatabase *database)
-{
-    database->rows.sql = {"PRAGMA page_size = 512", "VACUUM"};
-}
-
 PhotosDatabase database(const Schema &schema)
 {
     PhotosDatabase result;
@@ -37,7 +31,6 @@ PhotosDatabase database(const Schema &schema)
     result.rows.albums = {albumRow(4), albumRow(5, 12)};
     result.join().add(4, 1);
     result.join().add(4, 3);
-    makeSmall(&result);
     return result;
 }
 
@@ -53,6 +46,17 @@ QByteArray withLog()
     return input + files.database + files.wal;
 }
 
+// Small pages make small files.
+bool writeSmall(const QString &folder, const char *name, const PhotosDatabase &database)
+{
+    QDir().mkpath(folder);
+    const QString path = folder + QLatin1Char('/') + QLatin1String(name);
+    QFile::remove(path);
+    const SqliteOwner db = database.open();
+    runSql(db.get(), "PRAGMA page_size = 512; VACUUM INTO '" + path.toStdString() + "'");
+    return QFile::exists(path);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -60,8 +64,8 @@ int main(int argc, char **argv)
     if (argc != 2)
         return 2;
     const QString folder = QFile::decodeName(argv[1]) + QStringLiteral("/photos_database");
-    const bool isWritten = write(folder, "late", database(Schema::late()).bytes()) &&
-                           write(folder, "early", database(Schema::early()).bytes()) &&
+    const bool isWritten = writeSmall(folder, "late", database(Schema::late())) &&
+                           writeSmall(folder, "early", database(Schema::early())) &&
                            write(folder, "log", withLog());
     if (!isWritten)
         std::fprintf(stderr, "can not write to %s\n", argv[1]);
