@@ -12,6 +12,7 @@
 
 #include <memory>
 #include <set>
+#include <vector>
 
 namespace {
 
@@ -43,7 +44,6 @@ public:
         m_host.setDeviceFile("/PhotoData/Photos.sqlite", database);
         m_device.localData = copiesFolder();
         m_device.iosDevice = m_input.byte() % 4 != 0;
-        fillClassic();
         m_library.reset(getPhotolib(&m_device));
     }
 
@@ -70,7 +70,7 @@ public:
     }
 
 private:
-    void fillClassic();
+    void addClassicDatabase();
     void call(int operation);
     void query(int operation);
     void edit(int operation);
@@ -83,7 +83,7 @@ private:
     FuzzInput &m_input;
     FakeHost m_host;
     FakeIPod m_device;
-    FakePhotoDB m_classic;
+    std::vector<std::unique_ptr<FakePhotoDB>> m_classicDatabases;
     std::unique_ptr<photo_manager_int> m_library;
     std::set<CameraDB *> m_models;
     int m_parses = 0;
@@ -92,18 +92,21 @@ private:
     QByteArray m_bytes;
 };
 
-void Calls::fillClassic()
+// Each parse of a classic iPod releases the database of the one before it.
+void Calls::addClassicDatabase()
 {
+    m_classicDatabases.push_back(std::make_unique<FakePhotoDB>());
+    FakePhotoDB &classic = *m_classicDatabases.back();
     itdb_trk photo;
     itdb_photo variant;
     variant.size = 10;
     variant.fileName = QStringLiteral(":Thumbs:F1019_1.ithmb");
     photo.thumbs = {variant, variant};
-    m_classic.library.addPhoto(1, photo);
+    classic.library.addPhoto(1, photo);
     itdb_pl album;
     album.photoIDs = {1, 2};
-    m_classic.library.addAlbum(5, album);
-    m_host.setPhotoDatabase(&m_classic);
+    classic.library.addAlbum(5, album);
+    m_host.setPhotoDatabase(&classic);
 }
 
 quint64 Calls::id()
@@ -121,6 +124,7 @@ void Calls::parse()
 {
     if (++m_parses > mostParses)
         return;
+    addClassicDatabase();
     m_library->parseLib();
     auto *const manager = dynamic_cast<photo_manager *>(m_library.get());
     if (manager && manager->m_pCameraDB)

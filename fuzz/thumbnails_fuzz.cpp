@@ -1,8 +1,9 @@
 // Records of packed thumbnail files and ready thumbnails through the thumbnail of a photo.
 //
-// An input is: which of the packed files the device has (8 bits, one a file; that one of
-// ready ones in 4 more), the photo's record in them (32 bits), a ready thumbnail (a piece)
-// and the content of the packed file.
+// An input is: which of the packed files the device has (8 bits, one a file); which of the ready
+// ones (4 bits) and whether the packed files hold whole records (1 bit); the photo's record in
+// them (32 bits); a ready thumbnail (a piece); and the content of the packed files, or, of whole
+// records, the trailer and what their pixels repeat.
 
 #include "fuzz/fuzz_host.h"
 #include "fuzz/fuzz_input.h"
@@ -10,8 +11,15 @@
 
 namespace {
 
-const char *const packedNames[] = {"332x332", "240x240", "166x166", "158x158",
-                                   "120x120", "3319",    "4031",    "3309"};
+struct PackedFile {
+    const char *name;
+    int pixelBytes; // of a record
+};
+const PackedFile packedFiles[] = {{"332x332", 223104}, {"240x240", 115200}, {"166x166", 55776},
+                                  {"158x158", 50560},  {"120x120", 28800},  {"3319", 50240},
+                                  {"4031", 28800},     {"3309", 8192}};
+constexpr int trailerBytes = 28;
+constexpr quint8 wholeRecords = 1 << 4;
 const char *const readyNames[] = {"5005.JPG", "5003.JPG", "3507.JPG", "3505.JPG"};
 constexpr quint64 photoKey = 41;
 
@@ -24,6 +32,17 @@ void addPhoto(CameraDB *model, qint32 index)
     photo->fileName = QStringLiteral("IMG_0001.JPG");
     photo->thumbnailIndex = index;
     model->assets[photoKey] = photo;
+}
+
+// Two records alike, so that a small input reaches the pixels of a large one.
+QByteArray records(int pixelBytes, const QByteArray &content)
+{
+    const QByteArray trailer = content.left(trailerBytes).leftJustified(trailerBytes, '\0');
+    QByteArray pattern = content.mid(trailerBytes);
+    if (pattern.isEmpty())
+        pattern = QByteArray(1, '\x2a');
+    const QByteArray pixels = pattern.repeated(pixelBytes / pattern.size() + 1).left(pixelBytes);
+    return pixels + trailer + pixels + trailer;
 }
 
 } // namespace
@@ -51,11 +70,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
                                    readyNames[i],
                                readyFile);
     }
-    const QByteArray packedFile = input.rest();
+    const QByteArray content = input.rest();
     for (int i = 0; i < 8; ++i) {
         if (packed >> i & 1)
-            host.setDeviceFile(QByteArray("/PhotoData/Thumbnails/") + packedNames[i] + ".ithmb",
-                               packedFile);
+            host.setDeviceFile(
+                QByteArray("/PhotoData/Thumbnails/") + packedFiles[i].name + ".ithmb",
+                ready & wholeRecords ? records(packedFiles[i].pixelBytes, content) : content);
     }
     QByteArray out;
     manager.getPhotoThumbnail(photoKey, out);
