@@ -44,6 +44,8 @@ public:
         m_host.setDeviceFile("/PhotoData/Photos.sqlite", database);
         m_device.localData = copiesFolder();
         m_device.iosDevice = m_input.byte() % 4 != 0;
+        for (int parse = 1; parse <= mostParses; ++parse)
+            m_host.onCall("getPhotoDBInt", parse, [this] { addClassicDatabase(); });
         m_library.reset(getPhotolib(&m_device));
     }
 
@@ -124,7 +126,6 @@ void Calls::parse()
 {
     if (++m_parses > mostParses)
         return;
-    addClassicDatabase();
     m_library->parseLib();
     auto *const manager = dynamic_cast<photo_manager *>(m_library.get());
     if (manager && manager->m_pCameraDB)
