@@ -150,6 +150,12 @@ Precondition precondition(const std::string &function, const std::string &expres
     return {std::nullopt, function, expression};
 }
 
+std::ostream &operator<<(std::ostream &out, const CallFault &fault)
+{
+    static const char *const ways[] = {"refused", "cut", "lied", "feigned"};
+    return out << ways[static_cast<int>(fault.way)] << '(' << fault.value << ')';
+}
+
 const char *const FakeHost::DeviceName = "connected-device";
 
 // Everything that the services share.
@@ -193,6 +199,8 @@ struct FakeHost::State {
     std::map<QByteArray, int> writeCounts;
     std::map<std::pair<std::string, int>, std::function<void()>> hooks;
     std::map<std::string, int> counts;
+    std::function<std::optional<CallFault>(const HostCall &)> plan;
+    int callNumber = 0;
 
     std::vector<Line> lines;
     std::vector<LogLine> log;
@@ -381,6 +389,12 @@ void FakeHost::onCall(const std::string &operation, int n, std::function<void()>
     m_state->hooks[{operation, n}] = std::move(hook);
 }
 
+void FakeHost::planFaults(std::function<std::optional<CallFault>(const HostCall &)> plan)
+{
+    const std::lock_guard<std::mutex> lock(m_state->mutex);
+    m_state->plan = std::move(plan);
+}
+
 std::vector<std::string> FakeHost::trace() const
 {
     const std::lock_guard<std::mutex> lock(m_state->mutex);
@@ -454,6 +468,7 @@ void FakeHost::clearRecords()
     m_state->warnings.clear();
     m_state->unpackings.clear();
     m_state->counts.clear();
+    m_state->callNumber = 0;
     m_state->readCounts.clear();
     m_state->writeCounts.clear();
 }
@@ -495,17 +510,23 @@ void FakeHost::record(const std::string &operation, const std::string &line)
     m_state->lines.push_back({operation, line});
 }
 
-void FakeHost::enter(const std::string &operation)
+std::optional<CallFault> FakeHost::enter(const std::string &operation, bool onDevice)
 {
     std::function<void()> hook;
+    std::optional<CallFault> fault;
     {
         const std::lock_guard<std::mutex> lock(m_state->mutex);
         const auto found = m_state->hooks.find({operation, ++m_state->counts[operation]});
         if (found != m_state->hooks.end())
             hook = found->second;
+        if (!isLog(operation)) {
+            const HostCall call = {++m_state->callNumber, operation, onDevice};
+            fault = m_state->plan ? m_state->plan(call) : std::nullopt;
+        }
     }
     if (hook)
         hook();
+    return fault;
 }
 
 // The services. Each runs its hook first, then works and records under the lock.
@@ -513,6 +534,7 @@ struct FakeHost::Services {
     FaultPause pause;
     State &host;
     std::string operation;
+    std::optional<CallFault> fault;
     std::unique_lock<std::mutex> lock;
 
     // A service without a host is a mistake in the test.
@@ -526,9 +548,9 @@ struct FakeHost::Services {
         return *host->m_state;
     }
 
-    explicit Services(const char *name) : host(living(name)), operation(name)
+    explicit Services(const char *name, bool onDevice = true) : host(living(name)), operation(name)
     {
-        FakeHost::current()->enter(operation);
+        fault = FakeHost::current()->enter(operation, onDevice);
         lock = std::unique_lock<std::mutex>(host.mutex);
     }
 
@@ -540,6 +562,25 @@ struct FakeHost::Services {
     void note(std::initializer_list<std::string> arguments, const std::string &result)
     {
         host.lines.push_back({operation, call(operation, arguments) + " -> " + result});
+    }
+
+    bool is(CallFault::Way way) const { return fault && fault->way == way; }
+
+    // What `work` yields, unless a planned fault has it otherwise.
+    template <class Work>
+    auto answer(const Work &work) -> decltype(work())
+    {
+        using Result = decltype(work());
+        if (is(CallFault::Way::Refused))
+            return static_cast<Result>(fault->value);
+        const Result result = work();
+        return is(CallFault::Way::Lied) ? static_cast<Result>(fault->value) : result;
+    }
+
+    // As many of `len` bytes as a planned fault lets through.
+    int allowed(int len) const
+    {
+        return is(CallFault::Way::Cut) ? std::min(len, static_cast<int>(fault->value)) : len;
     }
 
     template <class Handle>
@@ -561,11 +602,13 @@ struct FakeHost::Services {
     bool createDir(VDev *dev, const QByteArray &path);
     qint64 fileSize(VDev *dev, const QByteArray &path) const;
     int read(VFile *file, char *buf, int len);
+    int readHalf(VFile *file, char *buf, int len) const;
     int readBytes(VFile *file, char *buf, int len) const;
     int write(VFile *file, const char *buf, int len);
     int writeBytes(VFile *file, const char *buf, int len) const;
     qint64 seek(VFile *file, qint64 offset, int whence);
     qint64 move(VFile *file, qint64 offset, int whence) const;
+    qint64 tell(VFile *file);
 
     static const State::Fault *faultOf(const State::Faults &faults,
                                        std::map<QByteArray, int> &counts, const QByteArray &path);
@@ -573,7 +616,7 @@ struct FakeHost::Services {
 
 VDev *FakeHost::Services::openDev(VDevType type, const QByteArray &path)
 {
-    if (host.failingDevs.count(type) != 0)
+    if (fault || host.failingDevs.count(type) != 0)
         return nullptr;
     const int number = static_cast<int>(host.devs.size()) + 1;
     if (type == VDevHost && path.isEmpty()) {
@@ -590,7 +633,7 @@ VDev *FakeHost::Services::openDev(VDevType type, const QByteArray &path)
 
 VFile *FakeHost::Services::openFile(VDev *dev, const QByteArray &path, int mode)
 {
-    if (!check(dev) || host.failingOpens.count({path, mode}) != 0)
+    if (!check(dev) || fault || host.failingOpens.count({path, mode}) != 0)
         return nullptr;
     if (mode != readMode && mode != writeMode)
         return nullptr;
@@ -662,17 +705,29 @@ int FakeHost::Services::read(VFile *file, char *buf, int len)
 {
     if (!check(file))
         return -1;
-    const State::Fault *fault = faultOf(host.readFaults, host.readCounts, file->path);
-    if (fault != nullptr && fault->kind == State::FaultKind::Fail)
-        return static_cast<int>(fault->value);
+    const State::Fault *pathFault = faultOf(host.readFaults, host.readCounts, file->path);
+    if (pathFault != nullptr && pathFault->kind == State::FaultKind::Fail)
+        return static_cast<int>(pathFault->value);
     const auto limit = host.readLimits.find(file->path);
     if (limit != host.readLimits.end())
         len = std::min(len, limit->second);
-    if (fault != nullptr && fault->kind == State::FaultKind::Shorten)
-        len = std::min(len, static_cast<int>(fault->value));
-    const int count = readBytes(file, buf, len);
-    return fault != nullptr && fault->kind == State::FaultKind::Lie ? static_cast<int>(fault->value)
-                                                                    : count;
+    if (pathFault != nullptr && pathFault->kind == State::FaultKind::Shorten)
+        len = std::min(len, static_cast<int>(pathFault->value));
+    const int count =
+        is(CallFault::Way::Feigned) ? readHalf(file, buf, len) : readBytes(file, buf, allowed(len));
+    return pathFault != nullptr && pathFault->kind == State::FaultKind::Lie
+               ? static_cast<int>(pathFault->value)
+               : count;
+}
+
+// A feigned read gives the first half of what the file has, and moves behind it.
+int FakeHost::Services::readHalf(VFile *file, char *buf, int len) const
+{
+    std::vector<char> whole(static_cast<std::size_t>(std::max(len, 0)));
+    const int count = readBytes(file, whole.data(), len);
+    if (count > 0)
+        std::memcpy(buf, whole.data(), static_cast<std::size_t>(count / 2));
+    return count;
 }
 
 int FakeHost::Services::readBytes(VFile *file, char *buf, int len) const
@@ -694,14 +749,15 @@ int FakeHost::Services::write(VFile *file, const char *buf, int len)
 {
     if (!check(file))
         return -1;
-    const State::Fault *fault = faultOf(host.writeFaults, host.writeCounts, file->path);
-    if (fault != nullptr && fault->kind == State::FaultKind::Fail)
-        return static_cast<int>(fault->value);
-    if (fault != nullptr && fault->kind == State::FaultKind::Shorten)
-        len = std::min(len, static_cast<int>(fault->value));
-    const int count = writeBytes(file, buf, len);
-    return fault != nullptr && fault->kind == State::FaultKind::Lie ? static_cast<int>(fault->value)
-                                                                    : count;
+    const State::Fault *pathFault = faultOf(host.writeFaults, host.writeCounts, file->path);
+    if (pathFault != nullptr && pathFault->kind == State::FaultKind::Fail)
+        return static_cast<int>(pathFault->value);
+    if (pathFault != nullptr && pathFault->kind == State::FaultKind::Shorten)
+        len = std::min(len, static_cast<int>(pathFault->value));
+    const int count = is(CallFault::Way::Feigned) ? len : writeBytes(file, buf, allowed(len));
+    return pathFault != nullptr && pathFault->kind == State::FaultKind::Lie
+               ? static_cast<int>(pathFault->value)
+               : count;
 }
 
 int FakeHost::Services::writeBytes(VFile *file, const char *buf, int len) const
@@ -720,12 +776,18 @@ qint64 FakeHost::Services::seek(VFile *file, qint64 offset, int whence)
 {
     if (!check(file))
         return -1;
-    const auto fault = host.seekFaults.find(file->path);
-    if (fault == host.seekFaults.end())
+    if (is(CallFault::Way::Feigned)) {
+        const qint64 before = tell(file);
+        const qint64 after = move(file, offset, whence);
+        move(file, before, SEEK_SET);
+        return after;
+    }
+    const auto pathFault = host.seekFaults.find(file->path);
+    if (pathFault == host.seekFaults.end())
         return move(file, offset, whence);
-    if (fault->second.kind == State::FaultKind::Lie)
+    if (pathFault->second.kind == State::FaultKind::Lie)
         move(file, offset, whence);
-    return fault->second.value;
+    return pathFault->second.value;
 }
 
 qint64 FakeHost::Services::move(VFile *file, qint64 offset, int whence) const
@@ -741,11 +803,21 @@ qint64 FakeHost::Services::move(VFile *file, qint64 offset, int whence) const
     return file->position;
 }
 
+qint64 FakeHost::Services::tell(VFile *file)
+{
+    if (!check(file))
+        return -1;
+    const auto lie = host.tells.find(file->path);
+    if (lie != host.tells.end())
+        return lie->second;
+    return file->disk != nullptr ? std::ftell(file->disk) : file->position;
+}
+
 // --- src/host, with C++ linkage as its headers declare.
 
 VDev *vDevOpen(VDevType type, const char *path)
 {
-    FakeHost::Services service("vDevOpen");
+    FakeHost::Services service("vDevOpen", type == VDevDevice);
     VDev *dev = service.openDev(type, path);
     service.note({std::to_string(type), quoted(path)}, nameOf(dev));
     return dev;
@@ -761,8 +833,8 @@ void vDevClose(VDev *dev)
 
 bool vDevCreateDir(VDev *dev, const char *path)
 {
-    FakeHost::Services service("vDevCreateDir");
-    const bool created = service.createDir(dev, path);
+    FakeHost::Services service("vDevCreateDir", false);
+    const bool created = service.answer([&] { return service.createDir(dev, path); });
     service.note({nameOf(dev), quoted(path)}, truth(created));
     return created;
 }
@@ -770,14 +842,15 @@ bool vDevCreateDir(VDev *dev, const char *path)
 qint64 vDevFileSize(VDev *dev, const char *path)
 {
     FakeHost::Services service("vDevFileSize");
-    const qint64 size = service.check(dev) ? service.fileSize(dev, path) : 0;
+    const qint64 size =
+        service.answer([&] { return service.check(dev) ? service.fileSize(dev, path) : 0; });
     service.note({nameOf(dev), quoted(path)}, std::to_string(size));
     return size;
 }
 
 VFile *vFileOpen(VDev *dev, const char *path, int mode)
 {
-    FakeHost::Services service("vFileOpen");
+    FakeHost::Services service("vFileOpen", mode == readMode);
     VFile *file = service.openFile(dev, path, mode);
     service.note({nameOf(dev), quoted(path), std::to_string(mode)}, nameOf(file));
     return file;
@@ -786,15 +859,15 @@ VFile *vFileOpen(VDev *dev, const char *path, int mode)
 int vFileRead(VFile *file, char *buf, int len)
 {
     FakeHost::Services service("vFileRead");
-    const int count = service.read(file, buf, len);
+    const int count = service.answer([&] { return service.read(file, buf, len); });
     service.note({nameOf(file), std::to_string(len)}, std::to_string(count));
     return count;
 }
 
 int vFileWrite(VFile *file, const char *buf, int len)
 {
-    FakeHost::Services service("vFileWrite");
-    const int count = service.write(file, buf, len);
+    FakeHost::Services service("vFileWrite", false);
+    const int count = service.answer([&] { return service.write(file, buf, len); });
     service.note({nameOf(file), std::to_string(len)}, std::to_string(count));
     return count;
 }
@@ -802,7 +875,7 @@ int vFileWrite(VFile *file, const char *buf, int len)
 qint64 vFileSeek(VFile *file, qint64 offset, int whence)
 {
     FakeHost::Services service("vFileSeek");
-    const qint64 position = service.seek(file, offset, whence);
+    const qint64 position = service.answer([&] { return service.seek(file, offset, whence); });
     service.note({nameOf(file), std::to_string(offset), std::to_string(whence)},
                  std::to_string(position));
     return position;
@@ -811,13 +884,7 @@ qint64 vFileSeek(VFile *file, qint64 offset, int whence)
 qint64 vFileTell(VFile *file)
 {
     FakeHost::Services service("vFileTell");
-    qint64 position = -1;
-    if (service.check(file)) {
-        const auto lie = service.host.tells.find(file->path);
-        position = lie != service.host.tells.end() ? lie->second
-                   : file->disk != nullptr         ? std::ftell(file->disk)
-                                                   : file->position;
-    }
+    const qint64 position = service.answer([&] { return service.tell(file); });
     service.note({nameOf(file)}, std::to_string(position));
     return position;
 }
@@ -867,7 +934,7 @@ iitdb *getPhotoDBInt(IIPod *iPod)
 {
     FakeHost::Services service("getPhotoDBInt");
     service.host.databaseDevice = iPod;
-    FakePhotoDB *database = service.host.photoDatabase;
+    FakePhotoDB *database = service.fault ? nullptr : service.host.photoDatabase;
     service.note({}, database == nullptr ? "null" : "db");
     return database;
 }
@@ -892,13 +959,35 @@ int unpackiThmb(IIPod *iPod, QByteArray &raw, const itdb_photo &photo, QByteArra
     FakeHost::Services service("unpackiThmb");
     auto &host = service.host;
     host.unpackings.push_back({iPod, raw, photo, out});
-    if (host.unpackResult == 0)
-        out = host.unpacked;
-    service.note({std::to_string(raw.size())}, std::to_string(host.unpackResult));
-    return host.unpackResult;
+    const int result = service.answer([&] {
+        if (host.unpackResult == 0)
+            out = host.unpacked;
+        return host.unpackResult;
+    });
+    service.note({std::to_string(raw.size())}, std::to_string(result));
+    return result;
 }
 
 namespace {
+
+// The result of a call that goes wrong.
+template <class Number>
+Number faulty(const Number &, qint64 value)
+{
+    return static_cast<Number>(value);
+}
+QString faulty(const QString &, qint64)
+{
+    return {};
+}
+QList<quint32> faulty(const QList<quint32> &, qint64)
+{
+    return {};
+}
+iphotolib *faulty(iphotolib *, qint64)
+{
+    return nullptr;
+}
 
 // Records a call of one of the fake objects and gives its answer; the hook may still
 // change what `answer` reads.
@@ -907,9 +996,12 @@ auto answered(const std::string &operation, const std::string &arguments, Answer
               Print print)
 {
     FakeHost *host = FakeHost::current();
-    if (host != nullptr)
-        host->enter(operation);
-    auto result = answer();
+    const bool onDevice = operation.find("::") != std::string::npos; // not those of FakeIPod
+    const auto fault = host != nullptr ? host->enter(operation, onDevice) : std::nullopt;
+    const bool isRefused = fault && fault->way == CallFault::Way::Refused;
+    auto result = isRefused ? decltype(answer())() : answer();
+    if (fault)
+        result = faulty(result, fault->value);
     if (host != nullptr)
         host->record(operation, operation + '(' + arguments + ')' + print(result));
     return result;

@@ -46,6 +46,28 @@ Precondition precondition(const std::string &function, const std::string &expres
 
 class FakePhotoDB;
 
+/// One call of a service, counted from 1 over all services but `Log` and the warnings.
+struct HostCall {
+    int number;
+    std::string operation; ///< "vFileRead", "isAccessBlocked", "iphotolib::getPhoto" ...
+    bool onDevice;         ///< needs the device itself, not only what the host knows of it
+};
+
+/// How one call goes wrong.
+struct CallFault {
+    enum class Way {
+        Refused, ///< nothing is done, and the result is `value`; 0 is also a null handle,
+                 ///< false, an empty text and an empty list
+        Cut,     ///< a read or write moves at most `value` bytes, and says so
+        Lied,    ///< all is done, but the result is `value`
+        Feigned  ///< a read moves half of its bytes and a seek or write does nothing, but the
+                 ///< result is that of the whole
+    };
+    Way way = Way::Refused;
+    qint64 value = 0;
+};
+std::ostream &operator<<(std::ostream &out, const CallFault &fault);
+
 /// The host of the plug-in: defines every service in `src/host` over files in memory,
 /// records what the plug-in calls, and injects faults. Make one at the start of a test;
 /// the services reach the only living one. Nothing stays behind when it dies. All
@@ -150,6 +172,10 @@ public:
     /// and without holding its lock.
     void onCall(const std::string &operation, int n, std::function<void()> hook);
 
+    /// Asks `plan` at the start of every call, in place of an earlier plan. Calls without a
+    /// result, such as `vFileClose`, can not fail. The plan must not call the host.
+    void planFaults(std::function<std::optional<CallFault>(const HostCall &)> plan);
+
     // --- What the plug-in did.
 
     /// Every recorded line, log lines and warnings among them.
@@ -165,7 +191,7 @@ public:
     /// The handles that are still open, in the order of their opens: "dev1", "file1".
     std::vector<std::string> openHandles() const;
     /// Forgets the lines, log lines and warnings so far, and the counts of `callCount`,
-    /// `onCall` and the faults' `n`. Handles stay, and their numbers go on.
+    /// `onCall`, `HostCall` and the faults' `n`. Handles stay, and their numbers go on.
     void clearRecords();
 
     // --- The classic services.
@@ -192,8 +218,8 @@ public:
 
     /// Records a line that starts with `operation`, for the fakes of this folder.
     void record(const std::string &operation, const std::string &line);
-    /// Runs the hook of this call, if any.
-    void enter(const std::string &operation);
+    /// Runs the hook of this call, if any, and tells the fault that is planned for it.
+    std::optional<CallFault> enter(const std::string &operation, bool onDevice = true);
 
 private:
     struct State;
