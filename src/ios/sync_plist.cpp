@@ -18,7 +18,7 @@ const int mostContainers = 10000;
 QByteArray readAll(const open_file &file)
 {
     QByteArray content;
-    char piece[1024];
+    char piece[1024] = {}; // a read may give less than it says
     const int pieceSize = sizeof piece;
     int count = 0;
     do {

@@ -150,7 +150,9 @@ int photo_manager::getPhotoThumbnail(const quint64 &id, QByteArray &out)
     return withoutThrowing(-1, [&] {
         if (checkV2Thumbnail(asset, out))
             return 0;
-        PhotoThumb thumb;
+        // Cleared: a read that gives less than it says must not decide a picture's size by
+        // stale memory.
+        PhotoThumb thumb = PhotoThumb();
         return readThumbnail(asset->thumbnailIndex, &thumb) && appendImage(&thumb, out) ? 0 : -1;
     });
 }
