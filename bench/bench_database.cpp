@@ -146,20 +146,32 @@ void insertAlbum(sqlite3 *db, int key, int kind, const std::string &title)
         .insert();
 }
 
+void insertMembers(Inserter &members, int album, const Library &library)
+{
+    if (library.members == 0) {
+        // Half of the assets are in an album, some of them in two.
+        const int step = 2 * library.userAlbums - album % 3;
+        for (int asset = album; asset <= library.assets; asset += step)
+            members.number(album).number(asset).insert();
+        return;
+    }
+    // Neighbours, as of one journey; the journeys overlap.
+    const int first = static_cast<int>(album * 7919LL % (library.assets - library.members));
+    for (int asset = first + 1; asset <= first + library.members; ++asset)
+        members.number(album).number(asset).insert();
+}
+
 void insertAlbums(sqlite3 *db, const Library &library)
 {
-    const int userAlbums = 40;
     Inserter members(db, "INSERT INTO Z_23ASSETS VALUES (?1,?2,?2)");
     if (library.hasCameraRoll) {
         insertAlbum(db, 1, 1000, "Camera Roll");
         for (int asset = 1; asset <= library.assets; ++asset)
             members.number(1).number(asset).insert();
     }
-    for (int album = 2; album < 2 + userAlbums; ++album) {
+    for (int album = 2; album < 2 + library.userAlbums; ++album) {
         insertAlbum(db, album, album % 4 == 0 ? 1550 : 2, formatted("Album %u", unsigned(album)));
-        // Half of the assets are in an album, some of them in two.
-        for (int asset = album; asset <= library.assets; asset += 2 * userAlbums - album % 3)
-            members.number(album).number(asset).insert();
+        insertMembers(members, album, library);
     }
 }
 

@@ -8,6 +8,8 @@ struct Library {
     int assets = 0;
     bool hasCameraRoll = true; ///< an album of kind 1000 with every asset
     bool hasOneDate = false;   ///< all photos bear one modification date
+    int userAlbums = 40;
+    int members = 0; ///< of each user album; 0 for half of the assets in all, some of them in two
 };
 
 /// Writes PhotoData/Photos.sqlite with a write-ahead log below `root`. Exits the program

@@ -26,4 +26,11 @@ private:
     QString m_workFolder;
 };
 
+/// What the handles take in the heap: of a device under its name, and of an open file.
+qint64 deviceHandleBytes(IIPod &device);
+qint64 fileHandleBytes();
+
+/// Whether failures that the plug-in logs are told; they are at the start.
+void tellFailures(bool told);
+
 #endif // PHOTOLIB_BENCH_BENCH_HOST_H
