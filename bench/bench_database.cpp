@@ -146,6 +146,12 @@ void insertAlbum(sqlite3 *db, int key, int kind, const std::string &title)
         .insert();
 }
 
+int userAlbumKey(int place)
+{
+    // The library itself makes an album of the key 1000 where there is no Camera Roll.
+    return place + 2 < 1000 ? place + 2 : place + 3;
+}
+
 void insertMembers(Inserter &members, int album, const Library &library)
 {
     if (library.members == 0) {
@@ -169,7 +175,8 @@ void insertAlbums(sqlite3 *db, const Library &library)
         for (int asset = 1; asset <= library.assets; ++asset)
             members.number(1).number(asset).insert();
     }
-    for (int album = 2; album < 2 + library.userAlbums; ++album) {
+    for (int i = 0; i < library.userAlbums; ++i) {
+        const int album = userAlbumKey(i);
         insertAlbum(db, album, album % 4 == 0 ? 1550 : 2, formatted("Album %u", unsigned(album)));
         insertMembers(members, album, library);
     }
