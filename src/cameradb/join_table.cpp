@@ -1,5 +1,6 @@
 #include "cameradb/join_table.h"
 
+#include "cameradb/bounded_prepare.h"
 #include "cameradb/sqlite_statement.h"
 #include "host/host_log.h"
 
@@ -12,6 +13,10 @@
 namespace {
 
 const int sqlSize = 1024;
+
+// The name goes into a statement as it stands, so it can hold queries of its own. These
+// may name tables and views, but not so many that they multiply.
+const int mostReferences = 9;
 
 QRegExp albumNames()
 {
@@ -121,6 +126,10 @@ bool queryAlbumPhoto(sqlite3 *db, CameraDB *cameraDb)
     Log("PHOTOLIB", 1, "Got asset table name: %s", table.constData());
     char sql[sqlSize];
     sqlite3_snprintf(sqlSize, sql, "select * from %s", table.constData());
+    if (countReferences(sql) > mostReferences) {
+        Log("PHOTOLIB", 2, "Can not parse camera photos: %s", sqlite3_errstr(SQLITE_AUTH));
+        return false;
+    }
     sqlite_statement statement(db, sql);
     if (!statement.isPrepared()) {
         Log("PHOTOLIB", 2, "Can not parse camera photos: %s", sqlite3_errmsg(db));

@@ -1,15 +1,18 @@
 #include "cameradb/sqlite_connection.h"
 
+#include "cameradb/bounded_prepare.h"
 #include "cameradb/read_limits.h"
 
 #include <QByteArray>
+#include <QtGlobal>
 
 #include <ctime>
 
 namespace {
 
-// Instructions of SQLite's virtual machine between two looks at the allowances.
-const int progressStep = 5000;
+// Instructions of SQLite's virtual machine between two looks at the allowances: so few that
+// a run of those that work on long texts is noticed.
+const int progressStep = 1000;
 
 // Reading a library takes about seven instructions a byte of its file.
 const qint64 instructionsPerByte = 32;
@@ -31,8 +34,16 @@ qint64 threadMilliseconds()
     return 0;
 }
 
-// No text or blob of a photo database comes near it.
-const int longestValue = 16 * 1024 * 1024;
+// No text or blob of a photo database comes near it, nor does one of a short file come near
+// the shorter one.
+const qint64 longestValue = 16 * 1024 * 1024;
+const qint64 longestValueOfShortFile = 1024 * 1024;
+
+// Our own statements take a tenth of each. Expressions nest on the stack; a column that is
+// made of others has their instructions each time; and a pattern is tried at each character.
+const int deepestExpression = 100;
+const int mostInstructions = 25000;
+const int longestPattern = 64;
 
 } // namespace
 
@@ -72,7 +83,19 @@ void sqlite_connection::limitWork()
     m_stepsLeft = (bytes * instructionsPerByte + instructionsAlways) / progressStep;
     m_deadline = threadMilliseconds() + bytes / bytesPerMillisecond + millisecondsAlways;
     sqlite3_progress_handler(m_db, progressStep, isExhausted, this);
-    sqlite3_limit(m_db, SQLITE_LIMIT_LENGTH, longestValue);
+    limitValues(bytes);
+}
+
+void sqlite_connection::limitValues(qint64 bytes)
+{
+    const qint64 longest = qBound(longestValueOfShortFile, 2 * bytes, longestValue);
+    sqlite3_limit(m_db, SQLITE_LIMIT_LENGTH, static_cast<int>(longest));
+    sqlite3_limit(m_db, SQLITE_LIMIT_EXPR_DEPTH, deepestExpression);
+    sqlite3_limit(m_db, SQLITE_LIMIT_VDBE_OP, mostInstructions);
+    sqlite3_limit(m_db, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, longestPattern);
+    // No statement compiles then, whatever it reads.
+    if (!hasSimpleViews(m_db))
+        sqlite3_limit(m_db, SQLITE_LIMIT_SQL_LENGTH, 1);
 }
 
 int sqlite_connection::isExhausted(void *connection)

@@ -11,7 +11,8 @@
 ///
 /// The statements on one connection share an allowance of work and of processor time in proportion
 /// to the file's size: honest databases use a small part of it, and one made to run for
-/// ever (a view over an endless query, say) ends with an error instead.
+/// ever (a view over an endless query, say) ends with an error instead. No statement compiles
+/// where the views are more than a few short ones.
 class sqlite_connection
 {
 public:
@@ -27,6 +28,7 @@ public:
 private:
     void setUp();
     void limitWork();
+    void limitValues(qint64 bytes);
     static int isExhausted(void *connection);
 
     sqlite3 *m_db;

@@ -1,6 +1,8 @@
 #ifndef PHOTOLIB_CAMERADB_SQLITE_STATEMENT_H
 #define PHOTOLIB_CAMERADB_SQLITE_STATEMENT_H
 
+#include "cameradb/bounded_prepare.h"
+
 #include <sqlite3.h>
 
 /// Owns one statement of a connection, from prepare to finalize.
@@ -8,7 +10,7 @@ class sqlite_statement
 {
 public:
     sqlite_statement(sqlite3 *db, const char *sql)
-        : m_stmt(nullptr), m_result(sqlite3_prepare(db, sql, -1, &m_stmt, nullptr))
+        : m_stmt(nullptr), m_result(prepareBounded(db, sql, &m_stmt))
     {
     }
 

@@ -2,6 +2,7 @@
 
 #include "cameradb/cancel_flag.h"
 #include "cameradb/owned_model.h"
+#include "cameradb/parse_log.h"
 #include "support/fake_host.h"
 #include "support/photos_database.h"
 #include "support/row_name.h"
@@ -18,29 +19,10 @@ namespace {
 
 using Keys = QList<quint64>;
 using Lines = std::vector<std::string>;
-using LogLines = std::vector<LogLine>;
 
 const char *const deviceDb = "/PhotoData/Photos.sqlite";
 const char *const deviceWal = "/PhotoData/Photos.sqlite-wal";
 const char *const deviceShm = "/PhotoData/Photos.sqlite-shm";
-
-// What a parse of a good database logs once it is open.
-LogLines parsedLog(const QByteArray &table = "Z_26ASSETS")
-{
-    return {notice("Parser_Ath_camera_DB"), notice("Got asset table name: " + table),
-            notice("Parser_Ath_camera_DB success"), notice("Parser_Ath_camera_DB extend info"),
-            notice("Parser_Ath_camera_DB extend info end")};
-}
-
-// What a parse logs that fails after the database is open.
-LogLines failedLog(const LogLines &failures)
-{
-    LogLines lines = {notice("Parser_Ath_camera_DB")};
-    lines.insert(lines.end(), failures.begin(), failures.end());
-    lines.push_back(notice("Parser_Ath_camera_DB extend info"));
-    lines.push_back(notice("Parser_Ath_camera_DB extend info end"));
-    return lines;
-}
 
 // Whether this process has a file below `folder` open.
 bool hasOpenFileBelow(const std::string &folder)
