@@ -165,7 +165,9 @@ TEST_F(ClassicFaultSweep, StartsFromAStoryWithoutFailures)
     EXPECT_EQ(healthy.answers[2], "albums -> 2 { 21 22 }");
     EXPECT_EQ(healthy.log, story::Lines());
     EXPECT_EQ(healthy.handles, story::Lines());
-    EXPECT_EQ(tell({}).heapLeft, 0);
+    if (countsExactly()) {
+        EXPECT_EQ(tell({}).heapLeft, 0);
+    }
 }
 
 // --- What each failure is promised to give
@@ -195,7 +197,7 @@ TEST_P(ClassicPromisedFailure, IsToldByTheStatusAndTheseLines)
     const std::string operation = row.operation;
     const CallFault fault = {Way::Refused, row.value};
     const story::Outcome outcome =
-        tell({row.name, [operation, fault](const HostCall &call) {
+        tell({row.name, [operation, fault](const CountedCall &call) {
                   return call.operation == operation ? std::make_optional(fault) : std::nullopt;
               }});
     EXPECT_EQ(outcome.parsed, row.parsed);
@@ -230,7 +232,7 @@ INSTANTIATE_TEST_SUITE_P(Calls, ClassicPromisedFailure, testing::ValuesIn(promis
 
 TEST_F(ClassicFaultSweep, LeavesAWorkingHostWhereverTheIpodIsTakenAway)
 {
-    sweepLosses([](const HostCall &call) { return call.onDevice; });
+    sweepLosses([](const CountedCall &call) { return call.onDevice; });
 }
 
 TEST_F(ClassicFaultSweep, LeavesAWorkingHostAfterTwoFaultsInARow)

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -20,6 +21,9 @@ namespace {
 using story::Lines;
 using story::Outcome;
 using Way = CallFault::Way;
+
+const CallFault Refusal = {Way::Refused, 0};
+const CallFault Error = {Way::Refused, -1};
 
 const char *const Database = "/PhotoData/Photos.sqlite";
 const int BlockSize = 4 * 1024 * 1024;
@@ -136,6 +140,7 @@ protected:
             DeleteModel()(overwritten); // the manager's, which forgets it
         person.list();
         person.look();
+        EXPECT_EQ(manager->photoIDs(), asked().listed);
         return "photos -> " + std::to_string(manager->photoCnt()) + ' ' +
                story::keys(manager->photoIDs());
     }
@@ -154,7 +159,29 @@ protected:
         }
     }
 
+    /// Sweeps a disk on which no block has room from some block on.
+    void sweepFullDisk()
+    {
+        for (std::size_t i = 0; i < calls.size() && !HasFailure(); ++i) {
+            if (story::operationOf(calls[i]) != "vFileWrite")
+                continue;
+            for (const CallFault &fault : {Refusal, Error, CallFault{Way::Cut, 100}})
+                sweep({"full at " + calls[i], fullFrom(static_cast<int>(i) + 1, fault)});
+        }
+    }
+
 private:
+    // What there is room for goes to the `first` call.
+    static std::function<std::optional<CallFault>(const CountedCall &)>
+    fullFrom(int first, const CallFault &fault)
+    {
+        return [first, fault](const CountedCall &call) {
+            if (call.operation != "vFileWrite" || call.number < first)
+                return std::optional<CallFault>();
+            return std::make_optional(call.number == first ? fault : Refusal);
+        };
+    }
+
     // Whether the fault gives out bytes of a buffer that stays as it was.
     static bool inventsBytes(const std::string &call, const CallFault &fault)
     {
@@ -215,10 +242,12 @@ TEST_F(IosFaultSweep, StartsFromAStoryWithoutFailures)
     EXPECT_EQ(healthy.answers[3], "uuid -> 0 \"SYNC-UUID\"");
     EXPECT_EQ(healthy.handles, Lines{"file10"}); // the packed one
     EXPECT_EQ(healthy.newList, WholeList);
-    // The texts of two sync lists, which belong to libplist.
-    const qint64 left = tell({}).heapLeft;
-    EXPECT_GT(left, 0);
-    EXPECT_LT(left, 128);
+    if (countsExactly()) {
+        // The texts of two sync lists, which belong to libplist.
+        const qint64 left = tell({}).heapLeft;
+        EXPECT_GT(left, 0);
+        EXPECT_LT(left, 128);
+    }
 }
 
 // --- What each failure is promised to give
@@ -283,9 +312,6 @@ TEST_P(IosPromisedFailure, IsToldByTheStatusAndTheseLines)
     EXPECT_EQ(failuresOf(outcome), promised(row));
 }
 
-const CallFault Refusal = {Way::Refused, 0};
-const CallFault ReadError = {Way::Refused, -1};
-
 // The last two lines of every parse that read nothing.
 std::vector<QByteArray> unread(const std::vector<QByteArray> &lines)
 {
@@ -301,11 +327,11 @@ std::vector<PromiseRow> promises()
         {"Device", "vDevOpen(2", 1, Refusal, false, unread({"Can not open device"})},
         {"DeviceName", "devicePath", 1, Refusal, false, unread({"Can not open device"})},
         {"DatabaseOpen", "vFileOpen(dev1", 1, Refusal, false, unread({noDatabase})},
-        {"DatabaseRead", "vFileRead(file1", 1, ReadError, false,
+        {"DatabaseRead", "vFileRead(file1", 1, Error, false,
          unread({"Can not parse camera album"})},
         {"DatabaseEmpty", "vFileRead(file1", 1, Refusal, false,
          unread({"Can not parse camera album"})},
-        {"DatabaseWrite", "vFileWrite(file2", 1, ReadError, false,
+        {"DatabaseWrite", "vFileWrite(file2", 1, Error, false,
          unread({"Can not parse camera album"})},
         {"AccessToDatabase",
          "isAccessBlocked",
@@ -335,13 +361,13 @@ std::vector<PromiseRow> promises()
         {"SyncListDevice", "vDevOpen(2", 4, Refusal, true,
          std::vector<QByteArray>(6, "Can not decide teh iThmb file")},
         {"SyncListOpen", "vFileOpen(dev7, \"/Photos/Sync", 1, Refusal, true, {}},
-        {"SyncListRead", "vFileRead(file7", 1, ReadError, true, {}},
+        {"SyncListRead", "vFileRead(file7", 1, Error, true, {}},
         {"PhotoSize", "vDevFileSize", 1, {Way::Lied, -1}, true, {}},
         {"ReadyOpen", "vFileOpen(dev7, \"/PhotoData/Thumbnails/V2", 1, Refusal, true, {}},
         {"PackedSeek",
          "vFileSeek(file10",
          1,
-         ReadError,
+         Error,
          true,
          {"Can seek to offset 57656 while getting ithmb"}},
         {"PackedData",
@@ -366,12 +392,12 @@ INSTANTIATE_TEST_SUITE_P(Calls, IosPromisedFailure, testing::ValuesIn(promises()
 
 TEST_F(IosFaultSweep, LeavesAWorkingHostWhereverTheDeviceIsTakenAway)
 {
-    sweepLosses([](const HostCall &call) { return call.onDevice; });
+    sweepLosses([](const CountedCall &call) { return call.onDevice; });
 }
 
 TEST_F(IosFaultSweep, LeavesAWorkingHostWhereverTheDeviceIsLocked)
 {
-    const auto isAsked = [](const HostCall &call) {
+    const auto isAsked = [](const CountedCall &call) {
         return call.onDevice || call.operation == "isAccessBlocked";
     };
     for (const char *operation : {"isAccessBlocked", "vFileOpen"})
@@ -380,20 +406,38 @@ TEST_F(IosFaultSweep, LeavesAWorkingHostWhereverTheDeviceIsLocked)
 
 TEST_F(IosFaultSweep, LeavesAWorkingHostWhereverTheDiskIsFull)
 {
-    for (std::size_t i = 0; i < calls.size() && !HasFailure(); ++i) {
-        const int first = static_cast<int>(i) + 1;
-        if (story::operationOf(calls[i]) != "vFileWrite")
-            continue;
-        for (const CallFault &fault : {Refusal, ReadError, CallFault{Way::Cut, 100}}) {
-            const auto full = [first, fault](const HostCall &call) {
-                if (call.operation != "vFileWrite" || call.number < first)
-                    return std::optional<CallFault>();
-                // What there is room for goes to the first one.
-                return std::make_optional(call.number == first ? fault : Refusal);
-            };
-            sweep({"full at " + calls[i], full});
-        }
+    sweepFullDisk();
+}
+
+// A library of several blocks of the copy's own size, without journals.
+class IosLargeFaultSweep : public IosFaultSweep
+{
+protected:
+    std::shared_ptr<void> install(FakeHost &host, FakeIPod &device) override
+    {
+        static const QByteArray database = largeDatabase();
+        device.localData = root.path() + "/copies/";
+        host.setDeviceFile(Database, database);
+        installPictures(host);
+        return nullptr;
     }
+
+private:
+    static QByteArray largeDatabase()
+    {
+        PhotosDatabase database;
+        for (int key = 1; key <= 6; ++key)
+            database.rows.assets.push_back(photoRow(key));
+        database.rows.sql = {"CREATE TABLE FILLER (BYTES)",
+                             "INSERT INTO FILLER VALUES (zeroblob(9000000))"};
+        return database.bytes();
+    }
+};
+
+TEST_F(IosLargeFaultSweep, LeavesAWorkingHostWhereverTheDiskIsFull)
+{
+    sweepFullDisk();
+    EXPECT_EQ(stories, 9); // three blocks
 }
 
 TEST_F(IosFaultSweep, LeavesAWorkingHostAfterTwoFaultsInARow)

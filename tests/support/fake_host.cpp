@@ -199,7 +199,7 @@ struct FakeHost::State {
     std::map<QByteArray, int> writeCounts;
     std::map<std::pair<std::string, int>, std::function<void()>> hooks;
     std::map<std::string, int> counts;
-    std::function<std::optional<CallFault>(const HostCall &)> plan;
+    std::function<std::optional<CallFault>(const CountedCall &)> plan;
     int callNumber = 0;
 
     std::vector<Line> lines;
@@ -389,7 +389,7 @@ void FakeHost::onCall(const std::string &operation, int n, std::function<void()>
     m_state->hooks[{operation, n}] = std::move(hook);
 }
 
-void FakeHost::planFaults(std::function<std::optional<CallFault>(const HostCall &)> plan)
+void FakeHost::planFaults(std::function<std::optional<CallFault>(const CountedCall &)> plan)
 {
     const std::lock_guard<std::mutex> lock(m_state->mutex);
     m_state->plan = std::move(plan);
@@ -520,7 +520,7 @@ std::optional<CallFault> FakeHost::enter(const std::string &operation, bool onDe
         if (found != m_state->hooks.end())
             hook = found->second;
         if (!isLog(operation)) {
-            const HostCall call = {++m_state->callNumber, operation, onDevice};
+            const CountedCall call = {++m_state->callNumber, operation, onDevice};
             fault = m_state->plan ? m_state->plan(call) : std::nullopt;
         }
     }

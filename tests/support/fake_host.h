@@ -47,7 +47,7 @@ Precondition precondition(const std::string &function, const std::string &expres
 class FakePhotoDB;
 
 /// One call of a service, counted from 1 over all services but `Log` and the warnings.
-struct HostCall {
+struct CountedCall {
     int number;
     std::string operation; ///< "vFileRead", "isAccessBlocked", "iphotolib::getPhoto" ...
     bool onDevice;         ///< needs the device itself, not only what the host knows of it
@@ -174,7 +174,7 @@ public:
 
     /// Asks `plan` at the start of every call, in place of an earlier plan. Calls without a
     /// result, such as `vFileClose`, can not fail. The plan must not call the host.
-    void planFaults(std::function<std::optional<CallFault>(const HostCall &)> plan);
+    void planFaults(std::function<std::optional<CallFault>(const CountedCall &)> plan);
 
     // --- What the plug-in did.
 
@@ -191,7 +191,7 @@ public:
     /// The handles that are still open, in the order of their opens: "dev1", "file1".
     std::vector<std::string> openHandles() const;
     /// Forgets the lines, log lines and warnings so far, and the counts of `callCount`,
-    /// `onCall`, `HostCall` and the faults' `n`. Handles stay, and their numbers go on.
+    /// `onCall`, `CountedCall` and the faults' `n`. Handles stay, and their numbers go on.
     void clearRecords();
 
     // --- The classic services.

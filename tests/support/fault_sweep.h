@@ -32,7 +32,7 @@ protected:
     /// The faults of one story.
     struct Faults {
         std::string name;
-        std::function<std::optional<CallFault>(const HostCall &)> plan;
+        std::function<std::optional<CallFault>(const CountedCall &)> plan;
         /// Bytes that the device did not give are read as if it had, so that nobody can say
         /// what becomes of them.
         bool isUnforeseeable = false;
@@ -79,7 +79,7 @@ protected:
     {
         const int number = static_cast<int>(place) + 1;
         return {calls[place] + " instead " + testing::PrintToString(fault),
-                [number, fault](const HostCall &call) {
+                [number, fault](const CountedCall &call) {
                     return call.number == number ? std::make_optional(fault) : std::nullopt;
                 }};
     }
@@ -98,9 +98,9 @@ protected:
         ++stories;
         EXPECT_TRUE(outcome.keptAnswers);
         EXPECT_EQ(outcome.newList, wholeList());
-        EXPECT_EQ(outcome.secondList, expected.secondList);
         if (faults.isUnforeseeable)
             return;
+        EXPECT_EQ(outcome.secondList, expected.secondList);
         expectSame(outcome, expected);
         if (end == End::Deleted)
             expectNoLeak(faults, outcome, expected);
@@ -108,12 +108,12 @@ protected:
 
     /// Sweeps what happens when all calls that `isLost` names fail from some call on, for
     /// every call, or every one of `operation`, that can fail.
-    void sweepLosses(const std::function<bool(const HostCall &)> &isLost,
+    void sweepLosses(const std::function<bool(const CountedCall &)> &isLost,
                      const std::string &operation = std::string())
     {
         forEachCall(operation, [&](std::size_t place) {
             const int first = static_cast<int>(place) + 1;
-            sweep({"lost from " + calls[place], [first, isLost](const HostCall &call) {
+            sweep({"lost from " + calls[place], [first, isLost](const CountedCall &call) {
                        const bool isGone = call.number >= first && isLost(call);
                        return isGone ? std::make_optional(story::refusal(call.operation))
                                      : std::nullopt;
@@ -126,7 +126,7 @@ protected:
     {
         forEachCall("", [&](std::size_t place) {
             const int first = static_cast<int>(place) + 1;
-            sweep({"two from " + calls[place], [first](const HostCall &call) {
+            sweep({"two from " + calls[place], [first](const CountedCall &call) {
                        const bool fails = call.number == first || call.number == first + 1;
                        return fails ? std::make_optional(story::refusal(call.operation))
                                     : std::nullopt;
@@ -152,6 +152,10 @@ protected:
         }
         return failing;
     }
+
+    /// Whether `Outcome::heapLeft` is exact: without a sanitizer, blocks count that the C
+    /// library keeps for later.
+    static bool countsExactly() { return __sanitizer_get_current_allocated_bytes != nullptr; }
 
     /// What every new library of the healthy device has to list.
     std::string wholeList() const
@@ -209,7 +213,7 @@ private:
     void expectNoLeak(const Faults &faults, const story::Outcome &outcome,
                       const story::Outcome &expected)
     {
-        if (outcome.heapLeft == byContract(expected))
+        if (!countsExactly() || outcome.heapLeft == byContract(expected))
             return;
         const int before = injected;
         const story::Outcome again = tellReference(faults, End::Deleted);
@@ -263,7 +267,7 @@ private:
         FakeIPod device;
         const std::shared_ptr<void> kept = install(host, device);
         if (faults.plan) {
-            host.planFaults([&](const HostCall &call) {
+            host.planFaults([&](const CountedCall &call) {
                 const std::optional<CallFault> fault = faults.plan(call);
                 injected += fault && make == getPhotolib ? 1 : 0;
                 return fault;

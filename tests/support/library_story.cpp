@@ -68,8 +68,8 @@ Faults seekFaults(qint64 result)
 Faults sizeFaults(qint64 size)
 {
     Faults faults;
-    for (const qint64 lie : {qint64(0), qint64(1), size - 1, size + 1, size + 1000, qint64(-1),
-                             TwoGiB - 1, TwoGiB, TwoGiB * 2 + size, OneTiB, Largest, Smallest}) {
+    for (const qint64 lie : {qint64(0), size - 1, size + 1000, qint64(-1), TwoGiB - 1, TwoGiB,
+                             TwoGiB * 2 + size, OneTiB, Largest, Smallest}) {
         if (lie != size)
             faults.push_back({Way::Lied, lie});
     }
