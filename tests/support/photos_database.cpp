@@ -194,6 +194,8 @@ void insertRows(sqlite3 *db, const Schema &schema, const PhotosRows &rows)
 // In one transaction, since each costs a sync of a file otherwise.
 void fill(sqlite3 *db, const PhotosDatabase &database)
 {
+    if (database.schema.utf16)
+        runSql(db, "PRAGMA encoding = 'UTF-16le'");
     runSql(db, "BEGIN");
     create(db, database);
     insertRows(db, database.schema, database.rows);

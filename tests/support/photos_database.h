@@ -110,6 +110,8 @@ struct Schema {
     bool albumTrashedState = true;  ///< ZGENERICALBUM.ZTRASHEDSTATE
     bool attributesDuration = true; ///< ZADDITIONALASSETATTRIBUTES.ZDURATION
 
+    bool utf16 = false; ///< stores texts in UTF-16, little-endian
+
     bool uniqueKeys = true; ///< Z_PK is the primary key, so that two rows can not share one
     /// Further column definitions of ZGENERICASSET, before its optional ones, such as
     /// "ZODD INTEGER DEFAULT 5". A comment works as well: "ZODD /* ZSORTTOKEN */".
