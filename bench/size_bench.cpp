@@ -5,10 +5,10 @@
 #include "measure.h"
 #include "memory_use.h"
 
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <sys/mman.h>
 
@@ -17,9 +17,9 @@
 namespace {
 
 // What is promised. The program fails beyond it.
-const double mostHeapPerAsset = 600;     // bytes, with all lists but those of the albums' members
-const double mostHeapPerMembership = 24; // bytes
-const double mostPeakPerAsset = 1600;    // bytes of resident memory, memberships and all
+const double mostHeapPerAsset = 450;     // bytes, with all lists but those of the albums' members
+const double mostHeapPerMembership = 16; // bytes
+const double mostPeakPerAsset = 900;     // bytes of resident memory, memberships and all
 const double mostExponent = 1.3;         // of the time in the size; caches serve small ones better
 
 // On a memory disk, so that no disk's speed enters.
@@ -28,7 +28,8 @@ const char *const workRoot = "/dev/shm/photolib-size-bench";
 // What a run tells of itself, besides what is measured from outside.
 struct Sizes {
     double parseSeconds;
-    double listSeconds;
+    double albumSeconds; // to get all of them
+    double photoSeconds;
     double heapBytes;
     double memberBytes; // of them in the lists of the albums' members
 };
@@ -50,9 +51,10 @@ double membershipsOf(const Library &library)
            (library.hasCameraRoll ? library.assets : 0);
 }
 
-double secondsSince(std::chrono::steady_clock::time_point start)
+// Of the processor: what else the machine does must not count.
+double processorSeconds()
 {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return double(std::clock()) / CLOCKS_PER_SEC;
 }
 
 bool listAlbums(photo_manager &manager, const Library &library)
@@ -96,15 +98,19 @@ bool parseAndList(const std::string &root, const std::string &workFolder, const 
     BenchDevice device(root, workFolder);
     const qint64 heapBefore = memoryUse().heapBytes;
     photo_manager *const manager = new photo_manager(&device);
-    std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+    double start = processorSeconds();
     if (!manager->parseLib())
         return false;
-    sizes->parseSeconds = secondsSince(start);
+    sizes->parseSeconds = processorSeconds() - start;
     sizes->heapBytes = double(memoryUse().heapBytes - heapBefore);
     sizes->memberBytes = memberBytesOf(*manager->m_pCameraDB);
-    start = std::chrono::steady_clock::now();
-    const bool isListed = listAlbums(*manager, library) && listPhotos(*manager, library);
-    sizes->listSeconds = secondsSince(start);
+    start = processorSeconds();
+    if (!listAlbums(*manager, library))
+        return false;
+    sizes->albumSeconds = processorSeconds() - start;
+    start = processorSeconds();
+    const bool isListed = listPhotos(*manager, library);
+    sizes->photoSeconds = processorSeconds() - start;
     return isListed;
 }
 
@@ -130,10 +136,11 @@ Result report(const char *name, const Library &library)
     const Cost cost = measure([&] { return parseAndList(root, workFolder, library, sizes); });
     std::filesystem::remove_all(workRoot);
     const Result result = {*sizes, cost.peakBytes, double(library.assets), membershipsOf(library)};
-    std::printf("%9d %7d %11.0f  %-14s %8.2f %8.2f %9.0f %10.1f %9.0f %8.0f\n", library.assets,
-                library.userAlbums + (library.hasCameraRoll ? 1 : 0), result.memberships, name,
-                sizes->parseSeconds, sizes->listSeconds, result.heapPerAsset(),
-                result.heapPerMembership(), result.peakPerAsset(), result.peakBytes / 1048576);
+    std::printf("%9d %7d %11.0f  %-14s %8.2f %8.2f %8.2f %9.0f %10.1f %9.0f %8.0f\n",
+                library.assets, library.userAlbums + (library.hasCameraRoll ? 1 : 0),
+                result.memberships, name, sizes->parseSeconds, sizes->albumSeconds,
+                sizes->photoSeconds, result.heapPerAsset(), result.heapPerMembership(),
+                result.peakPerAsset(), result.peakBytes / 1048576);
     std::fflush(stdout);
     return result;
 }
@@ -158,8 +165,10 @@ bool isLinear(const Result &small, const Result &large)
     isFine &= isWithin("bytes an asset at the peak", large.peakPerAsset(), mostPeakPerAsset);
     isFine &= isWithin("growth exponent of the parse",
                        exponent(small.sizes.parseSeconds, large.sizes.parseSeconds), mostExponent);
-    isFine &= isWithin("growth exponent of the lists",
-                       exponent(small.sizes.listSeconds, large.sizes.listSeconds), mostExponent);
+    isFine &= isWithin("growth exponent of all albums",
+                       exponent(small.sizes.albumSeconds, large.sizes.albumSeconds), mostExponent);
+    isFine &= isWithin("growth exponent of all photos",
+                       exponent(small.sizes.photoSeconds, large.sizes.photoSeconds), mostExponent);
     return isFine;
 }
 
@@ -179,8 +188,9 @@ bool compare(const char *name, const Library &small)
 int main()
 {
     std::filesystem::remove_all(workRoot);
-    std::printf("%9s %7s %11s  %-14s %8s %8s %9s %10s %9s %8s\n", "assets", "albums", "members",
-                "library", "parse s", "lists s", "heap each", "a member", "peak each", "peak MiB");
+    std::printf("%9s %7s %11s  %-14s %8s %8s %8s %9s %10s %9s %8s\n", "assets", "albums", "members",
+                "library", "parse s", "albums s", "photos s", "heap each", "a member", "peak each",
+                "peak MiB");
     bool isFine = compare("no camera roll", {100000, false, false, 1000, 500});
     isFine &= compare("camera roll", {100000, true, false, 999, 400});
     return isFine ? 0 : 1;

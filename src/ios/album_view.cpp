@@ -55,14 +55,26 @@ bool nameAlbum(const Camera_Album &record, const photo_manager::AlbumKindProp *k
     return false;
 }
 
+typedef QMap<quint64, Camera_Data *> asset_map;
+
 // Looking up a key in a list of all keys is several times as quick as in the map, but making
 // that list takes a walk through the library, which pays for large albums only.
-QList<quint64> presentMembers(const QList<quint64> &members,
-                              const QMap<quint64, Camera_Data *> &assets)
+QList<quint64> presentMembers(const QList<quint64> &members, const asset_map &assets)
 {
     if (members.size() > assets.size() / 8)
         return keysAmong(members, key_set(assets.keys()));
-    return keysAmong(members, assets);
+
+    // Members mostly follow each other, and the way through the map of a large library is long:
+    // so the key behind the last one found is tried first.
+    QList<quint64> present;
+    asset_map::const_iterator last = assets.constEnd();
+    for (const quint64 key : members) {
+        if (last == assets.constEnd() || ++last == assets.constEnd() || last.key() != key)
+            last = assets.constFind(key);
+        if (last != assets.constEnd())
+            present.append(key);
+    }
+    return present;
 }
 
 } // namespace

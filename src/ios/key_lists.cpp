@@ -31,6 +31,16 @@ bool key_set::contains(quint64 key) const
     return std::binary_search(m_keys.begin(), m_keys.end(), key);
 }
 
+QList<quint64> keysAmong(const QList<quint64> &keys, const key_set &wanted)
+{
+    QList<quint64> found;
+    for (const quint64 key : keys) {
+        if (wanted.contains(key))
+            found.append(key);
+    }
+    return found;
+}
+
 std::vector<quint64> firstOccurrences(const std::vector<quint64> &keys)
 {
     std::vector<placed_key> placed;

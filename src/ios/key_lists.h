@@ -21,17 +21,8 @@ private:
     std::vector<quint64> m_keys; // ascending
 };
 
-/// The keys that are among `wanted`, a key set or a map of keys, in their order.
-template <class Keys>
-QList<quint64> keysAmong(const QList<quint64> &keys, const Keys &wanted)
-{
-    QList<quint64> found;
-    for (const quint64 key : keys) {
-        if (wanted.contains(key))
-            found.append(key);
-    }
-    return found;
-}
+/// The keys that are among `wanted`, in their order.
+QList<quint64> keysAmong(const QList<quint64> &keys, const key_set &wanted);
 
 /// The keys without repetitions, each where it first stood.
 std::vector<quint64> firstOccurrences(const std::vector<quint64> &keys);

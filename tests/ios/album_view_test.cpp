@@ -363,15 +363,34 @@ TEST_P(StalePhotos, LeaveTheRecordAndTheOthersTheirOrder)
     EXPECT_EQ(host.log(), Log());
 }
 
+TEST_P(StalePhotos, LeaveAnAlbumOfALargeLibraryToo)
+{
+    addAssets({1, 2, 3});
+    for (quint64 key = 1000; key < 1200; ++key)
+        addAsset(key);
+    const Camera_Album *record = addListedAlbum(Key, GetParam().members);
+    EXPECT_EQ(fetched(Key).photoIDs, GetParam().kept);
+    EXPECT_EQ(record->assetKeys, GetParam().kept);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Lists, StalePhotos,
     testing::Values(StaleRow{"None", {3, 1, 3, 2}, {3, 1, 3, 2}}, StaleRow{"NoMembers", {}, {}},
                     StaleRow{"All", {9, 8, 9}, {}},
                     StaleRow{"EveryRepeat", {9, 3, 9, 9, 1, 9}, {3, 1}},
                     StaleRow{"Several", {9, 3, 8, 2, 9, 2, 8, 7}, {3, 2, 2}},
+                    StaleRow{"AmongNeighbours", {1, 2, 3, 4, 2, 3, 0, 1, 2}, {1, 2, 3, 2, 3, 1, 2}},
                     StaleRow{"TheKeyZero", {0, 1, 0}, {1}},
                     StaleRow{"AKeyThatIsOneInThirtyTwoBits", {AboveThirtyTwoBits + 1, 1}, {1}}),
     rowName<StaleRow>);
+
+TEST_F(AlbumView, FindsMembersBesideTheLastPhotoOfALargeLibrary)
+{
+    for (quint64 key = 1; key <= 100; ++key)
+        addAsset(key);
+    addListedAlbum(Key, {100, 101, 100, 1, 99, 100, 200});
+    EXPECT_EQ(fetched(Key).photoIDs, (Ids{100, 100, 1, 99, 100}));
+}
 
 TEST_F(AlbumView, LeavesAListThatTheCallerGotBeforeAlone)
 {
