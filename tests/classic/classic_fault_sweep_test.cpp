@@ -90,7 +90,15 @@ protected:
         return databases;
     }
 
-    // A second parse starts afresh, whatever became of the first.
+    // Also of a library that was read before nothing may be left when it is not read again.
+    void goOn(story::Host &person, photo_manager_int *) override
+    {
+        person.parse();
+        person.list();
+        person.look();
+    }
+
+    // Each parse starts afresh, whatever became of the one before.
     std::string parseAgain(story::Host &person, photo_manager_int *library, bool) override
     {
         if (dynamic_cast<ReferenceManager *>(library) || dynamic_cast<photo_manager *>(library))
@@ -203,8 +211,10 @@ TEST_P(ClassicPromisedFailure, IsToldByTheStatusAndTheseLines)
     EXPECT_EQ(outcome.parsed, row.parsed);
     EXPECT_EQ(outcome.answers[1], row.photos);
     story::Lines lines;
-    for (const LogLine &line : row.log)
-        lines.push_back(testing::PrintToString(line));
+    for (int parse = 0; parse < 2; ++parse) {
+        for (const LogLine &line : row.log)
+            lines.push_back(testing::PrintToString(line));
+    }
     EXPECT_EQ(outcome.log, lines);
 }
 

@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -443,6 +445,34 @@ TEST_F(IosLargeFaultSweep, LeavesAWorkingHostWhereverTheDiskIsFull)
 TEST_F(IosFaultSweep, LeavesAWorkingHostAfterTwoFaultsInARow)
 {
     sweepPairs();
+}
+
+// A library that was read and used is read again.
+class IosSecondParseFaultSweep : public IosFaultSweep
+{
+protected:
+    void goOn(story::Host &person, photo_manager_int *library) override
+    {
+        auto *manager = static_cast<photo_manager *>(library);
+        CameraDB *const overwritten = manager->m_pCameraDB;
+        person.parse();
+        DeleteModel()(overwritten); // the manager forgets it, whatever becomes of the parse
+        person.list();
+        person.look();
+    }
+};
+
+TEST_F(IosSecondParseFaultSweep, LeavesAWorkingHost)
+{
+    const auto second = std::find(calls.rbegin(), calls.rend(), healthy.calls[1]);
+    ASSERT_NE(second, calls.rend());
+    const auto start = static_cast<std::size_t>(std::distance(second, calls.rend())) - 1;
+    ASSERT_GT(start, 1U);
+    for (std::size_t i = start; i < calls.size() && !HasFailure(); ++i) {
+        if (!story::waysToFail(calls[i]).empty())
+            sweep(single(i, story::refusal(story::operationOf(calls[i]))));
+    }
+    EXPECT_GT(stories, 50);
 }
 
 TEST_F(IosFaultSweep, LeavesAReleaseThatAsksTheHostForNothing)

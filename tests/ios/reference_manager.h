@@ -26,6 +26,14 @@ class ReferenceManager : public photo_manager
 public:
     explicit ReferenceManager(IIPod *iPod) : photo_manager(iPod), m_device(*iPod) {}
 
+    ~ReferenceManager()
+    {
+        if (m_pVDev != nullptr)
+            vDevClose(m_pVDev);
+        m_pVDev = nullptr;
+        m_pThmbFile = nullptr; // stays open
+    }
+
     /// Bytes of the records that failed parses had read; they belong to nobody.
     std::size_t recordBytes = 0;
 

@@ -125,6 +125,7 @@ public:
             photo(key);
             images(key);
         }
+        photo(m_questions.photos[1]); // once more, for what the library keeps of it
         for (const quint64 key : m_questions.albums)
             album(key);
     }
