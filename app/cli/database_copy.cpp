@@ -7,6 +7,24 @@ namespace {
 
 const char fileName[] = "Photos.sqlite";
 
+FileError changed()
+{
+    return {FileError::Failed, QStringLiteral("changed while it was copied")};
+}
+
+// What has become of the file `path` since it was as `was` says. Journals may grow.
+FileError changeOf(DeviceFileSystem &files, const QByteArray &path, const FileInfo &was)
+{
+    FileInfo info;
+    FileError error;
+    if (!files.info(path, &info, &error))
+        return error;
+    const bool isSame = path == databasePath
+                            ? info.size == was.size && info.modified == was.modified
+                            : info.size >= was.size;
+    return isSame ? FileError() : changed();
+}
+
 QByteArray described(const QByteArray &name, const FileError &error)
 {
     return name + ": " + error.text.toUtf8();
@@ -28,12 +46,28 @@ void DatabaseCopy::look(DeviceFileSystem &files, const QByteArray &path)
     const std::unique_ptr<DeviceFile> file = files.open(path, &error);
     const qint64 size = file ? file->size(&error) : -1;
     qint64 total = 0;
-    if (size >= 0 && !__builtin_add_overflow(m_total, size, &total))
+    FileInfo info;
+    const bool isThere = size >= 0 && files.info(path, &info, &error);
+    if (isThere && !__builtin_add_overflow(m_total, info.size, &total)) {
         m_total = total;
-    else if (error.kind == FileError::NotFound && path != databasePath)
+        m_found[path] = info;
+    } else if (error.kind == FileError::NotFound && path != databasePath) {
         m_missing.append(path);
-    else
+    } else {
         throw CommandError(files.displayName(path).toStdString(), error.text.toStdString());
+    }
+}
+
+void DatabaseCopy::requireUnchanged(DeviceFileSystem &files)
+{
+    for (auto found = m_found.cbegin(); found != m_found.cend(); ++found) {
+        const FileError change = changeOf(files, found.key(), found.value());
+        if (change.kind != FileError::None)
+            fail(files.displayName(found.key()), change);
+    }
+    // It may have been shorter for a moment.
+    if (m_done < m_total)
+        fail(m_deviceDatabase, changed());
 }
 
 QByteArray DatabaseCopy::localDatabase() const
@@ -58,8 +92,15 @@ bool DatabaseCopy::isHarmless(const QByteArray &line) const
 
 void DatabaseCopy::failed(const QByteArray &name, const FileError &error)
 {
+    if (concerns(name) && error.kind != FileError::NotFound)
+        fail(name, error);
+}
+
+// The first failure is the cause of the others.
+void DatabaseCopy::fail(const QByteArray &name, const FileError &error)
+{
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_failure.isEmpty() && concerns(name) && error.kind != FileError::NotFound)
+    if (m_failure.isEmpty())
         m_failure = described(name, error);
 }
 

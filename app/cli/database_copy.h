@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QMap>
 
 #include <atomic>
 #include <mutex>
@@ -32,6 +33,11 @@ public:
     /// The local copy of it.
     QByteArray localDatabase() const;
 
+    /// Notes a failure when the files have changed since the object was made: the copies
+    /// are then of no one moment, and may be read as a library that never was. A journal
+    /// may have grown. To be called when the copying is over.
+    void requireUnchanged(DeviceFileSystem &files);
+
     /// Why a file that is there was not copied as it is, "NAME: CAUSE"; empty when all is
     /// well.
     QByteArray failure() const;
@@ -45,11 +51,13 @@ public:
 
 private:
     void look(DeviceFileSystem &files, const QByteArray &path);
+    void fail(const QByteArray &name, const FileError &error);
     bool concerns(const QByteArray &name) const;
 
     const QByteArray m_workFolder;
     const QByteArray m_deviceDatabase;
-    QList<QByteArray> m_missing; // paths on the device
+    QList<QByteArray> m_missing;        // paths on the device
+    QMap<QByteArray, FileInfo> m_found; // by path on the device
     qint64 m_total = 0;
     std::atomic<qint64> m_done{0};
     mutable std::mutex m_mutex; // guards the failure

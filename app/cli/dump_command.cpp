@@ -3,11 +3,14 @@
 #include "cli/output.h"
 #include "cli/photo_text.h"
 #include "services/log_output.h"
+#include "services/printable.h"
 
 #include <QCryptographicHash>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
+
+#include <algorithm>
 
 namespace {
 
@@ -17,6 +20,23 @@ using Json = nlohmann::ordered_json; // the keys stay in the order in which they
 std::string utf8(const QString &text)
 {
     return text.toUtf8().toStdString();
+}
+
+// Everything unprintable stands within a text of the JSON, where it may be escaped.
+QByteArray jsonText(const Json &value)
+{
+    const std::string text = value.dump();
+    const auto isPlain = [](char c) { return c >= ' ' && c <= '~'; };
+    if (std::all_of(text.begin(), text.end(), isPlain))
+        return QByteArray::fromStdString(text);
+    QString result;
+    for (const QChar letter : QString::fromStdString(text)) {
+        if (letter.isSurrogate() || isPrintable(letter.unicode()))
+            result += letter;
+        else
+            result += QStringLiteral("\\u%1").arg(letter.unicode(), 4, 16, QLatin1Char('0'));
+    }
+    return result.toUtf8();
 }
 
 Json idList(const QList<quint64> &ids)
@@ -55,7 +75,7 @@ Json photoObject(LibrarySession &session, quint64 id)
 
 void writeMember(Output &output, const char *name, const Json &value)
 {
-    output.write(QByteArray::fromStdString(Json(name).dump() + ": " + value.dump() + ",\n"));
+    output.write(jsonText(name) + ": " + jsonText(value) + ",\n");
 }
 
 Json albumObject(LibrarySession &session, quint64 id)
@@ -73,6 +93,8 @@ Json thumbnailObject(LibrarySession &session, quint64 id)
 {
     QByteArray bytes;
     const int result = session.library().getPhotoThumbnail(id, bytes);
+    if (bytes.isEmpty())
+        session.requireDevice();
     const QByteArray hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
     return {
         {"id", id},
@@ -92,7 +114,7 @@ void writeObjects(LibrarySession &session, const QList<quint64> &ids, ObjectMake
     const char *separator = "\n";
     for (const quint64 id : ids) {
         const LogCapture log; // the object says whether it failed
-        output.write(separator + QByteArray::fromStdString(make(session, id).dump()));
+        output.write(separator + jsonText(make(session, id)));
         separator = ",\n";
     }
 }

@@ -2,6 +2,7 @@
 
 #include "services/printable.h"
 
+#include <QByteArrayList>
 #include <QVector>
 
 namespace {
@@ -39,6 +40,15 @@ QString withoutForbidden(const QString &name)
     return QString::fromUcs4(characters.constData(), characters.size()).trimmed();
 }
 
+// What some systems take for a device, whatever extension it has.
+bool isDeviceName(const QByteArray &name)
+{
+    static const QByteArrayList plain = {"CON", "PRN", "AUX", "NUL"};
+    const QByteArray first = name.split('.').first().trimmed().toUpper();
+    const bool isPort = first.size() == 4 && (first.startsWith("COM") || first.startsWith("LPT"));
+    return plain.contains(first) || (isPort && first[3] >= '1' && first[3] <= '9');
+}
+
 // No more than `size` bytes, and no half of a letter.
 QByteArray shortened(const QByteArray &utf8, int size)
 {
@@ -58,6 +68,11 @@ QByteArray safeFileName(const QString &name)
     QByteArray result = withoutForbidden(name).toUtf8();
     if (result.isEmpty())
         return "unnamed";
+    // Programs take a name that begins with a dash for an option.
+    if (result.startsWith('-'))
+        result[0] = '_';
+    if (isDeviceName(result))
+        result.prepend('_');
     // A name that begins with a dot is hidden, and programs read some of those.
     const int stem = extensionStart(result);
     for (int i = 0; i < stem && result[i] == '.'; ++i)

@@ -5,9 +5,9 @@
 #include <QString>
 
 /// A file's name made of `name`, which a device may have chosen: one name in UTF-8, never
-/// hidden, "." or "..", not too long for a disk even with a number, without what other
-/// systems' disks refuse, and without anything that a terminal takes for a command. The extension
-/// is kept. "unnamed" when nothing is left.
+/// hidden, "." or "..", and none that looks like an option; not too long for a disk even with
+/// a number, without what other systems' disks refuse, and without anything that a terminal
+/// takes for a command. The extension is kept. "unnamed" when nothing is left.
 QByteArray safeFileName(const QString &name);
 
 /// "IMG_0001.JPG" without its extension: "IMG_0001".

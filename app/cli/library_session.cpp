@@ -141,13 +141,14 @@ QByteArray LibrarySession::workFolderName() const
 }
 
 // All that can be found wrong without writing anything is looked at before the work folder
-// is touched.
+// is touched, and again when other programs have left it.
 void LibrarySession::openIos()
 {
     const QByteArray workFolder = workFolderName();
-    DatabaseCopy copy(*m_files, workFolder + '/');
+    DatabaseCopy(*m_files, workFolder + '/');
     m_plugin = std::make_unique<Plugin>(m_options.plugin);
     m_workFolder = std::make_unique<WorkFolder>(workFolder, QByteArray::fromStdString(m_name));
+    DatabaseCopy copy(*m_files, workFolder + '/');
     m_device = std::make_unique<Device>(m_files, DeviceKind::Ios, m_workFolder->localDataPath());
     m_library = m_plugin->makeLibrary(m_device.get());
     runParse(copy);
@@ -207,6 +208,7 @@ void LibrarySession::runParse(DatabaseCopy &copy)
         failInterrupted(copy);
     }
     // A parse may well succeed on a copy that is not complete.
+    copy.requireUnchanged(*m_files);
     if (!copy.failure().isEmpty())
         throw CommandError(CommandError::failed, copy.failure().toStdString());
     if (result == ParseResult::Failed)
@@ -256,8 +258,25 @@ bool LibrarySession::hasFile(const photoItem &item) const
         return true;
     FileInfo info;
     FileError error;
-    return deviceFileInfo(*m_files, item.path.toUtf8(), &info, &error) &&
-           info.type == FileInfo::File;
+    const bool isThere = deviceFileInfo(*m_files, item.path.toUtf8(), &info, &error);
+    if (!isThere)
+        requireConnected(error);
+    return isThere && info.type == FileInfo::File;
+}
+
+void LibrarySession::requireDevice() const
+{
+    FileInfo info;
+    FileError error;
+    if (!m_files->info("/", &info, &error))
+        requireConnected(error);
+}
+
+// Once the device is gone every file looks missing.
+void LibrarySession::requireConnected(const FileError &error) const
+{
+    if (error.kind == FileError::Disconnected)
+        throw CommandError(m_name, error.text.toStdString());
 }
 
 void LibrarySession::announce() const

@@ -33,7 +33,12 @@ public:
     bool photo(quint64 id, photoItem *item);
 
     /// Whether the file of `item` is on the device, be it empty; true on a classic iPod.
+    /// Throws CommandError, and so does `photo`, when the device is gone.
     bool hasFile(const photoItem &item) const;
+
+    /// Throws CommandError when the device is gone: to be called before something is said to
+    /// be missing.
+    void requireDevice() const;
 
     /// What the program knows of a classic iPod beyond the plug-in's records; null for an
     /// iOS device.
@@ -70,6 +75,7 @@ private:
     void openIos();
     void runParse(DatabaseCopy &copy);
     void openClassic();
+    void requireConnected(const FileError &error) const;
     void passOn(const QList<QByteArray> &failures) const;
     void refuseInDevice(const QByteArray &folder, const QByteArray &named) const;
 

@@ -3,6 +3,7 @@
 #include "cli/command_error.h"
 
 #include <cerrno>
+#include <poll.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -16,6 +17,13 @@ constexpr int bufferSize = 1 << 16;
     if (code == EPIPE)
         throw CommandError(CommandError::failed, std::string());
     throw CommandError("standard output", std::generic_category().message(code));
+}
+
+// A pipe that another program has set not to wait is waited for all the same.
+void waitForReader()
+{
+    pollfd descriptor = {STDOUT_FILENO, POLLOUT, 0};
+    ::poll(&descriptor, 1, -1);
 }
 
 } // namespace
@@ -34,7 +42,9 @@ void Output::flush()
     for (int done = 0; done < m_buffer.size();) {
         const auto left = static_cast<size_t>(m_buffer.size() - done);
         const ssize_t count = ::write(STDOUT_FILENO, m_buffer.constData() + done, left);
-        if (count < 0 && errno != EINTR)
+        if (count < 0 && errno == EAGAIN)
+            waitForReader();
+        else if (count < 0 && errno != EINTR)
             fail(errno);
         if (count > 0)
             done += static_cast<int>(count);

@@ -7,6 +7,9 @@
 
 namespace {
 
+// A longer cell stands out of its column: a single one would make every line as long.
+constexpr int widestColumn = 200;
+
 // Of Unicode's East Asian Wide letters and pictures, those that names are made of.
 bool isWide(uint character)
 {
@@ -51,7 +54,7 @@ void TextTable::addRow(const QStringList &cells)
 {
     m_widths.resize(std::max(m_widths.size(), cells.size()));
     for (int i = 0; i < cells.size(); ++i)
-        m_widths[i] = std::max(m_widths[i], displayWidth(cells[i]));
+        m_widths[i] = std::max(m_widths[i], std::min(displayWidth(cells[i]), widestColumn));
     m_rows.append(cells);
 }
 

@@ -11,7 +11,8 @@ class Output;
 /// joins the letter before it.
 int displayWidth(const QString &text);
 
-/// A table of plain text, its columns lined up. Each column is as wide as its widest cell.
+/// A table of plain text, its columns lined up. Each column is as wide as its widest cell,
+/// unless that is far wider than any line.
 class TextTable
 {
 public:

@@ -88,6 +88,7 @@ Thumbnail pictureOf(LibrarySession &session, quint64 id, const PictureRequest &r
     const int result = (session.library().*request.operation)(id, bytes);
     if (result == 0 && !bytes.isEmpty())
         return {bytes, FileError()};
+    session.requireDevice();
     return {QByteArray(), failureOf(request, session, id, log.failures())};
 }
 

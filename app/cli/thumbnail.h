@@ -16,6 +16,7 @@ struct Thumbnail {
     FileError failure; ///< why there is none, in words that a message can end with
 };
 
+/// Throws CommandError when the device is gone.
 Thumbnail thumbnailOf(LibrarySession &session, quint64 id);
 
 /// The largest picture that a classic iPod stores of the photo, likewise.

@@ -22,6 +22,8 @@ FileError::Kind kindOf(int code)
     case ELOOP:
         return FileError::Outside;
     case ENODEV:
+    case ENOTCONN: // from a mounted device that was pulled out
+    case ESHUTDOWN:
         return FileError::Disconnected;
     default:
         return FileError::Failed;

@@ -134,13 +134,29 @@ UniqueFd FolderFileSystem::openBelow(const QByteArray &path, int flags, FileErro
         return UniqueFd();
     }
     UniqueFd fd;
-    if (m_kernelConfines)
+    if (names.isEmpty() && isRemoved())
+        errno = ENOENT; // the folder itself would still open
+    else if (m_kernelConfines)
         fd = UniqueFd(openConfined(m_fd.get(), names.isEmpty() ? "." : names.join('/'), flags));
     else
         fd = openNameByName(m_fd.get(), names, flags);
     if (!fd.isOpen())
-        *error = FileError::fromErrno(errno);
+        *error = failure(errno);
     return fd;
+}
+
+// A folder that was removed looks empty, and each of its files missing.
+FileError FolderFileSystem::failure(int code) const
+{
+    if (code == ENOENT && isRemoved())
+        return {FileError::Disconnected, QStringLiteral("its folder was removed")};
+    return FileError::fromErrno(code);
+}
+
+bool FolderFileSystem::isRemoved() const
+{
+    struct stat status = {};
+    return ::fstat(m_fd.get(), &status) == 0 && status.st_nlink == 0;
 }
 
 std::unique_ptr<DeviceFile> FolderFileSystem::open(const QByteArray &path, FileError *error)

@@ -21,7 +21,8 @@ public:
 
     /// Opens the folder `root`, a name in the host's own bytes that may itself be a link.
     /// Returns null and fills `*error` when it is not a folder that can be entered. The
-    /// folder is held open: renaming it later does no harm.
+    /// folder is held open: renaming it later does no harm. Once it is removed, the device
+    /// is gone: FileError::Disconnected.
     static std::unique_ptr<FolderFileSystem>
     openFolder(const QByteArray &root, FileError *error,
                Confinement confinement = Confinement::BestAvailable);
@@ -36,6 +37,8 @@ private:
     FolderFileSystem(QByteArray root, UniqueFd fd, Confinement confinement);
 
     UniqueFd openBelow(const QByteArray &path, int flags, FileError *error) const;
+    FileError failure(int code) const;
+    bool isRemoved() const;
 
     const QByteArray m_root;
     const UniqueFd m_fd;

@@ -41,8 +41,13 @@ std::unique_ptr<LocalFile> LocalFile::openForReading(const QByteArray &path, Fil
 
 std::unique_ptr<LocalFile> LocalFile::openForWriting(const QByteArray &path, FileError *error)
 {
-    const int flags = O_WRONLY | O_CREAT | O_TRUNC | openFlags;
-    return fromFd(UniqueFd(::open(path.constData(), flags, 0666)), error);
+    const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | openFlags;
+    UniqueFd fd(::open(path.constData(), flags, 0666));
+    if (!fd.isOpen() && errno == ELOOP) {
+        *error = {FileError::WrongType, QStringLiteral("a link, not a file")};
+        return nullptr;
+    }
+    return fromFd(std::move(fd), error);
 }
 
 qint64 LocalFile::read(char *buffer, qint64 length, FileError *error)

@@ -16,7 +16,8 @@ public:
     /// Opens the file at `path` for reading; null on failure.
     static std::unique_ptr<LocalFile> openForReading(const QByteArray &path, FileError *error);
 
-    /// Opens the file at `path` for writing, created or emptied; null on failure.
+    /// Opens the file at `path` for writing, created or emptied; null on failure. A link is
+    /// not followed: it could have been put there to have another file emptied.
     static std::unique_ptr<LocalFile> openForWriting(const QByteArray &path, FileError *error);
 
     qint64 read(char *buffer, qint64 length, FileError *error) override;

@@ -3,13 +3,17 @@
 #include "cli/command_error.h"
 #include "cli/export_folder.h"
 #include "support/device_folder.h"
+#include "support/row_name.h"
 
 #include <gtest/gtest.h>
 
 #include <QMap>
 
+#include <algorithm>
+#include <cstdio>
 #include <functional>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -283,6 +287,65 @@ TEST_F(PhotoExports, EndWhenTheDeviceIsGone)
     EXPECT_THROW(run(), CommandError);
     EXPECT_EQ(Copies(), copies());
 }
+
+// A name that was free may be taken by the second run.
+QList<QByteArray> sortedContents(const QMap<QByteArray, QByteArray> &copies)
+{
+    QList<QByteArray> contents = copies.values();
+    std::sort(contents.begin(), contents.end());
+    return contents;
+}
+
+struct ReadFault {
+    const char *name;
+    FileError error;
+};
+
+class PhotoExportsOnFaults : public PhotoExports, public testing::WithParamInterface<ReadFault>
+{
+};
+
+// Of each read in turn. What is there is whole, and a second run completes it.
+TEST_P(PhotoExportsOnFaults, LeaveWholeFilesThatTheNextOneCompletes)
+{
+    add("a.jpg", "one");
+    add("a.jpg", QByteArray(5 << 20, 'x'));
+    add("b.jpg", QByteArray());
+    addMade(3, [] { return MadeFile{"c.bmp", "made", someTime, FileError()}; });
+    const Copies all = {{"a.jpg", "one"},
+                        {"a (2).jpg", QByteArray(5 << 20, 'x')},
+                        {"b.jpg", QByteArray()},
+                        {"c.bmp", "made"}};
+    int reads = 0;
+    int failing = 0;
+    m_device.beforeRead = [&] { return ++reads == failing ? GetParam().error : FileError(); };
+    ASSERT_EQ("4 0 0", run());
+    const int healthy = reads;
+    for (failing = 1; failing <= healthy; ++failing) {
+        for (const QByteArray &path : m_scratch.everythingIn("out"))
+            ASSERT_EQ(0, ::unlink(path.constData()));
+        reads = 0;
+        try {
+            EXPECT_EQ("3 0 1", run());
+        } catch (const CommandError &error) {
+            EXPECT_EQ(FileError::Disconnected, GetParam().error.kind) << error.what();
+        }
+        const Copies some = copies();
+        for (auto copy = some.begin(); copy != some.end(); ++copy)
+            EXPECT_TRUE(all.values().contains(copy.value())) << copy.key().constData();
+        run();
+        EXPECT_TRUE(sortedContents(all) == sortedContents(copies()));
+    }
+    std::printf("%d faults\n", healthy);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EachError, PhotoExportsOnFaults,
+    testing::Values(ReadFault{"ReadError", {FileError::Failed, "Input/output error"}},
+                    ReadFault{"Locked", {FileError::Denied, "Permission denied"}},
+                    ReadFault{"Missing", {FileError::NotFound, "No such file or directory"}},
+                    ReadFault{"Gone", {FileError::Disconnected, "No such device"}}),
+    rowName<ReadFault>);
 
 TEST_F(PhotoExports, LeaveNoHalfFileWhenCancelled)
 {

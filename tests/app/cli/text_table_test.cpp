@@ -29,6 +29,17 @@ TEST(TextTable, LinesColumnsUp)
               written(table));
 }
 
+TEST(TextTable, IsNotWidenedByASingleCell)
+{
+    const QString longName(1000, 'x');
+    TextTable table({"NAME", "PATH"});
+    table.addRow({longName, "p"});
+    table.addRow({"a", "q"});
+    EXPECT_EQ("NAME" + std::string(198, ' ') + "PATH\n" + longName.toStdString() + "  p\na" +
+                  std::string(201, ' ') + "q\n",
+              written(table));
+}
+
 TEST(TextTable, LinesUpWideAndCombiningLetters)
 {
     TextTable table({"N", "P"});

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -275,6 +276,30 @@ TEST_P(FolderDevice, OutlivesARenameOfItsFolder)
     ASSERT_EQ(
         0, ::rename(m_scratch.path("device").constData(), m_scratch.path("renamed").constData()));
     EXPECT_EQ("picture", content("a.jpg"));
+}
+
+TEST_P(FolderDevice, IsGoneWhenItsFolderIsRemoved)
+{
+    m_scratch.write("device/a.jpg", "picture");
+    EXPECT_EQ(FileError::NotFound, openError("b.jpg"));
+    ASSERT_EQ(0, ::unlink(m_scratch.path("device/a.jpg").constData()));
+    EXPECT_EQ(FileError::NotFound, openError("a.jpg"));
+    ASSERT_EQ(0, ::rmdir(m_scratch.path("device").constData()));
+    EXPECT_EQ(FileError::Disconnected, openError("a.jpg"));
+    EXPECT_EQ(FileError::Disconnected, infoError("DCIM/a.jpg"));
+    EXPECT_EQ(FileError::Disconnected, infoError("/"));
+    FileError error;
+    QList<QByteArray> names;
+    EXPECT_FALSE(m_files->list("", &names, &error));
+    EXPECT_EQ(FileError::Disconnected, error.kind);
+}
+
+TEST(FileErrors, TellADeviceThatIsGoneFromAFileThatCanNotBeRead)
+{
+    for (const int code : {ENODEV, ENOTCONN, ESHUTDOWN})
+        EXPECT_EQ(FileError::Disconnected, FileError::fromErrno(code).kind) << code;
+    for (const int code : {EIO, ENOMEM, EMFILE})
+        EXPECT_EQ(FileError::Failed, FileError::fromErrno(code).kind) << code;
 }
 
 TEST_P(FolderDevice, ShowsItsFilesByTheirNamesOnTheHost)

@@ -191,6 +191,15 @@ TEST(DeviceFiles, WriteAndEmptyALocalFile)
     EXPECT_EQ("new", scratch.read("\xfc"));
 }
 
+TEST(DeviceFiles, WriteThroughNoLink)
+{
+    const ScratchFolder scratch;
+    scratch.write("precious", "text");
+    scratch.makeLink("link", scratch.path("precious"));
+    EXPECT_FALSE(vFileOpen(vDevOpen(VDevHost, ""), scratch.path("link").constData(), writing));
+    EXPECT_EQ("text", scratch.read("precious"));
+}
+
 TEST(DeviceFiles, WriteBeyondTwoGibibytes)
 {
     const ScratchFolder scratch;

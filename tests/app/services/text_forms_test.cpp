@@ -32,6 +32,7 @@ TEST(Printable, EscapesWhatIsNotUtf8)
 TEST(Printable, EscapesWhatTurnsTheDirectionOfWriting)
 {
     EXPECT_EQ(QByteArray("\\xe2\\x80\\xaegpj"), printable(QByteArray("\xe2\x80\xaegpj")));
+    EXPECT_EQ(QByteArray("\\xd8\\x9cgpj"), printable(QByteArray("\xd8\x9cgpj")));
 }
 
 TEST(UndoneEncoding, UndoesUtf8OfLatin1)

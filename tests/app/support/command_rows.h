@@ -1,0 +1,60 @@
+#ifndef PHOTOLIB_TESTS_APP_COMMAND_ROWS_H
+#define PHOTOLIB_TESTS_APP_COMMAND_ROWS_H
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+
+#include <vector>
+
+/// One of the program's commands, for tests that hold for all of them.
+struct CommandRow {
+    const char *name;
+    QList<QByteArray> words; ///< with names for the test to fill in, see `argumentsOf`
+    bool takesClassic = true;
+    bool writesFiles = false; ///< into OUT or OUT.png
+};
+
+/// Every command on a device, each in the form that looks at all there is.
+inline std::vector<CommandRow> deviceCommands()
+{
+    return {
+        {"Info", {"info", "DEVICE"}},
+        {"Photos", {"photos", "DEVICE"}},
+        {"PhotosOfAnAlbum", {"photos", "DEVICE", "--album", "ALBUM"}},
+        {"Albums", {"albums", "DEVICE"}},
+        {"Show", {"show", "PHOTO", "DEVICE"}},
+        {"Dump", {"dump", "DEVICE"}},
+        {"Edit", {"edit", "DEVICE", "SCRIPT"}, false},
+        {"Thumb", {"thumb", "DEVICE", "--all", "OUT"}, true, true},
+        {"ThumbAsPng",
+         {"thumb", "DEVICE", "PHOTO", "--format", "png", "-o", "OUT.png"},
+         true,
+         true},
+        {"Sheet", {"sheet", "DEVICE", "-o", "OUT.png"}, true, true},
+        {"Export", {"export", "DEVICE", "OUT"}, true, true},
+    };
+}
+
+/// What the names in a row stand for in a test.
+struct CommandPlaces {
+    QByteArray device;
+    QByteArray photo;
+    QByteArray album;
+    QByteArray script; ///< a file with edits
+    QByteArray out;    ///< need not exist
+};
+
+inline QList<QByteArray> argumentsOf(const CommandRow &row, const CommandPlaces &places)
+{
+    const QHash<QByteArray, QByteArray> meanings = {
+        {"DEVICE", places.device}, {"PHOTO", places.photo}, {"ALBUM", places.album},
+        {"SCRIPT", places.script}, {"OUT", places.out},     {"OUT.png", places.out + ".png"},
+    };
+    QList<QByteArray> arguments;
+    for (const QByteArray &word : row.words)
+        arguments.append(meanings.value(word, word));
+    return arguments;
+}
+
+#endif // PHOTOLIB_TESTS_APP_COMMAND_ROWS_H
