@@ -3,6 +3,7 @@
 #include "cli/cache_folder.h"
 #include "cli/command_error.h"
 #include "cli/folder_tools.h"
+#include "cli/sample_run.h"
 #include "sample/sample_writer.h"
 
 #include <QDir>
@@ -26,9 +27,9 @@ void makeSample(const QByteArray &folder)
     const QByteArray partial = folder + ".partial";
     const QString partialName = QFile::decodeName(partial);
     QDir(partialName).removeRecursively();
-    QString error;
-    if (!writeSample(partialName, SampleOptions(), &error))
-        throw CommandError(error);
+    runSampleWriter([&](QString *error, const std::atomic<bool> *isCancelled) {
+        return writeSample(partialName, SampleOptions(), error, isCancelled);
+    });
     if (std::rename(partial.constData(), folder.constData()) != 0)
         throw CommandError(folder.toStdString(), std::generic_category().message(errno));
 }
@@ -41,8 +42,7 @@ DefaultDevice defaultDevice()
     device.folder = cacheFolder() + "/sample";
     if (exists(device.folder))
         return device;
-    EnsuredFolder parent(cacheFolder());
-    const UniqueFd lock = lockFolder(cacheFolder());
+    LockedFolder parent(cacheFolder());
     device.isNew = !exists(device.folder); // or another program has made it meanwhile
     if (device.isNew)
         makeSample(device.folder);

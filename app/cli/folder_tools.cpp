@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+
 [[noreturn]] void fail(const QByteArray &path)
 {
     if (errno == EEXIST)
@@ -27,10 +29,22 @@ bool isStillAt(const UniqueFd &fd, const QByteArray &path)
            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
+// Waits for the lock; a file system without locks is used without one.
 void lock(const UniqueFd &fd)
 {
     while (::flock(fd.get(), LOCK_EX) != 0 && errno == EINTR) {
     }
+}
+
+// None when the folder is not there, or not any more when its lock is free.
+UniqueFd lockedFolder(const QByteArray &path)
+{
+    UniqueFd fd(::open(path.constData(), folderFlags));
+    if (!fd.isOpen() && errno != ENOENT)
+        fail(path);
+    if (fd.isOpen())
+        lock(fd);
+    return isStillAt(fd, path) ? std::move(fd) : UniqueFd();
 }
 
 } // namespace
@@ -51,7 +65,7 @@ QByteArray parentFolder(const QByteArray &path)
 
 UniqueFd openFolder(const QByteArray &path)
 {
-    UniqueFd fd(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    UniqueFd fd(::open(path.constData(), folderFlags));
     if (!fd.isOpen())
         fail(path);
     return fd;
@@ -74,21 +88,39 @@ EnsuredFolder::~EnsuredFolder()
 
 void EnsuredFolder::createAll(const QByteArray &path, mode_t mode, const Check &check)
 {
-    for (int end = path.indexOf('/', 1); end >= 0; end = path.indexOf('/', end + 1))
-        create(path.left(end), mode, check);
-    create(path, mode, check);
+    // Another program may remove a parent that it has created, and so may do again.
+    constexpr int mostTries = 100;
+    for (int tries = 1; !createEach(path, mode, check); ++tries) {
+        if (tries == mostTries)
+            fail(path);
+    }
     check(path);
 }
 
-void EnsuredFolder::create(const QByteArray &path, mode_t mode, const Check &check)
+bool EnsuredFolder::createEach(const QByteArray &path, mode_t mode, const Check &check)
+{
+    for (int end = path.indexOf('/', 1); end >= 0; end = path.indexOf('/', end + 1)) {
+        if (!create(path.left(end), mode, check))
+            return false;
+    }
+    return create(path, mode, check);
+}
+
+// False when the parent is gone, which `errno` says, too.
+bool EnsuredFolder::create(const QByteArray &path, mode_t mode, const Check &check)
 {
     if (isFolder(path))
-        return;
+        return true;
     check(parentFolder(path));
-    if (::mkdir(path.constData(), mode) == 0)
+    if (::mkdir(path.constData(), mode) == 0) {
         m_created.append(path);
-    else if (errno != EEXIST || !isFolder(path))
+        return true;
+    }
+    if (errno == ENOENT)
+        return false;
+    if (errno != EEXIST || !isFolder(path))
         fail(path);
+    return true;
 }
 
 void EnsuredFolder::removeCreated()
@@ -97,12 +129,22 @@ void EnsuredFolder::removeCreated()
         ::rmdir(m_created.takeLast().constData());
 }
 
-UniqueFd lockFolder(const QByteArray &path)
+LockedFolder::LockedFolder(const QByteArray &path, const EnsuredFolder::Check &check) : m_path(path)
 {
-    for (;;) {
-        UniqueFd fd = openFolder(path);
-        lock(fd);
-        if (isStillAt(fd, path))
-            return fd;
+    while (!m_lock.isOpen()) {
+        m_folder.emplace(path, 0700, check);
+        m_lock = lockedFolder(path);
     }
+}
+
+bool LockedFolder::lockAgain()
+{
+    if (m_lock.isOpen())
+        return true;
+    UniqueFd fd(::open(m_path.constData(), folderFlags));
+    const bool isTaken = ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (isTaken || !isStillAt(fd, m_path))
+        return false;
+    m_lock = std::move(fd);
+    return true;
 }

@@ -7,6 +7,7 @@
 #include <QList>
 
 #include <functional>
+#include <optional>
 #include <sys/types.h>
 
 /// A folder that exists as long as the object lives, and after it when it was there before
@@ -15,12 +16,13 @@
 class EnsuredFolder
 {
 public:
+    using Check = std::function<void(const QByteArray &)>;
+
     /// Creates `path` and its missing parents, for the user alone unless `mode` says
     /// otherwise. Each folder that is about to be written is first given to `check`, which
     /// may throw. Throws CommandError.
     explicit EnsuredFolder(
-        const QByteArray &path, mode_t mode = 0700,
-        const std::function<void(const QByteArray &)> &check = [](const QByteArray &) {});
+        const QByteArray &path, mode_t mode = 0700, const Check &check = [](const QByteArray &) {});
     ~EnsuredFolder();
 
     EnsuredFolder(const EnsuredFolder &) = delete;
@@ -29,10 +31,9 @@ public:
     void keep() { m_created.clear(); }
 
 private:
-    using Check = std::function<void(const QByteArray &)>;
-
     void createAll(const QByteArray &path, mode_t mode, const Check &check);
-    void create(const QByteArray &path, mode_t mode, const Check &check);
+    bool createEach(const QByteArray &path, mode_t mode, const Check &check);
+    bool create(const QByteArray &path, mode_t mode, const Check &check);
     void removeCreated();
 
     QList<QByteArray> m_created; // parents first
@@ -46,9 +47,30 @@ QByteArray parentFolder(const QByteArray &path);
 /// Opens the folder `path`. Throws CommandError.
 UniqueFd openFolder(const QByteArray &path);
 
-/// Opens the folder `path` and locks it against other processes that do the same, waiting
-/// for them; a file system without locks is used without one. Closing unlocks. Throws
-/// CommandError.
-UniqueFd lockFolder(const QByteArray &path);
+/// A folder that exists like an EnsuredFolder and is locked against other objects of this
+/// kind, in any process, which wait for it. A file system without locks is used without one.
+class LockedFolder
+{
+public:
+    /// Throws CommandError. `check` is that of EnsuredFolder.
+    explicit LockedFolder(
+        const QByteArray &path, const EnsuredFolder::Check &check = [](const QByteArray &) {});
+
+    /// A descriptor of the folder, as long as it is locked.
+    int fd() const { return m_lock.get(); }
+
+    void unlock() { m_lock = UniqueFd(); }
+
+    /// Takes the lock unless it is held already. False when another program has it, and when
+    /// the folder is another one by now.
+    bool lockAgain();
+
+    void keep() { m_folder->keep(); }
+
+private:
+    const QByteArray m_path;
+    UniqueFd m_lock; // goes last: nobody is to have the folder when it is removed
+    std::optional<EnsuredFolder> m_folder;
+};
 
 #endif // PHOTOLIB_CLI_FOLDER_TOOLS_H

@@ -1,5 +1,6 @@
 #include "cli/interruptible_run.h"
 
+#include "cli/new_file.h"
 #include "devices/unique_fd.h"
 
 #include <cerrno>
@@ -36,7 +37,7 @@ public:
     InterruptSignals()
     {
         sigemptyset(&m_signals);
-        for (const int signal : {SIGINT, SIGTERM}) {
+        for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
             if (!isIgnored(signal))
                 sigaddset(&m_signals, signal);
         }
@@ -121,6 +122,7 @@ bool waitForEnd(const WorkThread &thread, const InterruptSignals &signals)
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, signal);
+    removeTemporaryFiles();
     ::raise(signal);
     ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
     std::abort();

@@ -4,8 +4,9 @@
 #include <functional>
 
 /// Runs `work` on a thread of its own and returns when it has ended; what it throws is
-/// thrown to the caller. Meanwhile Ctrl-C (SIGINT) and SIGTERM have `cancel` called, and a
-/// second one ends the process at once; those that the process ignores stay ignored.
+/// thrown to the caller. Meanwhile Ctrl-C (SIGINT), SIGTERM, SIGQUIT and the end of the
+/// terminal (SIGHUP) have `cancel` called, and a second one ends the process at once, without
+/// its temporary files; those that the process ignores stay ignored.
 ///
 /// `tick` is called on the calling thread at the start, about ten times a second, and at
 /// the end, and so is `cancel`, again and again, once the program is interrupted. Returns

@@ -11,8 +11,8 @@
 #include <functional>
 #include <mutex>
 
-/// Work in many steps that shows its progress on stderr, and that Ctrl-C (SIGINT) and
-/// SIGTERM end between two of them.
+/// Work in many steps that shows its progress on stderr, and that the signals of
+/// `runInterruptible` end between two of them.
 class InterruptibleTask
 {
 public:

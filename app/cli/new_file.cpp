@@ -3,6 +3,8 @@
 #include "cli/command_error.h"
 #include "cli/folder_tools.h"
 
+#include <QList>
+#include <QPair>
 #include <QRandomGenerator>
 
 #include <cerrno>
@@ -10,6 +12,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <linux/magic.h>
+#include <mutex>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <system_error>
@@ -33,6 +36,18 @@ QByteArray temporaryName()
 {
     return ".photolib-" + QByteArray::number(QRandomGenerator::system()->generate64(), 16) +
            ".part";
+}
+
+// The temporary names that there are, or are about to be, each with its folder.
+struct TemporaryNames {
+    std::mutex mutex;
+    QList<QPair<int, QByteArray>> names;
+};
+
+TemporaryNames &temporaryNames()
+{
+    static auto *const instance = new TemporaryNames; // outlives every thread
+    return *instance;
 }
 
 // What the link `name` says; empty when there is no such link.
@@ -85,17 +100,37 @@ NewFile::NewFile(int folder, Hiding hiding) : m_folder(folder)
         m_fd = UniqueFd(::openat(m_folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, usualMode));
     if (m_fd.isOpen())
         return;
-    const QByteArray name = temporaryName();
+    takeTemporaryName();
     const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    m_fd = UniqueFd(::openat(m_folder, name.constData(), flags, usualMode));
-    check(m_fd.get());
-    m_temporaryName = name;
+    m_fd = UniqueFd(::openat(m_folder, m_temporaryName.constData(), flags, usualMode));
+    if (m_fd.isOpen())
+        return;
+    const int code = errno;
+    dropTemporaryName();
+    fail(code);
 }
 
 NewFile::~NewFile()
 {
-    if (!m_temporaryName.isEmpty())
-        ::unlinkat(m_folder, m_temporaryName.constData(), 0);
+    if (m_temporaryName.isEmpty())
+        return;
+    ::unlinkat(m_folder, m_temporaryName.constData(), 0);
+    dropTemporaryName();
+}
+
+void NewFile::takeTemporaryName()
+{
+    const QByteArray name = temporaryName();
+    const std::lock_guard<std::mutex> lock(temporaryNames().mutex);
+    temporaryNames().names.append({m_folder, name});
+    m_temporaryName = name;
+}
+
+void NewFile::dropTemporaryName()
+{
+    const std::lock_guard<std::mutex> lock(temporaryNames().mutex);
+    temporaryNames().names.removeOne({m_folder, m_temporaryName});
+    m_temporaryName.clear();
 }
 
 void NewFile::write(const char *bytes, qint64 length)
@@ -126,14 +161,15 @@ bool NewFile::giveName(const QByteArray &name)
 void NewFile::replace(const QByteArray &name)
 {
     if (m_temporaryName.isEmpty()) {
-        const QByteArray temporary = temporaryName();
-        if (!linkTo(temporary))
+        takeTemporaryName();
+        if (!linkTo(m_temporaryName)) {
+            dropTemporaryName(); // it is somebody else's
             fail(EEXIST);
-        m_temporaryName = temporary;
+        }
     }
     close();
     check(::renameat(m_folder, m_temporaryName.constData(), m_folder, name.constData()));
-    m_temporaryName.clear();
+    dropTemporaryName();
 }
 
 bool NewFile::linkTo(const QByteArray &name)
@@ -160,7 +196,7 @@ bool NewFile::renameTo(const QByteArray &name)
     const int result = ::renameat2(m_folder, m_temporaryName.constData(), m_folder,
                                    name.constData(), RENAME_NOREPLACE);
     if (result == 0) {
-        m_temporaryName.clear();
+        dropTemporaryName();
         return true;
     }
     if (errno == EEXIST)
@@ -178,6 +214,13 @@ bool NewFile::linkAndRemove(const QByteArray &name)
     if (errno != EEXIST)
         fail(errno);
     return false;
+}
+
+void removeTemporaryFiles()
+{
+    temporaryNames().mutex.lock(); // for good
+    for (const auto &name : qAsConst(temporaryNames().names))
+        ::unlinkat(name.first, name.second.constData(), 0);
 }
 
 void requireReplaceable(int folder, const QByteArray &name, const QByteArray &path)

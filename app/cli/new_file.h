@@ -45,11 +45,17 @@ private:
     bool renameTo(const QByteArray &name);
     bool linkAndRemove(const QByteArray &name);
     void close();
+    void takeTemporaryName();
+    void dropTemporaryName();
 
     const int m_folder;
     QByteArray m_temporaryName; // empty while the file has none
     UniqueFd m_fd;
 };
+
+/// Removes the temporary names of all objects, none of which gets another one from then on.
+/// For a process that ends while threads still write.
+void removeTemporaryFiles();
 
 /// Throws CommandError, which names `path`, unless a file may get the name `name` in the
 /// folder that the descriptor `folder` holds open: when nothing has it, a regular file, or

@@ -1,6 +1,7 @@
 #include "cli/command.h"
 #include "cli/command_error.h"
 #include "cli/output.h"
+#include "cli/sample_run.h"
 #include "sample/classic_sample.h"
 #include "sample/sample_writer.h"
 #include "services/printable.h"
@@ -43,12 +44,11 @@ ClassicSampleOptions classicOptionsFrom(const SampleArguments &arguments)
 
 void write(const QString &folder, const SampleArguments &arguments)
 {
-    QString error;
-    const bool isWritten = arguments.classic
-                               ? writeClassicSample(folder, classicOptionsFrom(arguments), &error)
-                               : writeSample(folder, optionsFrom(arguments), &error);
-    if (!isWritten)
-        throw CommandError(error);
+    runSampleWriter([&](QString *error, const std::atomic<bool> *isCancelled) {
+        if (arguments.classic)
+            return writeClassicSample(folder, classicOptionsFrom(arguments), error, isCancelled);
+        return writeSample(folder, optionsFrom(arguments), error, isCancelled);
+    });
 }
 
 void report(const SampleArguments &arguments)

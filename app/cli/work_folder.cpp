@@ -5,7 +5,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/file.h>
+#include <sys/stat.h>
 #include <system_error>
 
 namespace {
@@ -24,16 +24,18 @@ QByteArray checkedPath(const QByteArray &path)
     return result;
 }
 
-void refuseInside(const QByteArray &path, const QByteArray &deviceFolder)
+EnsuredFolder::Check outside(const QByteArray &deviceFolder, const QByteArray &path)
 {
-    if (liesIn(path, deviceFolder))
-        throw CommandError(path.toStdString(), "the work folder must not lie in the device");
+    return [=](const QByteArray &written) {
+        if (liesIn(written, deviceFolder))
+            throw CommandError(path.toStdString(), "the work folder must not lie in the device");
+    };
 }
 
-void removeCopies(const UniqueFd &folder, const QByteArray &path)
+void removeCopies(int folder, const QByteArray &path)
 {
     for (const char *name : copyNames) {
-        if (::unlinkat(folder.get(), name, 0) != 0 && errno != ENOENT)
+        if (::unlinkat(folder, name, 0) != 0 && errno != ENOENT)
             throw CommandError(path.toStdString() + '/' + name,
                                std::generic_category().message(errno));
     }
@@ -42,29 +44,41 @@ void removeCopies(const UniqueFd &folder, const QByteArray &path)
 } // namespace
 
 WorkFolder::WorkFolder(const QByteArray &path, const QByteArray &deviceFolder)
-    : m_path(checkedPath(path)), m_folder(m_path)
+    : m_path(checkedPath(path)), m_folder(m_path, outside(deviceFolder, m_path))
 {
-    refuseInside(m_path, deviceFolder);
-    m_lock = lockFolder(m_path);
-    removeCopies(m_lock, m_path);
+    removeCopies(m_folder.fd(), m_path);
 }
 
 WorkFolder::~WorkFolder()
 {
     if (m_isKept)
         return;
-    m_lock = UniqueFd(::open(m_path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!m_lock.isOpen())
+    // Another program that has had the lock has removed these copies and made its own.
+    if (!m_folder.lockAgain() || (m_copy && *m_copy != copy())) {
+        m_folder.keep();
         return;
-    // Another program that holds the lock has removed these copies and made its own.
-    if (::flock(m_lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
-        return;
+    }
     for (const char *name : copyNames)
-        ::unlinkat(m_lock.get(), name, 0);
+        ::unlinkat(m_folder.fd(), name, 0);
+}
+
+void WorkFolder::unlock()
+{
+    m_copy = copy();
+    m_folder.unlock();
 }
 
 void WorkFolder::keep()
 {
     m_isKept = true;
     m_folder.keep();
+}
+
+// A new file may well get the number of one that was removed, but not its time.
+WorkFolder::Copy WorkFolder::copy() const
+{
+    struct stat status = {};
+    if (::fstatat(m_folder.fd(), copyNames[0], &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return {};
+    return {status.st_ino, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
 }

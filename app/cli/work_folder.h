@@ -5,12 +5,15 @@
 
 #include <QString>
 
+#include <optional>
+#include <tuple>
+
 /// The folder that the plug-in copies a device's database to, for one parse.
 ///
 /// What earlier parses left is removed first: a journal that the device no longer has
 /// would be applied to its new database. The folder is locked until `unlock`, so that two
 /// programs do not copy over each other. Unless it is kept, the copies and what the object
-/// had to create are removed at its end.
+/// had to create are removed at its end; those that another program has made since stay.
 class WorkFolder
 {
 public:
@@ -27,15 +30,19 @@ public:
     QString localDataPath() const { return QString::fromUtf8(m_path) + QLatin1Char('/'); }
 
     /// Lets other programs have the folder: the parse is over.
-    void unlock() { m_lock = UniqueFd(); }
+    void unlock();
 
     void keep();
 
 private:
+    using Copy = std::tuple<quint64, qint64, qint64>; // what tells it from another copy
+
+    Copy copy() const;
+
     const QByteArray m_path;
-    EnsuredFolder m_folder;
-    UniqueFd m_lock;
+    LockedFolder m_folder;
     bool m_isKept = false;
+    std::optional<Copy> m_copy; // the database when the folder was unlocked
 };
 
 #endif // PHOTOLIB_CLI_WORK_FOLDER_H

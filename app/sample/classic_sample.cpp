@@ -21,13 +21,15 @@ void checkOptions(const ClassicSampleOptions &options)
                 .arg(maxClassicSamplePhotos));
 }
 
-void writeDatabase(OutputFolder &folder, const ClassicPlan &plan)
+void writeDatabase(OutputFolder &folder, const ClassicPlan &plan,
+                   const std::atomic<bool> *isCancelled)
 {
     std::unique_ptr<ClassicPictures> pictures;
     if (plan.hasPictures())
         pictures = std::make_unique<ClassicPictures>(folder, plan.endDate());
     ClassicDatabase database(plan);
     for (int i = 0; i < plan.photoCount(); ++i) {
+        requireGoingOn(isCancelled);
         const ClassicPhotoPlan photo = plan.photo(i);
         database.addPhoto(photo, pictures ? pictures->write(photo) : photo.asset.claimedSize);
     }
@@ -43,19 +45,21 @@ void writeDescription(OutputFolder &folder, const ClassicPlan &plan)
                      QByteArrayLiteral("ModelNumStr: MA446\n"), plan.endDate());
 }
 
-void writeAll(const QString &dir, const ClassicSampleOptions &options)
+void writeAll(const QString &dir, const ClassicSampleOptions &options,
+              const std::atomic<bool> *isCancelled)
 {
     checkOptions(options);
     const ClassicPlan plan(options);
     OutputFolder folder(dir);
     writeDescription(folder, plan);
-    writeDatabase(folder, plan);
+    writeDatabase(folder, plan, isCancelled);
     folder.keep();
 }
 
 } // namespace
 
-bool writeClassicSample(const QString &dir, const ClassicSampleOptions &options, QString *error)
+bool writeClassicSample(const QString &dir, const ClassicSampleOptions &options, QString *error,
+                        const std::atomic<bool> *isCancelled)
 {
-    return written(dir, error, [&] { writeAll(dir, options); });
+    return written(dir, error, [&] { writeAll(dir, options, isCancelled); });
 }

@@ -18,6 +18,7 @@ constexpr int maxClassicSamplePhotos = 100000;
 
 /// Writes a sample classic iPod, laid out as its disk, into the folder `dir.` All that is said
 /// of writeSample holds here, too. Pictures take close to 1 MB a photo.
-bool writeClassicSample(const QString &dir, const ClassicSampleOptions &options, QString *error);
+bool writeClassicSample(const QString &dir, const ClassicSampleOptions &options, QString *error,
+                        const std::atomic<bool> *isCancelled = nullptr);
 
 #endif // PHOTOLIB_SAMPLE_CLASSIC_SAMPLE_H

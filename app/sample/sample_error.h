@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include <atomic>
 #include <new>
 #include <stdexcept>
 
@@ -15,6 +16,13 @@ class SampleError : public std::runtime_error
 public:
     explicit SampleError(const QString &message) : std::runtime_error(message.toStdString()) {}
 };
+
+/// Throws when another thread has set `*isCancelled`, which may be null.
+inline void requireGoingOn(const std::atomic<bool> *isCancelled)
+{
+    if (isCancelled && *isCancelled)
+        throw SampleError(QStringLiteral("interrupted"));
+}
 
 /// Whether `write` wrote the sample `dir`; if it threw instead, `*error` has the cause.
 template <typename Write>

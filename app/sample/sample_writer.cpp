@@ -24,12 +24,14 @@ void checkOptions(const SampleOptions &options)
                               .arg(maxSampleAssets));
 }
 
-void writeAssets(OutputFolder &folder, const LibraryPlan &plan, PhotosDatabase &database)
+void writeAssets(OutputFolder &folder, const LibraryPlan &plan, PhotosDatabase &database,
+                 const std::atomic<bool> *isCancelled)
 {
     std::unique_ptr<PictureFiles> pictures;
     if (plan.options().pictures)
         pictures = std::make_unique<PictureFiles>(folder, plan);
     for (int i = 0; i < plan.options().assets; ++i) {
+        requireGoingOn(isCancelled);
         const AssetPlan asset = plan.asset(i);
         database.addAsset(asset, pictures ? pictures->write(asset) : asset.claimedSize);
     }
@@ -37,11 +39,12 @@ void writeAssets(OutputFolder &folder, const LibraryPlan &plan, PhotosDatabase &
         pictures->finish();
 }
 
-void writeDatabase(OutputFolder &folder, const LibraryPlan &plan)
+void writeDatabase(OutputFolder &folder, const LibraryPlan &plan,
+                   const std::atomic<bool> *isCancelled)
 {
     const QString path = folder.prepare(QStringLiteral("PhotoData/Photos.sqlite"));
     PhotosDatabase database(path, plan);
-    writeAssets(folder, plan, database);
+    writeAssets(folder, plan, database, isCancelled);
     database.finish();
     for (const char *suffix : {"", "-wal", "-shm"})
         setFileDate(path + QLatin1String(suffix), plan.endDate());
@@ -54,19 +57,21 @@ void writeSyncPlist(OutputFolder &folder, const LibraryPlan &plan)
                      currentLibraryPlist(uuidText(random.uuid())), plan.endDate());
 }
 
-void writeAll(const QString &dir, const SampleOptions &options)
+void writeAll(const QString &dir, const SampleOptions &options,
+              const std::atomic<bool> *isCancelled)
 {
     checkOptions(options);
     const LibraryPlan plan(options);
     OutputFolder folder(dir);
     writeSyncPlist(folder, plan);
-    writeDatabase(folder, plan);
+    writeDatabase(folder, plan, isCancelled);
     folder.keep();
 }
 
 } // namespace
 
-bool writeSample(const QString &dir, const SampleOptions &options, QString *error)
+bool writeSample(const QString &dir, const SampleOptions &options, QString *error,
+                 const std::atomic<bool> *isCancelled)
 {
-    return written(dir, error, [&] { writeAll(dir, options); });
+    return written(dir, error, [&] { writeAll(dir, options, isCancelled); });
 }

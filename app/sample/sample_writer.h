@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include <atomic>
+
 /// The generation of database that a sample device holds.
 enum class SampleSchema {
     Early, ///< no subtype, trash or burst columns; a Camera Roll album; join table Z_15ASSETS
@@ -34,7 +36,9 @@ constexpr int maxSampleAssets = 5000000;
 /// line that names the thing and the cause; must not be null), and removes everything that
 /// this call made, parents of `dir` included; an empty folder that was there stays.
 ///
-/// May be called on any thread, and on several at once for different folders.
-bool writeSample(const QString &dir, const SampleOptions &options, QString *error);
+/// May be called on any thread, and on several at once for different folders. Another thread
+/// makes it fail soon by setting `*isCancelled`.
+bool writeSample(const QString &dir, const SampleOptions &options, QString *error,
+                 const std::atomic<bool> *isCancelled = nullptr);
 
 #endif // PHOTOLIB_SAMPLE_SAMPLE_WRITER_H

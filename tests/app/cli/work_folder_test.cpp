@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <fcntl.h>
+#include <optional>
 #include <sys/file.h>
 #include <thread>
 
@@ -138,14 +139,63 @@ TEST(WorkFolder, LeavesTheCopiesThatAnotherProgramIsMaking)
 {
     const Places places;
     places.scratch.makeFolder("cache/work/1");
-    UniqueFd other;
+    std::optional<LockedFolder> other;
     {
         WorkFolder folder(places.work, places.device);
         folder.unlock();
-        other = lockFolder(places.work);
+        other.emplace(places.work);
         places.scratch.write("cache/work/1/Photos.sqlite", "of the other one");
     }
     EXPECT_EQ("of the other one", places.scratch.read("cache/work/1/Photos.sqlite"));
+}
+
+TEST(WorkFolder, LeavesTheCopiesThatAnotherProgramHasMade)
+{
+    const Places places;
+    {
+        WorkFolder folder(places.work, places.device);
+        places.scratch.write("cache/work/1/Photos.sqlite", "own");
+        folder.unlock();
+        WorkFolder other(places.work, places.device);
+        places.scratch.write("cache/work/1/Photos.sqlite", "of the other one");
+        other.unlock();
+        other.keep();
+    }
+    EXPECT_EQ("of the other one", places.scratch.read("cache/work/1/Photos.sqlite"));
+}
+
+TEST(WorkFolder, StaysForAnotherProgramThatHasIt)
+{
+    const Places places;
+    std::optional<WorkFolder> folder;
+    folder.emplace(places.work, places.device);
+    folder->unlock();
+    const WorkFolder other(places.work, places.device);
+    folder.reset(); // which made the folder, and finds it empty
+    EXPECT_TRUE(places.scratch.exists("cache/work/1"));
+}
+
+// Each removes at its end what the others are about to use.
+TEST(WorkFolderThreads, IsThereForTheOneThatHasIt)
+{
+    const Places places;
+    std::atomic<int> missing{0};
+    std::atomic<int> users{0};
+    std::atomic<int> most{0};
+    const auto use = [&](int thread) {
+        for (int round = 0; round < 100; ++round) {
+            WorkFolder folder(places.work, places.device);
+            most = std::max<int>(most, ++users);
+            std::this_thread::yield();
+            missing += places.scratch.exists("cache/work/1") ? 0 : 1;
+            --users;
+            if ((round + thread) % 2 == 0)
+                folder.unlock();
+        }
+    };
+    runOnThreads(4, use);
+    EXPECT_EQ(0, missing);
+    EXPECT_EQ(1, most);
 }
 
 TEST(WorkFolderThreads, BelongsToOneAtATime)
