@@ -283,7 +283,8 @@ public:
             if ((i + 1) % (phase.count / steps) == 0)
                 report(phase, (i + 1) / (phase.count / steps));
         }
-        m_contract->print();
+        if (!m_isShort)
+            m_contract->print();
         std::fflush(stdout);
         return m_isShort || m_isFlat;
     }
