@@ -25,6 +25,9 @@ const int mostReferencesOfViews = 32;
 // Each level takes some stack, and about twenty bytes of a view's text.
 const std::size_t longestViews = 4096;
 
+// A column that is made of one that is made of another, and so on, takes stack, too.
+const int mostGeneratedColumns = 100;
+
 // One call of some takes time in proportion to the product of its arguments' lengths, which
 // can be minutes; fts3_tokenizer lets a text name an address to call.
 const char *const deniedFunctions[] = {"fts3_tokenizer", "load_extension", "glob",   "instr",
@@ -70,14 +73,36 @@ bool isWordCharacter(char character)
     return character == '_' || std::isalnum(static_cast<unsigned char>(character));
 }
 
-bool isReference(const char *word, std::size_t length)
+bool isWord(const char *word, std::size_t length, const char *keyword)
 {
-    for (const char *keyword : {"from", "join", "in"}) {
-        if (std::strlen(keyword) == length &&
-            sqlite3_strnicmp(word, keyword, static_cast<int>(length)) == 0)
-            return true;
+    return std::strlen(keyword) == length &&
+           sqlite3_strnicmp(word, keyword, static_cast<int>(length)) == 0;
+}
+
+// Calls `visit` with the start and the length of each word, and for each other character
+// with a length of 0.
+template <class Visit>
+void visitWords(const char *sql, const Visit &visit)
+{
+    while (*sql) {
+        const char *word = sql;
+        while (isWordCharacter(*sql))
+            ++sql;
+        visit(word, static_cast<std::size_t>(sql - word));
+        if (sql == word)
+            ++sql;
     }
-    return false;
+}
+
+// Each generated column has one.
+int countAs(const char *sql)
+{
+    int count = 0;
+    visitWords(sql, [&](const char *word, std::size_t length) {
+        if (isWord(word, length, "as"))
+            ++count;
+    });
+    return count;
 }
 
 bool startsWith(const char *text, const char *start)
@@ -110,33 +135,32 @@ int prepareBounded(sqlite3 *db, const char *sql, sqlite3_stmt **stmt)
 int countReferences(const char *sql)
 {
     int references = 0;
-    while (*sql) {
-        const char *word = sql;
-        while (isWordCharacter(*sql))
-            ++sql;
-        if (isReference(word, static_cast<std::size_t>(sql - word)))
+    visitWords(sql, [&](const char *word, std::size_t length) {
+        if (isWord(word, length, "from") || isWord(word, length, "join") ||
+            isWord(word, length, "in") || (length == 0 && *word == ','))
             ++references;
-        if (*sql == ',')
-            ++references;
-        if (*sql)
-            ++sql;
-    }
+    });
     return references;
 }
 
-bool hasSimpleViews(sqlite3 *db)
+bool hasSimpleSchema(sqlite3 *db)
 {
     sqlite_statement schema(db, "SELECT sql FROM sqlite_master");
     if (!schema.isPrepared())
         return true;
     std::size_t length = 0;
     int references = 0;
+    int generated = 0;
     while (schema.nextRow()) {
         const char *definition = schema.text(0);
-        if (!definition || isNoView(definition))
+        if (!definition)
+            continue;
+        generated += countAs(definition);
+        if (isNoView(definition))
             continue;
         length += std::strlen(definition);
         references += countReferences(definition);
     }
-    return length <= longestViews && references <= mostReferencesOfViews;
+    return length <= longestViews && references <= mostReferencesOfViews &&
+           generated <= mostGeneratedColumns;
 }

@@ -16,8 +16,8 @@ int prepareBounded(sqlite3 *db, const char *sql, sqlite3_stmt **stmt);
 /// Counts in a text how many tables its statements can name; no less, and perhaps more.
 int countReferences(const char *sql);
 
-/// Whether the views of the database are few and short. False also for entries of the
-/// schema that are neither tables, indexes nor triggers.
-bool hasSimpleViews(sqlite3 *db);
+/// Whether the views of the database are few and short, and so are its generated columns. What
+/// is neither a table, an index nor a trigger counts as a view.
+bool hasSimpleSchema(sqlite3 *db);
 
 #endif // PHOTOLIB_CAMERADB_BOUNDED_PREPARE_H

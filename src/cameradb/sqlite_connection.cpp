@@ -36,8 +36,8 @@ qint64 threadMilliseconds()
 
 // No text or blob of a photo database comes near it, nor does one of a short file come near
 // the shorter one.
-const qint64 longestValue = 16 * 1024 * 1024;
-const qint64 longestValueOfShortFile = 1024 * 1024;
+const qint64 longestValue = 16777216;
+const qint64 longestValueOfShortFile = 1048576;
 
 // Our own statements take a tenth of each. Expressions nest on the stack; a column that is
 // made of others has their instructions each time; and a pattern is tried at each character.
@@ -94,7 +94,7 @@ void sqlite_connection::limitValues(qint64 bytes)
     sqlite3_limit(m_db, SQLITE_LIMIT_VDBE_OP, mostInstructions);
     sqlite3_limit(m_db, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, longestPattern);
     // No statement compiles then, whatever it reads.
-    if (!hasSimpleViews(m_db))
+    if (!hasSimpleSchema(m_db))
         sqlite3_limit(m_db, SQLITE_LIMIT_SQL_LENGTH, 1);
 }
 
