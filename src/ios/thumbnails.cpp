@@ -33,6 +33,13 @@ const thumbnail_file thumbnailFiles[] = {
 // The ready pictures of one asset, in the order in which they are taken.
 const char *const readyPictures[] = {"5005.JPG", "5003.JPG", "3507.JPG", "3505.JPG"};
 
+// Ready pictures take some hundred kilobytes. Above this one is not read, or a file of holes would
+// take the host's memory.
+const qint64 mostReadyBytes = 64 * 1024 * 1024;
+
+// No file system has paths that come near it.
+const qint64 mostPathLetters = 16 * 1024 * 1024;
+
 // What a byte array can hold, less some for its own administration.
 const int mostBytes = std::numeric_limits<int>::max() - 1024;
 
@@ -122,13 +129,20 @@ bool readRecord(VFile *file, const ThumbType &type, PhotoThumb *thumb)
     return true;
 }
 
+// Whether a name can be put for every marker of the directory: the names come from the device, and
+// Qt does not see it when the text outgrows what it can hold.
+bool isPathShort(const Camera_Data &asset)
+{
+    const qint64 places = asset.directory.count(QLatin1Char('%')) + qint64(1);
+    return asset.directory.size() + places * asset.fileName.size() <= mostPathLetters;
+}
+
 bool readWhole(VFile *file, QByteArray &out)
 {
     vFileSeek(file, 0, 2);
     const qint64 size = vFileTell(file);
-    if (size < 0 || size > mostBytes)
+    if (size < 0 || size > mostReadyBytes)
         return false;
-    // A file that says it is larger than the memory can not be read either.
     return withoutThrowing(false, [&] {
         // Cleared: a read that gives less than it says must not hand out stale memory.
         QByteArray content(static_cast<int>(size), '\0');
@@ -165,7 +179,7 @@ int photo_manager::getSourcePhoto(const quint64 &, QByteArray &)
 
 bool photo_manager::checkV2Thumbnail(const Camera_Data *asset, QByteArray &out)
 {
-    if (!m_pVDev)
+    if (!m_pVDev || !isPathShort(*asset))
         return false;
     QByteArray path = QString::fromLatin1("/PhotoData/Thumbnails/V2/%1/%2/")
                           .arg(asset->directory)

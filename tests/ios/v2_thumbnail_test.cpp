@@ -291,6 +291,37 @@ TEST_P(V2ThumbnailPath, IsMadeOfTheAssetsDirectoryAndFileName)
     EXPECT_EQ(out, QByteArray("bytes"));
 }
 
+// Put for each marker, the name would make a text longer than its length can tell.
+TEST_F(V2Thumbnail, IsNoneWhereAHostileDirectoryRepeatsAHostileName)
+{
+    const int markers = 1 << 16;
+    setPath(QStringLiteral("%1").repeated(markers) + QLatin1Char('x'),
+            QString(markers, QLatin1Char('n')));
+    host.setDeviceFile(Base, "bytes");
+    EXPECT_FALSE(check());
+    EXPECT_EQ(host.trace(), Lines());
+}
+
+TEST_F(V2Thumbnail, IsLookedForUnderLongNames)
+{
+    const int letters = 1 << 20;
+    setPath(QString(letters, QLatin1Char('d')), QString(letters, QLatin1Char('n')));
+    const QByteArray path =
+        Base + QByteArray(letters, 'd') + '/' + QByteArray(letters, 'n') + "/5005.JPG";
+    host.setDeviceFile(path, "bytes");
+    EXPECT_TRUE(check());
+}
+
+TEST_F(V2Thumbnail, IsReadUpTo64MiB)
+{
+    const int most = 64 * 1024 * 1024;
+    host.setDeviceFile(readyPath("5005.JPG"), QByteArray(most + 1, 'x'));
+    host.setDeviceFile(readyPath("5003.JPG"), QByteArray(most, 'y'));
+    EXPECT_TRUE(check());
+    EXPECT_EQ(out.size(), most);
+    EXPECT_EQ(host.callCount("vFileRead"), 1);
+}
+
 TEST_F(V2Thumbnail, IsLookedForWithNullTextsAsWithEmptyOnes)
 {
     setPath(QString(), QString());
