@@ -7,6 +7,7 @@
 #include "no_throw.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <limits>
 
@@ -161,9 +162,13 @@ void iPodPhotoManager::getThumb(const itdb_photo &entry, QByteArray &out)
 {
     QString name = entry.fileName;
     name.replace(QLatin1Char(':'), QLatin1Char('/'));
-    QFile file(QString::fromLatin1("%1:/Photos%2")
-                   .arg(m_pIPod->driveName(), 0, QLatin1Char(' '))
-                   .arg(name, 0, QLatin1Char(' ')));
+    const QString path = QString::fromLatin1("%1:/Photos%2")
+                             .arg(m_pIPod->driveName(), 0, QLatin1Char(' '))
+                             .arg(name, 0, QLatin1Char(' '));
+    // To open a pipe waits for whoever writes to it.
+    if (!QFileInfo(path).isFile())
+        return;
+    QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return;
     // The entry is not to be trusted: memory is spent only on bytes that are there.

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
+
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -667,6 +669,20 @@ TEST_F(ClassicImage, IsUntouchedWithoutItsFile)
     EXPECT_EQ(source(), QByteArray("kept"));
     EXPECT_EQ(host.unpackings().size(), 0U);
     EXPECT_EQ(host.log(), Log());
+}
+
+// Nobody writes to the pipe: to open it would not end.
+TEST_F(ClassicImage, IsUntouchedWhereItsFileIsAPipe)
+{
+    const QString folder = device.drive + QStringLiteral(":/Photos/A");
+    ASSERT_TRUE(QDir().mkpath(folder));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(folder + QStringLiteral("/B.ithmb")).constData(), 0600),
+              0);
+    setVariants({variant(OneFile, 0, 0)});
+    parse();
+    EXPECT_EQ(thumbnail(), QByteArray("kept"));
+    EXPECT_EQ(source(), QByteArray("kept"));
+    EXPECT_EQ(host.unpackings().size(), 0U);
 }
 
 TEST_F(ClassicImage, OfNoBytesIsUnpackedFromNoBytes)
