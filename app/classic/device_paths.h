@@ -3,7 +3,7 @@
 
 #include "devices/case_blind_paths.h"
 
-#include <QHash>
+#include <QMap>
 
 /// Where the files are that a photo database names, ":Thumbs:F1019_1.ithmb". For one thread at
 /// a time, and for as long as the disk stays as it is.
@@ -27,7 +27,7 @@ private:
 
     DeviceFileSystem &m_files;
     CaseBlindPaths m_paths;
-    QHash<QString, QString> m_checked;
+    QMap<QString, QString> m_checked; // sorted: names can be chosen so that hashes are slow
 };
 
 #endif // PHOTOLIB_CLASSIC_DEVICE_PATHS_H

@@ -30,7 +30,7 @@ int ExportFolder::firstUnclaimed(const QByteArray &name)
 
 bool ExportFolder::isClaimed(const QByteArray &name) const
 {
-    return m_claimed.contains(comparedName(name));
+    return m_claimed.count(comparedName(name)) != 0;
 }
 
 void ExportFolder::claim(const QByteArray &name)

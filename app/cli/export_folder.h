@@ -4,12 +4,12 @@
 #include "devices/folder_file_system.h"
 #include "devices/unique_fd.h"
 
-#include <QHash>
 #include <QList>
-#include <QSet>
+#include <QMap>
 #include <QString>
 
 #include <memory>
+#include <set>
 
 /// The folder that photos are copied to, and which of its names are taken: by what was
 /// there before, and by the photos of this run, each of which claims a name of its own.
@@ -42,9 +42,10 @@ private:
     const QByteArray m_path;
     const UniqueFd m_fd;
     std::unique_ptr<FolderFileSystem> m_files;
-    QMultiHash<QString, QByteArray> m_holding; // by compared name
-    QSet<QString> m_claimed;                   // compared names
-    QHash<QString, int> m_firstUnclaimed;      // by compared name; lower ones are claimed
+    // Sorted: names that come from a device can be chosen so that a hash holds them for one.
+    QMultiMap<QString, QByteArray> m_holding; // by compared name
+    std::set<QString> m_claimed;              // compared names
+    QMap<QString, int> m_firstUnclaimed;      // by compared name; lower ones are claimed
 };
 
 #endif // PHOTOLIB_CLI_EXPORT_FOLDER_H

@@ -6,9 +6,9 @@
 #include "cli/progress_bar.h"
 #include "services/printable.h"
 
-#include <QSet>
-
 #include <CLI/CLI.hpp>
+
+#include <set>
 
 namespace {
 
@@ -33,7 +33,7 @@ struct Summary {
     int missing = 0;
     int trashed = 0;
     qint64 bytes = 0;
-    QSet<QString> bursts;
+    std::set<QString> bursts; // sorted: a device can choose names that make hashes slow
     DateRange modified;
 
     void add(const photoItem &item, bool isThere);
@@ -106,7 +106,7 @@ void writeIosSummary(LibrarySession &session, LineWriter &lines)
     lines.write("Photos:", summary.photos);
     lines.write("Videos:", summary.videos);
     lines.write("Missing:", QStringLiteral("%1 without a file on the device").arg(summary.missing));
-    lines.write("Bursts:", summary.bursts.size());
+    lines.write("Bursts:", static_cast<int>(summary.bursts.size()));
     lines.write("In the trash:", summary.trashed);
     lines.write("Albums:", session.library().albumCnt());
     lines.write("Size:", byteCountText(summary.bytes));

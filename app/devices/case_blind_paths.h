@@ -3,7 +3,7 @@
 
 #include "devices/device_file_system.h"
 
-#include <QHash>
+#include <QMap>
 
 /// Finds the files of a disk whose names do not differ by case, mounted or copied where they
 /// do: its database may well name "Thumbs" what is called "THUMBS" there.
@@ -25,12 +25,13 @@ public:
 private:
     QByteArray nameIn(const QByteArray &folder, const QByteArray &name);
 
-    using NamesByKey = QHash<QByteArray, QList<QByteArray>>;
+    // Sorted: names that come from a device can be chosen so that a hash holds them for one.
+    using NamesByKey = QMap<QByteArray, QList<QByteArray>>;
 
     const NamesByKey &namesIn(const QByteArray &folder);
 
     DeviceFileSystem &m_files;
-    QHash<QByteArray, NamesByKey> m_folders;
+    QMap<QByteArray, NamesByKey> m_folders;
 };
 
 #endif // PHOTOLIB_DEVICES_CASE_BLIND_PATHS_H
