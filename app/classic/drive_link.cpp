@@ -31,11 +31,12 @@ struct DriveLink::Place {
     // Nothing here but what the handler of a signal may call.
     void clear()
     {
-        if (!isFilled.exchange(false))
+        if (!isFilled)
             return;
         ::unlink(link.c_str());
         ::rmdir(drive.c_str());
         ::rmdir(folder.c_str());
+        isFilled = false; // last, for a signal in between has the rest to remove
     }
 };
 

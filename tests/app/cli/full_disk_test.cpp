@@ -175,15 +175,6 @@ TEST_P(ProgramWithoutOutput, FailsWithTheCause)
         << full.errors.constData();
 }
 
-// Nobody is left to be told.
-TEST_P(ProgramWithoutOutput, FailsSilentlyWhenItsReaderIsGone)
-{
-    Program program(m_setup, words());
-    program.closeReadChannel(QProcess::StandardOutput);
-    EXPECT_EQ(1, program.waitForExitCode());
-    EXPECT_FALSE(program.readAllStandardError().contains("standard output"));
-}
-
 std::vector<OutputRow> outputRows()
 {
     std::vector<OutputRow> rows;
