@@ -313,7 +313,7 @@ private:
     }
 
     // The blocks are small, and the words beside each take about half as much again.
-    static qint64 residentBound(qint64 allowed) { return 2 * allowed + 4 * 1048576; }
+    static qint64 residentBound(qint64 allowed) { return 2 * allowed + 4194304; }
 
     const bool m_isShort;
     Contract *m_contract;

@@ -16,7 +16,8 @@ qint64 heapBytes()
     if (countedHeapBytes)
         return countedHeapBytes();
     const struct mallinfo2 info = mallinfo2();
-    return static_cast<qint64>(info.uordblks + info.hblkhd);
+    const std::size_t bytes = info.uordblks + info.hblkhd;
+    return static_cast<qint64>(bytes);
 }
 
 qint64 residentBytes()
