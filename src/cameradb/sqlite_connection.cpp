@@ -48,7 +48,7 @@ const int longestPattern = 64;
 } // namespace
 
 sqlite_connection::sqlite_connection(const QString &path)
-    : m_db(nullptr), m_result(sqlite3_open(path.toUtf8().constData(), &m_db)), m_stepsLeft(0),
+    : m_db(nullptr), m_result(m_tempFiles.open(path.toUtf8().constData(), &m_db)), m_stepsLeft(0),
       m_deadline(0)
 {
     if (isOpen())
@@ -83,6 +83,7 @@ void sqlite_connection::limitWork()
     m_stepsLeft = (bytes * instructionsPerByte + instructionsAlways) / progressStep;
     m_deadline = threadMilliseconds() + bytes / bytesPerMillisecond + millisecondsAlways;
     sqlite3_progress_handler(m_db, progressStep, isExhausted, this);
+    m_tempFiles.allowFor(bytes);
     limitValues(bytes);
 }
 

@@ -1,6 +1,8 @@
 #ifndef PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H
 #define PHOTOLIB_CAMERADB_SQLITE_CONNECTION_H
 
+#include "cameradb/temp_file_limit.h"
+
 #include <QString>
 #include <QtGlobal>
 
@@ -12,7 +14,8 @@
 /// The statements on one connection share an allowance of work and of processor time in proportion
 /// to the file's size: honest databases use a small part of it, and one made to run for
 /// ever (a view over an endless query, say) ends with an error instead. No statement compiles
-/// where the views are more than a few short ones.
+/// where the views are more than a few short ones. Sorting writes no more to temporary files
+/// than honest databases of that size need.
 class sqlite_connection
 {
 public:
@@ -31,6 +34,7 @@ private:
     void limitValues(qint64 bytes);
     static int isExhausted(void *connection);
 
+    temp_file_limit m_tempFiles; // the connection's, which is closed before it goes
     sqlite3 *m_db;
     int m_result;
     qint64 m_stepsLeft; // in units of `progressStep` instructions
