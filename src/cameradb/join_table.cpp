@@ -1,6 +1,7 @@
 #include "cameradb/join_table.h"
 
 #include "cameradb/bounded_prepare.h"
+#include "cameradb/read_limits.h"
 #include "cameradb/sqlite_statement.h"
 #include "host/host_log.h"
 
@@ -91,13 +92,14 @@ membership readMembership(sqlite3_stmt *stmt, const std::vector<key_column> &col
     return keys;
 }
 
-void appendMembers(sqlite_statement &statement, CameraDB *cameraDb)
+void appendMembers(sqlite3 *db, sqlite_statement &statement, CameraDB *cameraDb)
 {
     const std::vector<key_column> columns = keyColumns(statement.get());
     // Rows of one album mostly follow each other.
     quint64 lastKey = 0;
     Camera_Album *lastAlbum = nullptr;
-    while (statement.nextRow()) {
+    row_allowance allowance(db);
+    while (!allowance.isExhausted() && statement.nextRow()) {
         const membership keys = readMembership(statement.get(), columns);
         if (!keys.isComplete())
             continue;
@@ -105,8 +107,10 @@ void appendMembers(sqlite_statement &statement, CameraDB *cameraDb)
             lastKey = keys.album;
             lastAlbum = cameraDb->albums.value(keys.album);
         }
-        if (lastAlbum)
-            lastAlbum->assetKeys.append(keys.asset);
+        if (!lastAlbum)
+            continue;
+        lastAlbum->assetKeys.append(keys.asset);
+        allowance.spend(0);
     }
 }
 
@@ -135,6 +139,6 @@ bool queryAlbumPhoto(sqlite3 *db, CameraDB *cameraDb)
         Log("PHOTOLIB", 2, "Can not parse camera photos: %s", sqlite3_errmsg(db));
         return false;
     }
-    appendMembers(statement, cameraDb);
+    appendMembers(db, statement, cameraDb);
     return true;
 }

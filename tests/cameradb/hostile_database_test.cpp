@@ -4,6 +4,7 @@
 #include "cameradb/sqlite_connection.h"
 #include "support/fake_host.h"
 #include "support/photos_database.h"
+#include "support/row_name.h"
 
 #include <gtest/gtest.h>
 
@@ -59,6 +60,16 @@ TEST_F(HostileDatabase, EndsAfterEndlessMemberships)
     EXPECT_EQ(1, parse());
 }
 
+TEST_F(HostileDatabase, KeepsNoMoreMembershipsThanItsFilesHold)
+{
+    database.rows.albums = {albumRow(1)};
+    replaceByEndlessRows("Z_26ASSETS", "1 as Z_26ALBUMS, x as Z_34ASSETS");
+
+    EXPECT_EQ(1, parse());
+    EXPECT_LE(model->albums.value(1)->assetKeys.size(), bytes.size() / 8 + 65537);
+    EXPECT_GT(model->albums.value(1)->assetKeys.size(), 65536);
+}
+
 TEST_F(HostileDatabase, EndsAfterEndlessRowsThatItPassesOver)
 {
     replaceByEndlessRows("Z_METADATA", "x as Z_VERSION, null as Z_UUID");
@@ -86,6 +97,53 @@ TEST_F(HostileDatabase, KeepsNoMoreTextThanItsFilesHold)
     EXPECT_GT(model->albums.size(), 0);
     EXPECT_LE(qint64(model->albums.size()) * 100000, 2 * bytes.size() + 1048576 + 100000);
 }
+
+// --- Honest ones with the shortest rows there can be
+
+struct ShortRows {
+    const char *name;
+    const char *table; ///< what follows the columns of keys
+    const char *keys;  ///< of row x
+};
+
+class ShortMemberships : public HostileDatabase, public testing::WithParamInterface<ShortRows>
+{
+};
+
+TEST_P(ShortMemberships, AreReadInFull)
+{
+    const int count = 200000;
+    for (int album = 1; album <= 100; ++album)
+        database.rows.albums.push_back(albumRow(album));
+    database.joinTables.clear();
+    database.rows.sql = {
+        std::string("create table Z_26ASSETS (Z_26ALBUMS integer, Z_34ASSETS integer") +
+            GetParam().table,
+        std::string("insert into Z_26ASSETS ") + endless + "select " + GetParam().keys +
+            " from r limit " + std::to_string(count)};
+    // Nothing between its rows, and already in the work folder.
+    const QString path = folder.filePath("Photos.sqlite");
+    runSql(database.open().get(), "vacuum into '" + path.toStdString() + "'");
+    device.accessBlocked = true;
+
+    EXPECT_EQ(1, parse());
+
+    int kept = 0;
+    for (const Camera_Album *album : model->albums)
+        kept += album->assetKeys.size();
+    EXPECT_EQ(kept, count);
+    RecordProperty("BytesPerRow", std::to_string(double(QFileInfo(path).size()) / count));
+}
+
+// Numbers 0 and 1 take no bytes of their own, those to 127 one.
+INSTANTIATE_TEST_SUITE_P(
+    Tables, ShortMemberships,
+    testing::Values(ShortRows{"OfOnes", ")", "1, 1"}, ShortRows{"OfOneAlbum", ")", "1, x"},
+                    ShortRows{"OfManyAlbums", ")", "1 + x % 100, 1 + x / 100"},
+                    ShortRows{"WithoutRowids",
+                              ", primary key (Z_26ALBUMS, Z_34ASSETS)) without rowid",
+                              "1 + x % 100, 1 + x / 100"}),
+    rowName<ShortRows>);
 
 TEST(ReadLimits, CountTheDatabaseAndItsWriteAheadLog)
 {
