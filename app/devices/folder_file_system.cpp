@@ -58,18 +58,41 @@ bool kernelConfines(int folder)
     return UniqueFd(openConfined(folder, ".", O_PATH)).isOpen();
 }
 
+bool isOpenLink(const UniqueFd &fd)
+{
+    struct stat status = {};
+    return fd.isOpen() && ::fstat(fd.get(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+bool isLink(int folder, const QByteArray &name)
+{
+    return isOpenLink(
+        UniqueFd(::openat(folder, name.constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC)));
+}
+
+// A link is ELOOP: the system opens one with O_PATH, and where a folder is asked for it takes
+// one for a file.
+UniqueFd openUnlessLink(int folder, const QByteArray &name, int flags)
+{
+    UniqueFd fd(::openat(folder, name.constData(), flags | O_NOFOLLOW));
+    const int code = errno;
+    const bool isRefused =
+        isOpenLink(fd) || (!fd.isOpen() && code == ENOTDIR && isLink(folder, name));
+    if (isRefused)
+        fd = UniqueFd();
+    errno = isRefused ? ELOOP : code;
+    return fd;
+}
+
 // Refuses every link, for what a link names can not be confined between two calls.
 UniqueFd openNameByName(int root, const QList<QByteArray> &names, int flags)
 {
     UniqueFd folder(::openat(root, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    for (int i = 0; folder.isOpen() && i + 1 < names.size(); ++i) {
-        folder = UniqueFd(::openat(folder.get(), names[i].constData(),
-                                   O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    }
+    for (int i = 0; folder.isOpen() && i + 1 < names.size(); ++i)
+        folder = openUnlessLink(folder.get(), names[i], O_PATH | O_DIRECTORY | O_CLOEXEC);
     if (!folder.isOpen())
         return UniqueFd();
-    const QByteArray last = names.isEmpty() ? QByteArray(".") : names.last();
-    return UniqueFd(::openat(folder.get(), last.constData(), completeFlags(flags) | O_NOFOLLOW));
+    return openUnlessLink(folder.get(), names.isEmpty() ? "." : names.last(), completeFlags(flags));
 }
 
 FileInfo::Type typeOf(mode_t mode)
@@ -173,10 +196,6 @@ bool FolderFileSystem::info(const QByteArray &path, FileInfo *info, FileError *e
     struct stat status = {};
     if (::fstat(fd.get(), &status) != 0) {
         *error = FileError::fromErrno(errno);
-        return false;
-    }
-    if (S_ISLNK(status.st_mode)) {
-        *error = FileError::fromErrno(ELOOP);
         return false;
     }
     info->type = typeOf(status.st_mode);

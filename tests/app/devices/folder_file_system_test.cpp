@@ -158,13 +158,26 @@ TEST_P(FolderDevice, RefusesALinkToAFolderOutside)
     m_scratch.makeLink("device/absolute", m_scratch.path("outside"));
     m_scratch.makeLink("device/relative", "../outside");
     for (const char *name : {"absolute", "relative"}) {
-        openError(name + QByteArray("/secret.txt"));
-        infoError(name + QByteArray("/secret.txt"));
+        for (const char *rest : {"/secret.txt", "/none.txt", "/secret.txt/x"}) {
+            EXPECT_EQ(FileError::Outside, openError(name + QByteArray(rest)));
+            EXPECT_EQ(FileError::Outside, infoError(name + QByteArray(rest)));
+        }
         QList<QByteArray> names;
         FileError error;
         EXPECT_FALSE(m_files->list(name, &names, &error));
+        EXPECT_EQ(FileError::Outside, error.kind);
         EXPECT_TRUE(names.isEmpty());
     }
+}
+
+TEST_P(FolderDevice, HasNoLocalPathForWhatALinkLeadsTo)
+{
+    m_scratch.makeFolder("device/DCIM");
+    m_scratch.makeLink("device/absolute", m_scratch.path("outside"));
+    m_scratch.makeLink("device/relative", "../outside");
+    EXPECT_EQ(m_scratch.path("device/DCIM"), m_files->localPath("/DCIM"));
+    for (const char *path : {"absolute", "relative", "relative/secret.txt"})
+        EXPECT_EQ(QByteArray(), m_files->localPath(path)) << path;
 }
 
 TEST_P(FolderDevice, RefusesAChainOfLinksThatEndsOutside)
@@ -173,12 +186,14 @@ TEST_P(FolderDevice, RefusesAChainOfLinksThatEndsOutside)
     m_scratch.makeLink("device/first", "DCIM/second");
     m_scratch.makeLink("device/DCIM/second", "../../outside/secret.txt");
     EXPECT_EQ(FileError::Outside, openError("first"));
+    EXPECT_EQ(FileError::Outside, openError("first/x"));
 }
 
 TEST_P(FolderDevice, RefusesALinkToItself)
 {
     m_scratch.makeLink("device/loop", "loop");
     EXPECT_EQ(FileError::Outside, openError("loop"));
+    EXPECT_EQ(FileError::Outside, openError("loop/x"));
 }
 
 TEST_P(FolderDevice, DoesNotWaitForAPipe)
@@ -319,6 +334,20 @@ TEST(FolderFileSystem, FollowsALinkInsideTheFolderWhereTheKernelConfinesIt)
         GTEST_SKIP() << "this kernel does not confine links: " << error.text.toStdString();
     char bytes[10] = {};
     EXPECT_EQ(7, file->read(bytes, sizeof(bytes), &error));
+}
+
+TEST(FolderFileSystem, RefusesALinkInsideTheFolderWhereTheKernelConfinesNone)
+{
+    const ScratchFolder scratch;
+    scratch.write("real/a.jpg", "picture");
+    scratch.makeLink("link", "real");
+    FileError error;
+    const auto files =
+        FolderFileSystem::openFolder(scratch.root(), &error, Confinement::NameByName);
+    FileInfo info;
+    EXPECT_FALSE(files->info("link/a.jpg", &info, &error));
+    EXPECT_EQ(FileError::Outside, error.kind);
+    EXPECT_TRUE(files->info("real/a.jpg", &info, &error));
 }
 
 TEST(FolderFileSystem, OpensAFolderThroughALink)

@@ -12,7 +12,11 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
+
+using Confinement = FolderFileSystem::Confinement;
 
 constexpr char thumbsName[] = ":Thumbs:F1036_1.ithmb";
 
@@ -63,8 +67,8 @@ protected:
         if (!m_device) {
             FileError error;
             m_device = std::make_unique<Device>(
-                FolderFileSystem::openFolder(m_scratch.path("iPod"), &error), DeviceKind::Classic,
-                QString());
+                FolderFileSystem::openFolder(m_scratch.path("iPod"), &error, m_confinement),
+                DeviceKind::Classic, QString());
         }
         return *m_device;
     }
@@ -107,6 +111,7 @@ protected:
     }
 
     const ScratchFolder m_scratch;
+    Confinement m_confinement = Confinement::BestAvailable;
     std::unique_ptr<Device> m_device;
 };
 
@@ -186,22 +191,25 @@ struct Refusal {
     const char *cause;
 };
 
-class DeviceDatabaseRefusal : public DeviceDatabase, public testing::WithParamInterface<Refusal>
+class DeviceDatabaseRefusal : public DeviceDatabase,
+                              public testing::WithParamInterface<std::tuple<Refusal, Confinement>>
 {
 };
 
 TEST_P(DeviceDatabaseRefusal, KeepsThePlugInFromTheFile)
 {
+    const Refusal &refusal = std::get<Refusal>(GetParam());
+    m_confinement = std::get<Confinement>(GetParam());
     m_scratch.write("secret", "outside");
     m_scratch.makeFolder("iPod/Photos/folder");
     m_scratch.makeLink("iPod/Photos/out", m_scratch.path("secret"));
     m_scratch.makeLink("iPod/Photos/up", "../..");
     m_scratch.makePipe("iPod/Photos/pipe");
     const LogCapture log;
-    const QString name = QString::fromLatin1(GetParam().fileName);
+    const QString name = QString::fromLatin1(refusal.fileName);
     EXPECT_EQ(QStringLiteral("none"), givenName(name));
     const QByteArray line = "The picture file \"" + name.toUtf8() + "\" is left out: ";
-    EXPECT_EQ(QList<QByteArray>{line + GetParam().cause}, log.failures());
+    EXPECT_EQ(QList<QByteArray>{line + refusal.cause}, log.failures());
 }
 
 constexpr char dotsCause[] = "a path with \"..\" in it";
@@ -209,16 +217,23 @@ constexpr char linkCause[] = "a link that leads out of the device";
 
 INSTANTIATE_TEST_SUITE_P(
     Names, DeviceDatabaseRefusal,
-    testing::Values(Refusal{"Dots", ":..:..:secret", dotsCause},
-                    Refusal{"DotsBehindAFolder", ":folder:..:..:secret", dotsCause},
-                    Refusal{"DotsBetweenSlashes", ":folder/../../../secret", dotsCause},
-                    Refusal{"Slashes", "/etc/passwd", dotsCause},
-                    Refusal{"ALinkOut", ":out", linkCause},
-                    Refusal{"AFolderThatLeadsOut", ":up:secret", linkCause},
-                    Refusal{"APipe", ":pipe", "not a regular file"},
-                    Refusal{"AFolder", ":folder", "not a regular file"},
-                    Refusal{"NoName", ":", "not a regular file"}),
-    [](const auto &info) { return std::string(info.param.name); });
+    testing::Combine(
+        testing::Values(Refusal{"Dots", ":..:..:secret", dotsCause},
+                        Refusal{"DotsBehindAFolder", ":folder:..:..:secret", dotsCause},
+                        Refusal{"DotsBetweenSlashes", ":folder/../../../secret", dotsCause},
+                        Refusal{"Slashes", "/etc/passwd", dotsCause},
+                        Refusal{"ALinkOut", ":out", linkCause},
+                        Refusal{"AFolderThatLeadsOut", ":up:secret", linkCause},
+                        Refusal{"NothingInAFolderThatLeadsOut", ":up:none", linkCause},
+                        Refusal{"APipe", ":pipe", "not a regular file"},
+                        Refusal{"AFolder", ":folder", "not a regular file"},
+                        Refusal{"NoName", ":", "not a regular file"}),
+        testing::Values(Confinement::BestAvailable, Confinement::NameByName)),
+    [](const auto &info) {
+        const bool isByName = std::get<Confinement>(info.param) == Confinement::NameByName;
+        return std::get<Refusal>(info.param).name +
+               std::string(isByName ? "NameByName" : "BestAvailable");
+    });
 
 TEST_F(DeviceDatabase, LogsOnceWhatManyPhotosName)
 {
