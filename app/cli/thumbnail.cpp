@@ -51,6 +51,19 @@ bool isWholeBmp(const QByteArray &bytes)
     return pixels >= headers && row <= (bytes.size() - pixels) / height;
 }
 
+// Each scan of a progressive JPEG goes over all of its pixels again, and may have a few bytes
+// only: some thousands of them take minutes. The usual ones are some ten.
+bool hasFewScans(const QByteArray &jpeg)
+{
+    constexpr int mostScans = 100;
+    return jpeg.count("\xff\xda") <= mostScans;
+}
+
+bool isSound(const QByteArray &bytes, const QByteArray &format)
+{
+    return format == "bmp" ? isWholeBmp(bytes) : hasFewScans(bytes);
+}
+
 // 1 for a picture that is wider than high, -1 for one that is higher, 0 for a square.
 int shapeOf(int width, int height)
 {
@@ -135,7 +148,7 @@ QImage decodedThumbnail(const QByteArray &bytes, QString *cause)
                      .arg(size.height());
         return QImage();
     }
-    const bool isReadable = !size.isEmpty() && (format != "bmp" || isWholeBmp(bytes));
+    const bool isReadable = !size.isEmpty() && isSound(bytes, format);
     QImage picture = isReadable ? reader.read() : QImage();
     // The reader makes a picture of half a JPEG file as well, and only says so.
     if (!picture.isNull() && messages.first().isEmpty())
