@@ -20,6 +20,11 @@ constexpr quint32 fullResolutionFormat = 1;
 // Letters; no system opens a file by a longer name.
 constexpr int longestFileName = 4096;
 
+// Bytes of a stored picture, nearly a hundred times those of the largest that any iPod has. The
+// plug-in reads a picture as a whole, and a file of holes would have as many bytes as are asked
+// for.
+constexpr qint32 largestPicture = 64 << 20;
+
 class LibraryReader
 {
 public:
@@ -142,7 +147,8 @@ bool isFileName(const QString &name)
 // have become negative.
 bool isReadable(const itdb_photo &picture)
 {
-    return picture.offset >= 0 && picture.size > 0 && isFileName(picture.fileName);
+    const bool hasSize = picture.size > 0 && picture.size <= largestPicture;
+    return picture.offset >= 0 && hasSize && isFileName(picture.fileName);
 }
 
 bool isFullResolution(const Chunk &content, const Chunk &image)

@@ -346,10 +346,38 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(UnreadableRow{"NoName", 0, 100, nullptr},
                     UnreadableRow{"EmptyName", 0, 100, ""},
                     UnreadableRow{"NoBytes", 0, 0, ":a.ithmb"},
+                    UnreadableRow{"AByteMoreThan64MiB", 0, (64 << 20) + 1, ":a.ithmb"},
+                    UnreadableRow{"TheLargestSize", 0, 0x7fffffff, ":a.ithmb"},
                     UnreadableRow{"TooLargeASize", 0, 0x80000000, ":a.ithmb"},
                     UnreadableRow{"TooLargeAnOffset", 0x80000000, 100, ":a.ithmb"},
                     UnreadableRow{"AllBitsSet", 0xffffffff, 0xffffffff, ":a.ithmb"}),
     rowName<UnreadableRow>);
+
+struct SizeRow {
+    const char *name;
+    qint32 size;
+};
+
+class ReadableVariant : public testing::TestWithParam<SizeRow>
+{
+};
+
+TEST_P(ReadableVariant, IsListedWithItsSize)
+{
+    const PhotoDatabaseChunks chunks;
+    itdb_photo readable = variant(1024, 0, ":a.ithmb");
+    readable.size = GetParam().size;
+    const QByteArrayList entries{chunks.picture(2, readable)};
+    const ClassicPhoto photo = readPhoto(photosOnly({chunks.photo(photoWithId(100), entries)}));
+    ASSERT_EQ(2, photo.variants.size());
+    EXPECT_EQ(GetParam().size, photo.variants[1].size);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, ReadableVariant,
+                         testing::Values(SizeRow{"OneByte", 1},
+                                         SizeRow{"AByteLessThan64MiB", (64 << 20) - 1},
+                                         SizeRow{"Exactly64MiB", 64 << 20}),
+                         rowName<SizeRow>);
 
 /// A name of `length` letters.
 QString nameOf(int length)
