@@ -2,6 +2,7 @@
 
 #include "cli/new_file.h"
 #include "devices/unique_fd.h"
+#include "services/blocked_signals.h"
 
 #include <cerrno>
 #include <csignal>
@@ -30,25 +31,26 @@ bool isIgnored(int signal)
     return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-// While it lives, the signals that ask the program to end arrive at a descriptor instead.
+// Those that ask the program to end.
+sigset_t interruptSignals()
+{
+    sigset_t signals = signalSet({});
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+        if (!isIgnored(signal))
+            sigaddset(&signals, signal);
+    }
+    return signals;
+}
+
+// While it lives, these signals arrive at a descriptor instead.
 class InterruptSignals
 {
 public:
     InterruptSignals()
+        : m_signals(interruptSignals()), m_blocked(m_signals),
+          m_fd(orThrow(::signalfd(-1, &m_signals, SFD_CLOEXEC | SFD_NONBLOCK)))
     {
-        sigemptyset(&m_signals);
-        for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
-            if (!isIgnored(signal))
-                sigaddset(&m_signals, signal);
-        }
-        ::pthread_sigmask(SIG_BLOCK, &m_signals, &m_before);
-        m_fd = orThrow(::signalfd(-1, &m_signals, SFD_CLOEXEC | SFD_NONBLOCK));
     }
-
-    ~InterruptSignals() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-
-    InterruptSignals(const InterruptSignals &) = delete;
-    InterruptSignals &operator=(const InterruptSignals &) = delete;
 
     int fd() const { return m_fd.get(); }
 
@@ -61,10 +63,21 @@ public:
     }
 
 private:
-    sigset_t m_signals = {};
-    sigset_t m_before = {};
-    UniqueFd m_fd;
+    const sigset_t m_signals;
+    const BlockedSignals m_blocked;
+    const UniqueFd m_fd;
 };
+
+// Null when it goes well.
+std::exception_ptr failureOf(const std::function<void()> &function)
+{
+    try {
+        function();
+        return nullptr;
+    } catch (...) {
+        return std::current_exception();
+    }
+}
 
 // The work on its own thread, which must not inherit unblocked signals: they are the
 // waiting thread's to handle.
@@ -73,11 +86,7 @@ class WorkThread
 public:
     explicit WorkThread(const std::function<void()> &work)
         : m_ended(orThrow(::eventfd(0, EFD_CLOEXEC))), m_thread([this, &work] {
-              try {
-                  work();
-              } catch (...) {
-                  m_failure = std::current_exception();
-              }
+              m_failure = failureOf(work);
               ::eventfd_write(m_ended.get(), 1);
           })
     {
@@ -119,9 +128,7 @@ bool waitForEnd(const WorkThread &thread, const InterruptSignals &signals)
 // first is left in place: it ends the process all the same.
 [[noreturn]] void dieOf(int signal)
 {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, signal);
+    const sigset_t signals = signalSet({signal});
     removeTemporaryFiles();
     ::raise(signal);
     ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
@@ -136,16 +143,20 @@ bool runInterruptible(const std::function<void()> &work, const std::function<voi
     const InterruptSignals signals;
     WorkThread thread(work);
     bool isInterrupted = false;
+    std::exception_ptr failure; // of a tick
     for (bool hasEnded = false; !hasEnded;) {
-        tick();
+        if (!failure)
+            failure = failureOf(tick);
         hasEnded = waitForEnd(thread, signals);
         const int signal = signals.take();
         if (signal && isInterrupted)
             dieOf(signal);
         isInterrupted = isInterrupted || signal;
-        if (isInterrupted)
+        if (isInterrupted || failure)
             cancel();
     }
+    if (failure)
+        std::rethrow_exception(failure); // what the work throws then comes of the cancel
     tick();
     thread.join();
     return isInterrupted;

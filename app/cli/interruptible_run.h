@@ -10,7 +10,8 @@
 ///
 /// `tick` is called on the calling thread at the start, about ten times a second, and at
 /// the end, and so is `cancel`, again and again, once the program is interrupted. Returns
-/// whether it was.
+/// whether it was. A tick that throws has the work cancelled, too; when that has ended, what
+/// the tick threw is thrown to the caller.
 bool runInterruptible(const std::function<void()> &work, const std::function<void()> &cancel,
                       const std::function<void()> &tick);
 
