@@ -1,5 +1,7 @@
 #include "classic/drive_link.h"
 
+#include "services/blocked_signals.h"
+
 #include <QFile>
 
 #include <atomic>
@@ -8,10 +10,17 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <poll.h>
 #include <string>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+
+namespace {
+
+constexpr std::initializer_list<int> signalsThatEnd = {SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM};
+
+} // namespace
 
 /// What one object has made. Places are never freed and serve the next object: the handler
 /// of a signal walks them without a lock.
@@ -25,6 +34,10 @@ struct DriveLink::Place {
 
     static std::atomic<Place *> first;
     static std::mutex mutex;
+
+    class Making;
+    static std::atomic<int> making;    ///< links that are being made, on any threads
+    static std::atomic<bool> isEnding; ///< the handler of a signal removes them all
 
     void make(const QByteArray &target);
 
@@ -42,6 +55,33 @@ struct DriveLink::Place {
 
 std::atomic<DriveLink::Place *> DriveLink::Place::first{nullptr};
 std::mutex DriveLink::Place::mutex;
+std::atomic<int> DriveLink::Place::making{0};
+std::atomic<bool> DriveLink::Place::isEnding{false};
+
+/// While it lives, no signal ends the program: neither this thread gets one, nor does a
+/// handler on another thread go on. What is made meanwhile is in its place afterwards.
+class DriveLink::Place::Making
+{
+public:
+    Making()
+    {
+        // Whoever comes late leaves the handler alone, and waits for the end.
+        for (++making; isEnding; ++making) {
+            --making;
+            waitAMoment();
+        }
+    }
+    ~Making() { --making; }
+
+    Making(const Making &) = delete;
+    Making &operator=(const Making &) = delete;
+
+    // As handlers may.
+    static void waitAMoment() { ::poll(nullptr, 0, 1); }
+
+private:
+    const BlockedSignals m_blocked{signalSet(signalsThatEnd)};
+};
 
 namespace {
 
@@ -77,6 +117,7 @@ void require(bool isDone, const std::string &path)
 void DriveLink::Place::make(const QByteArray &target)
 {
     const std::string parent = temporaryFolder();
+    const Making making;
     folder = parent + "/photolib-XXXXXX";
     require(::mkdtemp(folder.data()), parent); // which lets nobody else in
     drive = folder + "/iPod:";
@@ -105,7 +146,7 @@ DriveLink::Place *DriveLink::newPlace()
 // Each time, for a program may have stopped to ignore one.
 void DriveLink::handleSignals()
 {
-    for (const int signal : {SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM}) {
+    for (const int signal : signalsThatEnd) {
         struct sigaction action = {};
         if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
             continue;
@@ -115,12 +156,20 @@ void DriveLink::handleSignals()
     }
 }
 
-// The default action follows when the handler is left.
+// The default action is taken at the end, before any other thread makes a link. It does not
+// end the first process of a container, though.
 void DriveLink::removeAllAndDie(int signal)
 {
+    Place::isEnding = true;
+    constexpr int mostMoments = 1000; // a disk may hang
+    for (int i = 0; i < mostMoments && Place::making > 0; ++i)
+        Place::Making::waitAMoment();
     for (Place *place = Place::first; place; place = place->next)
         place->clear();
     ::raise(signal);
+    const sigset_t set = signalSet({signal});
+    ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+    Place::isEnding = false;
 }
 
 DriveLink::DriveLink(const QByteArray &photosFolder) : m_place(newPlace())

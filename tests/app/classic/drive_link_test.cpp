@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
+#include <thread>
 
 namespace {
 
@@ -194,6 +195,87 @@ TEST_P(DriveLinkOfAProgram, IsGoneWhenASignalEndsIt)
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == GetParam());
     for (const QByteArray &folder : folders)
         EXPECT_FALSE(isThere(folder));
+}
+
+// A process that makes and drops links for as long as it may, on a thread of its own or not.
+[[noreturn]] void makeLinks(const QByteArray &target, int report, bool onItsOwnThread)
+{
+    stopIgnoring(SIGTERM);
+    const auto work = [&] {
+        for (bool isFirst = true;; isFirst = false) {
+            const DriveLink link(target);
+            if (isFirst && ::write(report, "", 1) != 1)
+                ::_exit(1);
+        }
+    };
+    std::thread thread;
+    if (onItsOwnThread)
+        thread = std::thread(work);
+    else
+        work();
+    for (;;)
+        ::pause();
+}
+
+// Sends a signal to such a process after `spins` rounds of waiting. Whether it ended by it.
+bool endsMakerOfLinks(const QByteArray &target, int spins, bool onItsOwnThread)
+{
+    int ends[2] = {};
+    if (::pipe(ends) != 0)
+        return false;
+    const UniqueFd reading(ends[0]);
+    const UniqueFd writing(ends[1]);
+    const pid_t child = ::fork();
+    if (child == 0)
+        makeLinks(target, writing.get(), onItsOwnThread);
+    char byte = 0;
+    const bool hasBegun = child > 0 && ::read(reading.get(), &byte, 1) == 1;
+    for (std::atomic<int> i{0}; i < spins; ++i) {
+    }
+    int status = 0;
+    return hasBegun && ::kill(child, SIGTERM) == 0 && ::waitpid(child, &status, 0) == child &&
+           WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM;
+}
+
+void expectNothingOfMakers(bool onItsOwnThread)
+{
+    constexpr int rounds = 100;
+    const ScratchFolder scratch;
+    scratch.makeFolder("tmp");
+    scratch.makeFolder("photos");
+    const Environment folder("TMPDIR", scratch.path("tmp"));
+    int ended = 0;
+    for (int round = 0; round < rounds; ++round)
+        ended += endsMakerOfLinks(scratch.path("photos"), round * 200, onItsOwnThread);
+    EXPECT_EQ(rounds, ended);
+    EXPECT_EQ(QList<QByteArray>(), scratch.everythingIn("tmp"));
+}
+
+TEST(DriveLinkOfAMaker, IsGoneWhenASignalComesWhileItIsMade)
+{
+    expectNothingOfMakers(false);
+}
+
+TEST(DriveLinkOfAMaker, IsGoneWhenAnotherThreadGetsASignalWhileItIsMade)
+{
+    expectNothingOfMakers(true);
+}
+
+TEST(DriveLink, LeavesTheSignalsOfItsThreadAsTheyAre)
+{
+    const ScratchFolder scratch;
+    sigset_t before;
+    sigset_t after;
+    sigset_t failed;
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &before);
+    const DriveLink link(scratch.root());
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &after);
+    EXPECT_THROW(DriveLink{QByteArray()}, std::system_error);
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &failed);
+    for (int signal = 1; signal < SIGRTMIN; ++signal) {
+        EXPECT_EQ(sigismember(&before, signal), sigismember(&after, signal)) << signal;
+        EXPECT_EQ(sigismember(&before, signal), sigismember(&failed, signal)) << signal;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, DriveLinkOfAProgram,
