@@ -7,6 +7,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -30,20 +31,24 @@ bool isStillAt(const UniqueFd &fd, const QByteArray &path)
 }
 
 // Waits for the lock; a file system without locks is used without one.
-void lock(const UniqueFd &fd)
+void lock(const UniqueFd &fd, const std::function<void()> &beforeWait)
 {
+    if (::flock(fd.get(), LOCK_EX | LOCK_NB) == 0)
+        return;
+    if (errno == EWOULDBLOCK)
+        beforeWait();
     while (::flock(fd.get(), LOCK_EX) != 0 && errno == EINTR) {
     }
 }
 
 // None when the folder is not there, or not any more when its lock is free.
-UniqueFd lockedFolder(const QByteArray &path)
+UniqueFd lockedFolder(const QByteArray &path, const std::function<void()> &beforeWait)
 {
     UniqueFd fd(::open(path.constData(), folderFlags));
     if (!fd.isOpen() && errno != ENOENT)
         fail(path);
     if (fd.isOpen())
-        lock(fd);
+        lock(fd, beforeWait);
     return isStillAt(fd, path) ? std::move(fd) : UniqueFd();
 }
 
@@ -129,11 +134,18 @@ void EnsuredFolder::removeCreated()
         ::rmdir(m_created.takeLast().constData());
 }
 
-LockedFolder::LockedFolder(const QByteArray &path, const EnsuredFolder::Check &check) : m_path(path)
+LockedFolder::LockedFolder(const QByteArray &path, const EnsuredFolder::Check &check,
+                           const std::function<void()> &beforeWait)
+    : m_path(path)
 {
+    bool hasWaited = false;
+    const auto beforeFirstWait = [&] {
+        if (!std::exchange(hasWaited, true))
+            beforeWait();
+    };
     while (!m_lock.isOpen()) {
         m_folder.emplace(path, 0700, check);
-        m_lock = lockedFolder(path);
+        m_lock = lockedFolder(path, beforeFirstWait);
     }
 }
 

@@ -52,9 +52,11 @@ UniqueFd openFolder(const QByteArray &path);
 class LockedFolder
 {
 public:
-    /// Throws CommandError. `check` is that of EnsuredFolder.
+    /// Throws CommandError. `check` is that of EnsuredFolder; `beforeWait` is called once, when
+    /// another object has the folder.
     explicit LockedFolder(
-        const QByteArray &path, const EnsuredFolder::Check &check = [](const QByteArray &) {});
+        const QByteArray &path, const EnsuredFolder::Check &check = [](const QByteArray &) {},
+        const std::function<void()> &beforeWait = [] {});
 
     /// A descriptor of the folder, as long as it is locked.
     int fd() const { return m_lock.get(); }

@@ -147,8 +147,14 @@ void LibrarySession::openIos()
     const QByteArray workFolder = workFolderName();
     DatabaseCopy(*m_files, workFolder + '/');
     m_plugin = std::make_unique<Plugin>(m_options.plugin);
-    m_workFolder = std::make_unique<WorkFolder>(workFolder, QByteArray::fromStdString(m_name));
+    const auto tellOfWait = [&] {
+        if (!m_options.quiet)
+            writeErrorLine("photolib: waiting for another program that uses " + workFolder);
+    };
+    m_workFolder =
+        std::make_unique<WorkFolder>(workFolder, QByteArray::fromStdString(m_name), tellOfWait);
     DatabaseCopy copy(*m_files, workFolder + '/');
+    m_workFolder->requireRoom(copy.total());
     m_device = std::make_unique<Device>(m_files, DeviceKind::Ios, m_workFolder->localDataPath());
     m_library = m_plugin->makeLibrary(m_device.get());
     runParse(copy);

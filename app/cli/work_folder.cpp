@@ -2,10 +2,13 @@
 
 #include "cli/cache_folder.h"
 #include "cli/command_error.h"
+#include "cli/progress_bar.h"
 
 #include <cerrno>
 #include <fcntl.h>
+#include <limits>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <system_error>
 
 namespace {
@@ -41,10 +44,23 @@ void removeCopies(int folder, const QByteArray &path)
     }
 }
 
+// Bytes that a user may still write. Some disks, of other computers for instance, do not tell:
+// they say that they have no blocks at all.
+qint64 roomIn(int folder)
+{
+    struct statvfs status = {};
+    qint64 room = 0;
+    if (::fstatvfs(folder, &status) != 0 || status.f_blocks == 0 ||
+        __builtin_mul_overflow(status.f_bavail, status.f_frsize, &room))
+        return std::numeric_limits<qint64>::max();
+    return room;
+}
+
 } // namespace
 
-WorkFolder::WorkFolder(const QByteArray &path, const QByteArray &deviceFolder)
-    : m_path(checkedPath(path)), m_folder(m_path, outside(deviceFolder, m_path))
+WorkFolder::WorkFolder(const QByteArray &path, const QByteArray &deviceFolder,
+                       const std::function<void()> &beforeWait)
+    : m_path(checkedPath(path)), m_folder(m_path, outside(deviceFolder, m_path), beforeWait)
 {
     removeCopies(m_folder.fd(), m_path);
 }
@@ -60,6 +76,17 @@ WorkFolder::~WorkFolder()
     }
     for (const char *name : copyNames)
         ::unlinkat(m_folder.fd(), name, 0);
+}
+
+void WorkFolder::requireRoom(qint64 bytes) const
+{
+    const qint64 room = roomIn(m_folder.fd());
+    if (bytes <= room)
+        return;
+    const QString amounts = QStringLiteral(" (the database takes %1, and %2 are free)")
+                                .arg(byteCountText(bytes), byteCountText(room));
+    throw CommandError(m_path.toStdString(),
+                       std::generic_category().message(ENOSPC) + amounts.toStdString());
 }
 
 void WorkFolder::unlock()

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <optional>
 #include <tuple>
 
@@ -19,8 +20,11 @@ class WorkFolder
 public:
     /// Prepares the folder `path`, created with its parents if need be. Throws CommandError
     /// when that fails, when `path` is not UTF-8, which the plug-in needs, and when it lies
-    /// in `deviceFolder`, whose own database would be overwritten.
-    WorkFolder(const QByteArray &path, const QByteArray &deviceFolder);
+    /// in `deviceFolder`, whose own database would be overwritten. Calls `beforeWait` once
+    /// when another program has the folder.
+    WorkFolder(
+        const QByteArray &path, const QByteArray &deviceFolder,
+        const std::function<void()> &beforeWait = [] {});
     ~WorkFolder();
 
     WorkFolder(const WorkFolder &) = delete;
@@ -28,6 +32,10 @@ public:
 
     /// The folder with a closing "/".
     QString localDataPath() const { return QString::fromUtf8(m_path) + QLatin1Char('/'); }
+
+    /// Throws CommandError when a database of `bytes` does not fit on the folder's disk, which
+    /// would be full by the time that shows.
+    void requireRoom(qint64 bytes) const;
 
     /// Lets other programs have the folder: the parse is over.
     void unlock();

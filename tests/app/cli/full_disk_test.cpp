@@ -146,6 +146,57 @@ std::vector<DiskRow> diskRows()
 INSTANTIATE_TEST_SUITE_P(EachWriter, ProgramOnAFullDisk, testing::ValuesIn(diskRows()),
                          rowName<DiskRow>);
 
+struct LargeRow {
+    const char *name;
+    qint64 database;
+    qint64 journal;
+};
+
+class ProgramWithALargeDatabase : public FullDisk, public testing::WithParamInterface<LargeRow>
+{
+};
+
+// It may not write a single byte: a copy that begins fails with another cause.
+TEST_P(ProgramWithALargeDatabase, FailsBeforeItFillsTheDisk)
+{
+    m_scratch.writeSparse("device/PhotoData/Photos.sqlite", GetParam().database);
+    m_scratch.writeSparse("device/PhotoData/Photos.sqlite-wal", GetParam().journal);
+    m_setup.largestFile = 0;
+    const ProgramResult result = run({"info", device(), "--work-dir", m_scratch.path("work")});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_TRUE(result.errors.startsWith("photolib: " + m_scratch.path("work") +
+                                         ": No space left on device (the database takes 8.0 TiB"))
+        << result.errors.constData();
+    EXPECT_EQ(1, result.errors.count('\n'));
+    EXPECT_FALSE(m_scratch.exists("work"));
+}
+
+constexpr qint64 tebibyte = qint64(1) << 40;
+
+INSTANTIATE_TEST_SUITE_P(Files, ProgramWithALargeDatabase,
+                         testing::Values(LargeRow{"InTheDatabase", 8 * tebibyte, 0},
+                                         LargeRow{"InTheJournal", 0, 8 * tebibyte},
+                                         LargeRow{"InBoth", 5 * tebibyte, 3 * tebibyte}),
+                         rowName<LargeRow>);
+
+// A file that is a page too large for the disk, and one that just fits.
+TEST_F(FullDisk, IsFullFromThePageOnThatIsMissing)
+{
+    constexpr int page = 4096;
+    for (const int pages : {2, 3}) {
+        m_scratch.writeSparse("device/PhotoData/Photos.sqlite", pages * page);
+        const ProgramResult result =
+            runOnDisk(Disk::Small, {"info", device(), "--work-dir", m_scratch.path("disk/work")});
+        if (result.exitCode == 77)
+            GTEST_SKIP() << "no disk can be mounted here";
+        EXPECT_EQ(1, result.exitCode);
+        const QByteArray line = "photolib: " + m_scratch.path("disk/work") +
+                                ": No space left on device (the database takes 12.0 KiB, and 8.0 "
+                                "KiB are free)\n";
+        EXPECT_EQ(pages == 3, result.errors == line) << result.errors.constData();
+    }
+}
+
 struct OutputRow {
     std::string name;
     CommandRow command;

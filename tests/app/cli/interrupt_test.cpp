@@ -1,3 +1,5 @@
+#include "cli/progress_bar.h"
+
 #include "support/device_folder.h"
 #include "support/program_run.h"
 #include "support/terminal.h"
@@ -9,8 +11,6 @@
 
 namespace {
 
-constexpr qint64 databaseSize = qint64(1) << 40; // takes no room, and longer than any test
-
 // A device whose database is copied for as long as nobody stops it.
 class InterruptedProgram : public testing::Test
 {
@@ -18,7 +18,7 @@ protected:
     InterruptedProgram()
     {
         m_setup.cacheFolder = QString::fromUtf8(m_scratch.path("cache"));
-        m_scratch.writeSparse("device/PhotoData/Photos.sqlite", databaseSize);
+        m_size = byteCountText(m_scratch.writeEndless("device/PhotoData/Photos.sqlite")).toUtf8();
     }
 
     QList<QByteArray> arguments() const
@@ -39,12 +39,13 @@ protected:
     /// What the program says of the copy that it left.
     QByteArray report() const
     {
-        return " of 1.0 TiB of the database copied; the partial copy is " +
+        return " of " + m_size + " of the database copied; the partial copy is " +
                m_scratch.path("work/Photos.sqlite") + '\n';
     }
 
     ScratchFolder m_scratch;
     ProgramSetup m_setup;
+    QByteArray m_size; ///< of the database, as it is told
 };
 
 TEST_F(InterruptedProgram, StopsCopyingAndReportsThePartialCopy)
@@ -74,7 +75,7 @@ TEST_F(InterruptedProgram, ShowsTheBytesOfTheTotalOnATerminal)
         GTEST_SKIP() << "there are no pseudo-terminals here";
     m_setup.errorFd = terminal.slave();
     Program program(m_setup, arguments());
-    EXPECT_TRUE(terminal.shownUntil("iB of 1.0 TiB").contains("\rCopying the database ["));
+    EXPECT_TRUE(terminal.shownUntil("iB of " + m_size).contains("\rCopying the database ["));
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
     // The bar is off its line before the report is on it.
     EXPECT_TRUE(terminal.shownUntil(".sqlite\r\n").contains("\r\x1b[Kphotolib: interrupted: "));

@@ -19,8 +19,6 @@
 
 namespace {
 
-constexpr qint64 endless = qint64(1) << 40; // takes no room, and longer than any test
-
 void removeAll(const QByteArray &path)
 {
     std::filesystem::remove_all(path.toStdString());
@@ -90,7 +88,7 @@ using VanishingDatabase = VanishingDevice;
 
 TEST_F(VanishingDatabase, IsToldWhenItIsCutShort)
 {
-    m_scratch.writeSparse("device/PhotoData/Photos.sqlite", endless);
+    m_scratch.writeEndless("device/PhotoData/Photos.sqlite");
     const OpenFile database(device() + "/PhotoData/Photos.sqlite");
     Program program(m_setup, {"info", device(), "--work-dir", m_scratch.path("work")});
     ASSERT_TRUE(waitForFile(program, "work/Photos.sqlite"));
@@ -100,7 +98,7 @@ TEST_F(VanishingDatabase, IsToldWhenItIsCutShort)
 
 TEST_F(VanishingDatabase, IsToldWhenAnotherTakesItsPlace)
 {
-    m_scratch.writeSparse("device/PhotoData/Photos.sqlite", endless);
+    m_scratch.writeEndless("device/PhotoData/Photos.sqlite");
     const OpenFile database(device() + "/PhotoData/Photos.sqlite");
     Program program(m_setup, {"info", device(), "--work-dir", m_scratch.path("work")});
     ASSERT_TRUE(waitForFile(program, "work/Photos.sqlite"));
@@ -115,7 +113,7 @@ TEST_F(VanishingDatabase, IsToldWhenAnotherTakesItsPlace)
 TEST_F(VanishingDatabase, IsToldWhenTheDeviceIsRemoved)
 {
     writeTwoPhotos();
-    m_scratch.writeSparse("device/PhotoData/Photos.sqlite-wal", endless);
+    m_scratch.writeEndless("device/PhotoData/Photos.sqlite-wal");
     const OpenFile log(device() + "/PhotoData/Photos.sqlite-wal");
     Program program(m_setup, {"info", device(), "--work-dir", m_scratch.path("work")});
     ASSERT_TRUE(waitForFile(program, "work/Photos.sqlite-wal"));
@@ -127,7 +125,7 @@ TEST_F(VanishingDatabase, IsToldWhenTheDeviceIsRemoved)
 // A library without its newest changes would look like the whole one.
 TEST_F(VanishingDatabase, IsToldWhenItsJournalVanishes)
 {
-    m_scratch.writeSparse("device/PhotoData/Photos.sqlite", endless);
+    m_scratch.writeEndless("device/PhotoData/Photos.sqlite");
     m_scratch.write("device/PhotoData/Photos.sqlite-wal", "journal");
     const OpenFile database(device() + "/PhotoData/Photos.sqlite");
     Program program(m_setup, {"info", device(), "--work-dir", m_scratch.path("work")});
@@ -153,7 +151,7 @@ protected:
         }
         writeDatabase(m_scratch, "device", database);
         m_scratch.write(folder + QByteArray("a.jpg"), "one");
-        m_scratch.writeSparse(folder + QByteArray("b.mov"), endless);
+        m_scratch.writeEndless(folder + QByteArray("b.mov"));
         m_scratch.write(folder + QByteArray("c.jpg"), "three");
     }
 

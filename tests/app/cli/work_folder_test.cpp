@@ -8,6 +8,8 @@
 
 #include <atomic>
 #include <fcntl.h>
+#include <filesystem>
+#include <limits>
 #include <optional>
 #include <sys/file.h>
 #include <thread>
@@ -133,6 +135,47 @@ TEST(WorkFolder, IsLockedUntilTheParseIsOver)
     EXPECT_NE(0, ::flock(other.get(), LOCK_EX | LOCK_NB));
     folder.unlock();
     EXPECT_EQ(0, ::flock(other.get(), LOCK_EX | LOCK_NB));
+}
+
+TEST(WorkFolder, TellsOfNoWaitWhereThereIsNone)
+{
+    const Places places;
+    int waits = 0;
+    const auto count = [&] { ++waits; };
+    {
+        const WorkFolder folder(places.work, places.device, count);
+    }
+    const WorkFolder again(places.work, places.device, count);
+    EXPECT_EQ(0, waits);
+}
+
+TEST(WorkFolder, TellsOfAWaitBeforeItWaits)
+{
+    const Places places;
+    std::optional<WorkFolder> first;
+    first.emplace(places.work, places.device);
+    // Without the call nobody would end the wait.
+    int waits = 0;
+    const WorkFolder second(places.work, places.device, [&] {
+        ++waits;
+        first.reset();
+    });
+    EXPECT_EQ(1, waits);
+    EXPECT_TRUE(places.scratch.exists("cache/work/1"));
+}
+
+TEST(WorkFolder, HasRoomForWhatFitsOnItsDisk)
+{
+    const Places places;
+    const WorkFolder folder(places.work, places.device);
+    const std::filesystem::path path = places.work.toStdString();
+    // Others write to the disk, too.
+    constexpr qint64 slack = qint64(64) << 30;
+    const auto room = static_cast<qint64>(std::filesystem::space(path).available);
+    EXPECT_NO_THROW(folder.requireRoom(0));
+    EXPECT_NO_THROW(folder.requireRoom(room / 2));
+    EXPECT_THROW(folder.requireRoom(room + slack), CommandError);
+    EXPECT_THROW(folder.requireRoom(std::numeric_limits<qint64>::max()), CommandError);
 }
 
 TEST(WorkFolder, LeavesTheCopiesThatAnotherProgramIsMaking)

@@ -73,6 +73,14 @@ void ScratchFolder::writeSparse(const QByteArray &relative, qint64 size) const
     ASSERT_EQ(0, ::truncate(path(relative).constData(), size));
 }
 
+qint64 ScratchFolder::writeEndless(const QByteArray &relative) const
+{
+    const std::filesystem::space_info disk = std::filesystem::space(m_root.toStdString());
+    const auto size = static_cast<qint64>(disk.available / 2);
+    writeSparse(relative, size);
+    return size;
+}
+
 void ScratchFolder::makeLink(const QByteArray &relative, const QByteArray &target) const
 {
     ASSERT_EQ(0, ::symlink(target.constData(), path(relative).constData()));

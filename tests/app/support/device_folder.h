@@ -30,6 +30,10 @@ public:
     /// A file of `size` bytes that takes no room on the disk.
     void writeSparse(const QByteArray &relative, qint64 size) const;
 
+    /// One that takes longer to copy than any test, though there is room for the copy: half of
+    /// what is free. Returns its size.
+    qint64 writeEndless(const QByteArray &relative) const;
+
     void makeLink(const QByteArray &relative, const QByteArray &target) const;
     void makePipe(const QByteArray &relative) const;
 
