@@ -256,6 +256,17 @@ TEST_F(TempFilesOfAParse, SortAnHonestLibraryThatIsMergedTwice)
     RecordProperty("PeakPerFileByte", std::to_string(double(watched.peakBytes) / bytes.size()));
 }
 
+TEST_F(TempFilesOfAParse, MayBeFourTimesAsLargeAsTheFiles)
+{
+    host.setHostFile(local(), database.bytes());
+
+    const sqlite_connection connection(QString::fromUtf8(local()));
+
+    EXPECT_GT(databaseBytes(connection.get()), 0);
+    EXPECT_EQ(connection.m_tempFiles.bytesLeft(),
+              64 * mebibyte + 4 * databaseBytes(connection.get()));
+}
+
 TEST_F(TempFilesOfAParse, AreNotNeededWhereThereIsNoVfs)
 {
     const NoVfs none;
