@@ -19,10 +19,7 @@ inline sigset_t signalSet(std::initializer_list<int> numbers)
 class BlockedSignals
 {
 public:
-    explicit BlockedSignals(const sigset_t &set)
-    {
-        ::pthread_sigmask(SIG_BLOCK, &set, &m_before);
-    }
+    explicit BlockedSignals(const sigset_t &set) { ::pthread_sigmask(SIG_BLOCK, &set, &m_before); }
     ~BlockedSignals() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
 
     BlockedSignals(const BlockedSignals &) = delete;
