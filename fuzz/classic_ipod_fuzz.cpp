@@ -1,8 +1,9 @@
 // A classic iPod through the photo library that the plug-in makes of it, over the program's own
 // reader and unpacker.
 //
-// An input is a photo database; or, when it does not begin as one, a stored picture: its
-// format, width, height and paddings (16 bits each) and its bytes.
+// An input is a photo database; or, behind "pictures", the length of one in 32 bits, the database,
+// and the bytes of a file that it may name; or else a stored picture: its format, width, height
+// and paddings (16 bits each) and its bytes.
 
 #include "boundary/photo_records.h"
 #include "classic/classic_ipod.h"
@@ -18,8 +19,10 @@
 
 namespace {
 
-// What the device's only file of pictures holds.
+// What the device's file of pictures holds that is always there.
 constexpr int pictureBytes = 1 << 20;
+
+constexpr const char *picturesMark = "pictures";
 
 class BytesFile : public DeviceFile
 {
@@ -78,6 +81,13 @@ public:
 
     QByteArray displayName(const QByteArray &path) const override { return path; }
 
+    static void setPictures(const QByteArray &pictures)
+    {
+        QFile file(photosFolder() + QStringLiteral("/Thumbs/F1019_2.ithmb"));
+        if (!file.open(QIODevice::WriteOnly) || file.write(pictures) != pictures.size())
+            std::abort();
+    }
+
 private:
     static QString photosFolder()
     {
@@ -123,6 +133,15 @@ void readDatabase(const QByteArray &database)
         device.classicIpod()->originalPath(*device.classicIpod()->photo(id));
 }
 
+void readDatabaseAndPictures(FuzzInput input)
+{
+    const quint32 length = input.u32();
+    const QByteArray files = input.rest();
+    const QByteArray database = files.left(static_cast<int>(qMin<quint32>(length, 1U << 30)));
+    BytesDevice::setPictures(files.mid(database.size()));
+    readDatabase(database);
+}
+
 void unpack(FuzzInput &input)
 {
     itdb_photo photo;
@@ -159,6 +178,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const QByteArray bytes = whole.rest();
     if (bytes.startsWith("mhfd") || bytes.startsWith("dfhm"))
         readDatabase(bytes);
+    else if (bytes.startsWith(picturesMark))
+        readDatabaseAndPictures(
+            FuzzInput(data + qstrlen(picturesMark), size - qstrlen(picturesMark)));
     else
         unpack(input);
     return 0;

@@ -1,8 +1,9 @@
 // Records of packed thumbnail files and ready thumbnails through the thumbnail of a photo.
 //
 // An input is: which of the packed files the device has (8 bits, one a file); which of the ready
-// ones (4 bits) and whether the packed files hold whole records (1 bit); the photo's record in
-// them (32 bits); a ready thumbnail (a piece); and the content of the packed files, or, of whole
+// ones (4 bits), whether the packed files hold whole records and whether the photo's folder and
+// name follow (1 bit each); the photo's record in them (32 bits); a ready thumbnail (a piece);
+// maybe the folder and the name (pieces); and the content of the packed files, or, of whole
 // records, the trailer and what their pixels repeat.
 
 #include "fuzz/fuzz_host.h"
@@ -20,10 +21,11 @@ const PackedFile packedFiles[] = {{"332x332", 223104}, {"240x240", 115200}, {"16
                                   {"4031", 28800},     {"3309", 8192}};
 constexpr int trailerBytes = 28;
 constexpr quint8 wholeRecords = 1 << 4;
+constexpr quint8 ownNames = 1 << 5;
 const char *const readyNames[] = {"5005.JPG", "5003.JPG", "3507.JPG", "3505.JPG"};
 constexpr quint64 photoKey = 41;
 
-void addPhoto(CameraDB *model, qint32 index)
+Camera_Data *addPhoto(CameraDB *model, qint32 index)
 {
     auto *const photo = new Camera_Data();
     photo->db = model;
@@ -32,6 +34,7 @@ void addPhoto(CameraDB *model, qint32 index)
     photo->fileName = QStringLiteral("IMG_0001.JPG");
     photo->thumbnailIndex = index;
     model->assets[photoKey] = photo;
+    return photo;
 }
 
 // Two records alike, so that a small input reaches the pixels of a large one.
@@ -61,9 +64,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const quint8 ready = input.byte();
     photo_manager manager(&device);
     manager.m_pCameraDB = new CameraDB();
-    addPhoto(manager.m_pCameraDB, static_cast<qint32>(input.u32()));
+    Camera_Data *const photo = addPhoto(manager.m_pCameraDB, static_cast<qint32>(input.u32()));
     manager.m_pVDev = vDevOpen(VDevDevice, FakeHost::DeviceName);
     const QByteArray readyFile = input.piece();
+    if (ready & ownNames) {
+        photo->directory = QString::fromLatin1(input.piece());
+        photo->fileName = QString::fromLatin1(input.piece());
+    }
     for (int i = 0; i < 4; ++i) {
         if (ready >> i & 1)
             host.setDeviceFile(QByteArray("/PhotoData/Thumbnails/V2/DCIM/100APPLE/IMG_0001.JPG/") +
