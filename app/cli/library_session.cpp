@@ -145,7 +145,7 @@ QByteArray LibrarySession::workFolderName() const
 void LibrarySession::openIos()
 {
     const QByteArray workFolder = workFolderName();
-    DatabaseCopy(*m_files, workFolder + '/');
+    [[maybe_unused]] const DatabaseCopy firstLook(*m_files, workFolder + '/');
     m_plugin = std::make_unique<Plugin>(m_options.plugin);
     const auto tellOfWait = [&] {
         if (!m_options.quiet)
