@@ -35,10 +35,10 @@ const char *const readyPictures[] = {"5005.JPG", "5003.JPG", "3507.JPG", "3505.J
 
 // Ready pictures take some hundred kilobytes. Above this one is not read, or a file of holes would
 // take the host's memory.
-const qint64 mostReadyBytes = 64 * 1024 * 1024;
+const qint64 mostReadyBytes = 67108864;
 
 // No file system has paths that come near it.
-const qint64 mostPathLetters = 4 * 1024 * 1024;
+const qint64 mostPathLetters = 4194304;
 
 // What a byte array can hold, less some for its own administration.
 const int mostBytes = std::numeric_limits<int>::max() - 1024;
