@@ -1,4 +1,5 @@
 #include "ios/album_fixture.h"
+#include "support/run_together.h"
 
 #include <gtest/gtest.h>
 
@@ -13,16 +14,6 @@ namespace {
 using Ids = QList<quint64>;
 
 const quint64 Key = 41;
-
-void runTogether(const std::vector<std::function<void()>> &works)
-{
-    std::vector<std::thread> threads;
-    threads.reserve(works.size());
-    for (const auto &work : works)
-        threads.emplace_back(work);
-    for (std::thread &thread : threads)
-        thread.join();
-}
 
 // A library of the assets 1 to 9; the device album `Key` is empty.
 class AlbumThreads : public AlbumFixture

@@ -5,6 +5,7 @@
 #include "support/fake_host.h"
 #include "support/photos_database.h"
 #include "support/row_name.h"
+#include "support/run_together.h"
 
 #include <QTemporaryDir>
 
@@ -30,16 +31,6 @@ using Ids = QList<quint64>;
 
 const int Photos = 24; // keys 1 to 24, of which the last four are in no album
 const int Assets = 28; // and four videos
-
-void runTogether(const std::vector<std::function<void()>> &works)
-{
-    std::vector<std::thread> threads;
-    threads.reserve(works.size());
-    for (const auto &work : works)
-        threads.emplace_back(work);
-    for (std::thread &thread : threads)
-        thread.join();
-}
 
 Ids keysFrom(quint64 first, quint64 last)
 {
