@@ -2,11 +2,11 @@
 
 #include "cameradb/ordered_insert.h"
 #include "cameradb/prefetch.h"
-#include "cameradb/read_limits.h"
-#include "cameradb/sqlite_statement.h"
 #include "cameradb/unique_dates.h"
 #include "host/host_log.h"
 #include "no_throw.h"
+#include "sqlite/row_allowance.h"
+#include "sqlite/sqlite_statement.h"
 
 #include <algorithm>
 #include <limits>
@@ -164,16 +164,28 @@ public:
     {
         while (!m_allowance.isExhausted() && m_statement.nextRow()) {
             std::unique_ptr<Camera_Data> data = m_reader.read();
-            if (!data)
+            if (!data) {
+                m_allowance.spend(rejectedBytes());
                 continue;
+            }
             m_allowance.spend(data->directory.size() + data->fileName.size() + data->uuid.size() +
-                              data->avalancheUUID.size());
+                              data->avalancheUUID.size() + recordBytes);
             return data;
         }
         return nullptr;
     }
 
 private:
+    // The least that a record's numbers and the headers of its row take in a file.
+    static const int recordBytes = 48;
+
+    // What was read of a row before its lack of a uuid showed.
+    qint64 rejectedBytes() const
+    {
+        return qint64(sqlite3_column_bytes(m_statement.get(), 6)) +
+               sqlite3_column_bytes(m_statement.get(), 7);
+    }
+
     sqlite_statement &m_statement;
     row_allowance m_allowance;
     repeated_texts m_texts;

@@ -4,12 +4,12 @@
 #include "cameradb/cancel_flag.h"
 #include "cameradb/device_copy.h"
 #include "cameradb/join_table.h"
-#include "cameradb/read_limits.h"
-#include "cameradb/sqlite_connection.h"
-#include "cameradb/sqlite_statement.h"
 #include "host/host_log.h"
 #include "host/iipod.h"
 #include "no_throw.h"
+#include "sqlite/row_allowance.h"
+#include "sqlite/sqlite_connection.h"
+#include "sqlite/sqlite_statement.h"
 
 // The temporary-files location moved between the Qt releases; all other code builds
 // against either.

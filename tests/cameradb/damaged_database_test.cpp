@@ -1,4 +1,5 @@
 #include "cameradb/local_copy_fixture.h"
+#include "support/raw_pages.h"
 #include "support/row_name.h"
 
 #include <gtest/gtest.h>
@@ -17,23 +18,6 @@ namespace {
 const int pageSize = 512;
 const unsigned seed = 20260601;
 
-// The file with pages of `pageSize`, so that its tables have inner pages and overflow.
-QByteArray inSmallPages(const QByteArray &bytes)
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("small.sqlite"));
-    QFile file(path);
-    file.open(QIODevice::WriteOnly);
-    file.write(bytes);
-    file.close();
-    sqlite3 *opened = nullptr;
-    sqlite3_open(path.toUtf8().constData(), &opened);
-    const SqliteOwner db(opened);
-    runSql(opened, "PRAGMA page_size = 512; VACUUM");
-    file.open(QIODevice::ReadOnly);
-    return file.readAll();
-}
-
 class DamagedDatabase : public LocalCopyFixture
 {
 protected:
@@ -47,7 +31,8 @@ protected:
         database.rows.albums = {albumRow(20), albumRow(21, 1000)};
         database.rows.albums[0].title = std::string(1200, 't');
         database.rows.libraryUuids = {QByteArray(16, 'u')};
-        sound = inSmallPages(database.bytes());
+        // Its tables have inner pages and overflow.
+        sound = inPagesOf(pageSize, database.bytes());
     }
 
     void expectContractOf(const QByteArray &damaged)

@@ -14,7 +14,7 @@ namespace {
 using Keys = QList<quint64>;
 
 const std::clock_t longestParse = 10 * CLOCKS_PER_SEC;
-const int megabyte = 1024 * 1024;
+const int manyLetters = 128 * 1024;
 
 // --- Titles, directories, file names and uuids
 
@@ -39,8 +39,8 @@ const std::vector<Name> names = {
     {"Empty", "", QStringLiteral(""), QStringLiteral("")},
     {"ZeroByte", bytesOf("ab\0cd", 5), QStringLiteral("ab"), QStringLiteral("ab")},
     {"ZeroByteFirst", bytesOf("\0ab", 3), QStringLiteral(""), QStringLiteral("")},
-    {"OneMegabyte", std::string(megabyte, 'x'), QString(megabyte, QLatin1Char('x')),
-     QString(megabyte, QLatin1Char('x'))},
+    {"ManyLetters", std::string(manyLetters, 'x'), QString(manyLetters, QLatin1Char('x')),
+     QString(manyLetters, QLatin1Char('x'))},
     {"ReplacementCharacter", "\xef\xbf\xbd", replacements(1), QStringLiteral("\u00ef\u00bf\u00bd")},
     {"RightToLeft", "\xe2\x80\xae\xd7\x90", QStringLiteral("\u202e\u05d0"),
      QString::fromLatin1("\xe2\x80\xae\xd7\x90")},
@@ -266,6 +266,9 @@ INSTANTIATE_TEST_SUITE_P(
                               ""}),
     rowName<TableName>);
 
+// Longer texts are not compared with patterns.
+const int longestSought = 16384;
+
 // "select * from " and a zero byte leave 1009 of the statement's 1024 bytes to the name.
 const int longestName = 1009;
 
@@ -288,7 +291,7 @@ TEST_F(HostileJoinTable, IsReadWhenItsNameFillsTheStatement)
 
 TEST_F(HostileJoinTable, IsSoughtUnderTheNameThatFitsTheStatement)
 {
-    for (const int length : {longestName + 1, 1024, 5000, megabyte}) {
+    for (const int length : {longestName + 1, 1024, 5000, longestSought}) {
         const std::string name = nameOfLength(length);
         database.joinTables.clear();
         addTable(name);
@@ -311,11 +314,11 @@ TEST_F(HostileJoinTable, IsAnotherTableWhoseNameIsTheFirstPartOfItsOwn)
     EXPECT_EQ(model->albums.value(3)->assetKeys, Keys{1});
 }
 
-TEST_F(HostileJoinTable, MayHaveANameOfAMillionDigits)
+TEST_F(HostileJoinTable, IsNotSoughtUnderALongerName)
 {
-    addTable("Z_" + std::string(megabyte, '1') + "ASSETS");
+    addTable("Z_" + std::string(longestSought, '1') + "ASSETS");
     EXPECT_EQ(parseInBounds(), 0);
-    EXPECT_TRUE(host.log()[2].text.startsWith("Can not parse camera photos: no such table: Z_1"));
+    EXPECT_EQ(host.log(), failedLog({failure("Can not get the proper assets table name")}));
     expectHealthyParse();
 }
 
@@ -358,7 +361,7 @@ TEST_F(HostileJoinTable, MayHaveAnyNumberOfColumns)
 TEST_F(HostileJoinTable, MayHaveColumnsOfAnyName)
 {
     JoinTable table;
-    table.columns = {"%s%n",         "'\"`;--",    "a\nb",      std::string(megabyte, 'c'),
+    table.columns = {"%s%n",         "'\"`;--",    "a\nb",      std::string(60000, 'c'),
                      "\xc3\xa9\xff", "Z_26ALBUMS", "Z_34ASSETS"};
     table.rows = {{0, 0, 0, 0, 0, 3, 1}};
     database.joinTables = {table};

@@ -1,4 +1,6 @@
-#include "cameradb/read_limits.h"
+#include "sqlite/row_allowance.h"
+
+#include "sqlite/temp_file_limit.h"
 
 #include <sqlite3.h>
 
@@ -29,11 +31,10 @@ qint64 databaseBytes(sqlite3 *db)
     return fileBytes(db, SQLITE_FCNTL_FILE_POINTER) + fileBytes(db, SQLITE_FCNTL_JOURNAL_POINTER);
 }
 
-row_allowance::row_allowance(sqlite3 *db) : m_isLimited(false), m_left(0)
+row_allowance::row_allowance(sqlite3 *db)
+    : m_isLimited(temp_file_limit::isBehind(db)),
+      m_left(databaseBytes(db) * bytesPerFileByte + bytesAlways)
 {
-    const qint64 bytes = databaseBytes(db);
-    m_isLimited = bytes > 0;
-    m_left = bytes * bytesPerFileByte + bytesAlways;
 }
 
 void row_allowance::spend(qint64 bytes)

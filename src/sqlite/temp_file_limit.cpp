@@ -1,15 +1,15 @@
-#include "cameradb/temp_file_limit.h"
+#include "sqlite/temp_file_limit.h"
 
 #include <new>
 
 namespace {
 
 // Sorted photos take about their library's size in a temporary file, and when it is merged
-// from very many parts a second time. Views of an honest database add little.
-const qint64 bytesPerFileByte = 4;
+// from very many parts a second time.
+const qint64 bytesPerFileByte = 3;
 
-// What a small file's rows gain by columns that stand for others, and parts of a fixed size.
-const qint64 bytesAlways = 67108864;
+// Parts of a sort have a least size, whatever the file's.
+const qint64 bytesAlways = 2097152;
 
 const int temporaryKinds = SQLITE_OPEN_TEMP_DB | SQLITE_OPEN_TRANSIENT_DB |
                            SQLITE_OPEN_TEMP_JOURNAL | SQLITE_OPEN_SUBJOURNAL;
@@ -149,6 +149,13 @@ int temp_file_limit::open(const char *path, sqlite3 **db)
     // The connection knows it now, and nobody else shall.
     sqlite3_vfs_unregister(&m_vfs);
     return result;
+}
+
+bool temp_file_limit::isBehind(sqlite3 *db)
+{
+    sqlite3_vfs *vfs = nullptr;
+    return sqlite3_file_control(db, "main", SQLITE_FCNTL_VFS_POINTER, &vfs) == SQLITE_OK && vfs &&
+           vfs->xOpen == openFile;
 }
 
 void temp_file_limit::allowFor(qint64 databaseBytes)

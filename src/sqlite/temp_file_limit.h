@@ -1,5 +1,5 @@
-#ifndef PHOTOLIB_CAMERADB_TEMP_FILE_LIMIT_H
-#define PHOTOLIB_CAMERADB_TEMP_FILE_LIMIT_H
+#ifndef PHOTOLIB_SQLITE_TEMP_FILE_LIMIT_H
+#define PHOTOLIB_SQLITE_TEMP_FILE_LIMIT_H
 
 #include <QtGlobal>
 
@@ -26,6 +26,9 @@ public:
     /// Like `sqlite3_open`, with the limit in force; without one where SQLite has no
     /// default VFS or does not take another.
     int open(const char *path, sqlite3 **db);
+
+    /// Whether `db` was opened through a limit of its own, and so for a device's file.
+    static bool isBehind(sqlite3 *db);
 
     /// Raises the budget for a database whose files have `databaseBytes`. Before, it is
     /// that of an empty one.
@@ -57,4 +60,4 @@ private:
     std::atomic<qint64> m_left;
 };
 
-#endif // PHOTOLIB_CAMERADB_TEMP_FILE_LIMIT_H
+#endif // PHOTOLIB_SQLITE_TEMP_FILE_LIMIT_H

@@ -1,16 +1,15 @@
-#ifndef PHOTOLIB_CAMERADB_SQLITE_STATEMENT_H
-#define PHOTOLIB_CAMERADB_SQLITE_STATEMENT_H
-
-#include "cameradb/bounded_prepare.h"
+#ifndef PHOTOLIB_SQLITE_STATEMENT_H
+#define PHOTOLIB_SQLITE_STATEMENT_H
 
 #include <sqlite3.h>
 
-/// Owns one statement of a connection, from prepare to finalize.
+/// Owns one statement of a connection, from prepare to finalize. For the connection's thread.
 class sqlite_statement
 {
 public:
+    /// Prepares all of `sql`, which is not needed afterwards. `db` must outlive the statement.
     sqlite_statement(sqlite3 *db, const char *sql)
-        : m_stmt(nullptr), m_result(prepareBounded(db, sql, &m_stmt))
+        : m_stmt(nullptr), m_result(sqlite3_prepare(db, sql, -1, &m_stmt, nullptr))
     {
     }
 
@@ -26,10 +25,19 @@ public:
     /// Steps to the next row; false when there is none, for whatever reason.
     bool nextRow() { return sqlite3_step(m_stmt) == SQLITE_ROW; }
 
+    /// Ends the statement: SQLITE_OK when its last step had no error.
+    int finish()
+    {
+        sqlite3_stmt *const ended = m_stmt;
+        m_stmt = nullptr;
+        return sqlite3_finalize(ended);
+    }
+
+    /// Null unless prepared.
     sqlite3_stmt *get() const { return m_stmt; }
 
-    /// The bytes of a column as a text that ends with a NUL; null for NULL. Valid until
-    /// the next row.
+    /// The bytes of a column as a text that ends with a NUL; null for NULL and when memory runs
+    /// out. Valid until the next row.
     const char *text(int column) const
     {
         return reinterpret_cast<const char *>(sqlite3_column_text(m_stmt, column));
@@ -40,4 +48,4 @@ private:
     int m_result;
 };
 
-#endif // PHOTOLIB_CAMERADB_SQLITE_STATEMENT_H
+#endif // PHOTOLIB_SQLITE_STATEMENT_H
