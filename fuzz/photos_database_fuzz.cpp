@@ -1,7 +1,9 @@
 // Photos.sqlite and its write-ahead log through the parse of the database.
 //
-// An input is a database file; or, when it begins with "CREATE ", the SQL that makes one; or the
-// length of the database in 32 bits, the database, and the log.
+// An input is a database file; or, when it begins with "CREATE ", the SQL that makes one; or, when
+// it begins with "SCHEMA", the schema's text: after that line one of `name: definition` for each
+// entry that is changed or added; or the length of the database in 32 bits, the database, and the
+// log.
 
 #include "cameradb/camera_db_parse.h"
 #include "cameradb/owned_model.h"
@@ -22,16 +24,65 @@ void confine(sqlite3 *db)
         db, mostSteps, [](void *) { return 1; }, nullptr);
 }
 
+QByteArray serialized(sqlite3 *db)
+{
+    sqlite3_int64 size = 0;
+    const std::unique_ptr<unsigned char, decltype(&sqlite3_free)> image(
+        sqlite3_serialize(db, "main", &size, 0), &sqlite3_free);
+    return {reinterpret_cast<const char *>(image.get()), static_cast<int>(size)};
+}
+
 QByteArray databaseOf(const QByteArray &sql)
 {
     const SqliteOwner db = openEmptyDatabase();
     confine(db.get());
     // Where a statement is none the ones before it count.
     sqlite3_exec(db.get(), sql.constData(), nullptr, nullptr, nullptr);
-    sqlite3_int64 size = 0;
-    const std::unique_ptr<unsigned char, decltype(&sqlite3_free)> image(
-        sqlite3_serialize(db.get(), "main", &size, 0), &sqlite3_free);
-    return {reinterpret_cast<const char *>(image.get()), static_cast<int>(size)};
+    return serialized(db.get());
+}
+
+PhotosDatabase smallLibrary()
+{
+    PhotosDatabase library;
+    library.rows.libraryUuids = {"45A4A0C8-8612-4893-A017-25E9315171FA"};
+    library.rows.assets = {photoRow(1, 5), photoRow(2, 5), videoRow(3, 9)};
+    library.rows.attributes = {{1, 1, 2.5, 77}};
+    library.rows.albums = {albumRow(4), albumRow(5, 12)};
+    library.join().add(4, 1);
+    return library;
+}
+
+void runWith(sqlite3 *db, const char *sql, const QByteArray &name, const QByteArray &definition)
+{
+    sqlite3_stmt *stmt = nullptr;
+    sqlite3_prepare_v2(db, sql, -1, &stmt, nullptr);
+    sqlite3_bind_text(stmt, 1, name.constData(), name.size(), SQLITE_TRANSIENT);
+    sqlite3_bind_text(stmt, 2, definition.constData(), definition.size(), SQLITE_TRANSIENT);
+    sqlite3_step(stmt);
+    sqlite3_finalize(stmt);
+}
+
+// A small library whose schema says what SQLite would refuse to write.
+QByteArray libraryWith(const QByteArray &schema)
+{
+    const SqliteOwner db = smallLibrary().open();
+    runSql(db.get(), "PRAGMA writable_schema = ON");
+    for (const QByteArray &line : schema.split('\n').mid(1)) {
+        const int colon = line.indexOf(": ");
+        if (colon < 0)
+            continue;
+        const QByteArray name = line.left(colon);
+        const QByteArray definition = line.mid(colon + 2);
+        runWith(db.get(), "UPDATE sqlite_master SET sql = ?2 WHERE name = ?1", name, definition);
+        if (sqlite3_changes(db.get()) == 0)
+            runWith(db.get(),
+                    "INSERT INTO sqlite_master SELECT CASE WHEN ?2 LIKE 'CREATE VIEW%' THEN 'view' "
+                    "WHEN ?2 LIKE 'CREATE INDEX%' THEN 'index' ELSE 'table' END, ?1, ?1, CASE WHEN "
+                    "?2 LIKE 'CREATE V%' THEN 0 ELSE rootpage END, ?2 FROM sqlite_master WHERE "
+                    "name = 'Z_METADATA'",
+                    name, definition);
+    }
+    return serialized(db.get());
 }
 
 // Puts the files of an input on the device.
@@ -40,6 +91,8 @@ void setDeviceFiles(FakeHost &host, const QByteArray &input)
     QByteArray database = input;
     if (input.startsWith("CREATE ")) {
         database = databaseOf(QByteArray(input.constData(), input.size())); // ended by a zero
+    } else if (input.startsWith("SCHEMA\n")) {
+        database = libraryWith(input);
     } else if (!input.startsWith("SQLite format 3")) {
         FuzzInput pieces(reinterpret_cast<const std::uint8_t *>(input.constData()),
                          static_cast<std::size_t>(input.size()));

@@ -1,11 +1,13 @@
 // Writes the inputs that the fuzzing starts from: seed_writer FOLDER.
 
 #include "support/photos_database.h"
+#include "support/raw_pages.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -77,11 +79,65 @@ PhotosDatabase hostile()
     return result;
 }
 
+// Each once ran something, or took minutes or gigabytes.
+bool writeAttacks(const QString &folder)
+{
+    const QByteArray albums = "ZGENERICALBUM: CREATE TABLE ZGENERICALBUM (Z_PK, ZTITLE, ZKIND, "
+                              "ZUUID, ZTRASHEDSTATE";
+    const QByteArray jump = "fts3_tokenizer('simple', x'4141414141414141')";
+    const QByteArray view = "CREATE VIEW ZGENERICALBUM AS SELECT 1 AS Z_PK, 'x' AS ZTITLE, 2 AS "
+                            "ZKIND, 3 AS ZUUID, 0 AS ZTRASHEDSTATE FROM ";
+    const std::pair<const char *, QByteArray> schemas[] = {
+        {"attack_checked_table", "t: CREATE TABLE t (x CHECK (" + jump +
+                                     "))\nZGENERICALBUM: " + view + "pragma_integrity_check('t')"},
+        {"attack_quick_check", "ZGENERICALBUM: " + view + "pragma_quick_check"},
+        {"attack_check", albums + " CHECK (" + jump + "))"},
+        {"attack_generated_column", albums + " AS (instr(hex(zeroblob(500000)), '1')))"},
+        {"attack_pattern", albums + " AS (hex(zeroblob(500000)) LIKE '%0%0%0%0%0%0%1'))"},
+        {"attack_registers", albums + " AS (max(hex(zeroblob(500000)), hex(zeroblob(500001)))))"},
+        {"attack_search_index", "ZGENERICALBUM: CREATE VIRTUAL TABLE ZGENERICALBUM USING "
+                                "fts5(Z_PK, ZTITLE, ZKIND, ZUUID, content = 'v')\nv: " +
+                                    view + "ZGENERICASSET"},
+        {"attack_statistics", "sqlite_stat1: CREATE TABLE sqlite_stat1 (tbl, idx, stat AS "
+                              "(hex(zeroblob(1000000000))))"},
+        {"attack_join_table", "Z_26ASSETS: CREATE VIEW Z_26ASSETS AS SELECT 1"},
+        {"attack_second_definition", "other: CREATE TABLE ZGENERICALBUM (a AS (" + jump + "))"},
+    };
+    bool isWritten = write(folder, "attack_join_table_name",
+                           "CREATE TABLE \"Z_METADATA, (select " + jump + ")--ASSETS\" (x)");
+    for (const auto &schema : schemas)
+        isWritten = isWritten && write(folder, schema.first, "SCHEMA\n" + schema.second);
+    return isWritten;
+}
+
+// Rows without number in few pages, and a header that suggests to keep all pages.
+bool writePages(const QString &folder)
+{
+    RawPages shared(inPagesOf(512, database(Schema::late()).bytes()));
+    const int inner = shared.add();
+    const int leaf = shared.add();
+    shared.fillLeaf(leaf, {RawValue::number(4), RawValue::number(1), RawValue::null()}, 100);
+    shared.fillInner(inner, leaf);
+    shared.fillInner(shared.root("Z_26ASSETS"), inner);
+
+    RawPages chain(inPagesOf(512, database(Schema::late()).bytes()));
+    const int last = chain.add();
+    chain.fillChain(last, last);
+    chain.fillChain(chain.root("ZGENERICALBUM"), last);
+
+    QByteArray header = inPagesOf(512, database(Schema::late()).bytes());
+    header.replace(48, 4, QByteArray("\x7f\xff\xff\xff", 4));
+    return write(folder, "attack_shared_rows", shared.bytes()) &&
+           write(folder, "attack_chain", chain.bytes()) &&
+           write(folder, "attack_cache_size", header);
+}
+
 bool writeDatabases(const QString &folder)
 {
     return writeSmall(folder, "late", database(Schema::late())) &&
            writeSmall(folder, "early", database(Schema::early())) &&
-           writeSmall(folder, "hostile", hostile()) && write(folder, "log", withLog());
+           writeSmall(folder, "hostile", hostile()) && write(folder, "log", withLog()) &&
+           writeAttacks(folder) && writePages(folder);
 }
 
 // Of pictures of several sizes in whole records, one packed file each.
