@@ -6,7 +6,12 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
+#include <string>
+#include <system_error>
+#include <unistd.h>
 
 namespace sample {
 
@@ -106,6 +111,7 @@ OutputFolder::OutputFolder(const QString &path)
             makeFolder(folder);
             m_madeFolders.append(folder);
         }
+        holdOpen();
     } catch (const SampleError &) {
         removeMade();
         throw;
@@ -116,13 +122,24 @@ OutputFolder::~OutputFolder()
 {
     if (!m_kept)
         removeMade();
+    if (m_fd >= 0)
+        ::close(m_fd);
+}
+
+void OutputFolder::holdOpen()
+{
+    m_fd = ::open(nativePath(m_path).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (m_fd < 0)
+        failFor(QStringLiteral("write the sample to"), m_path,
+                QString::fromStdString(std::generic_category().message(errno)));
 }
 
 void OutputFolder::removeMade()
 {
     std::error_code ignored; // the failure that led here is the one to report
+    const fs::path opened = "/proc/self/fd/" + std::to_string(m_fd);
     for (const QString &entry : qAsConst(m_entries))
-        fs::remove_all(nativePath(m_path + QLatin1Char('/') + entry), ignored);
+        fs::remove_all(opened / nativePath(entry), ignored);
     while (!m_madeFolders.isEmpty())
         fs::remove(nativePath(m_madeFolders.takeLast()), ignored);
 }

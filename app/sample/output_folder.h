@@ -50,8 +50,10 @@ public:
 private:
     static void makeFolder(const QString &path);
     void removeMade();
+    void holdOpen();
 
     QString m_path;
+    int m_fd = -1; ///< the folder, whatever has its name by the time something is removed
     QStringList m_madeFolders; ///< the sample's own folder and its parents, outermost first
     QSet<QString> m_entries;   ///< what was put directly into the folder
     QString m_lastFolder;
