@@ -1,18 +1,32 @@
 #include "cli/cache_folder.h"
 
+#include "cli/command_error.h"
+#include "cli/folder_tools.h"
+
 #include <QCryptographicHash>
-#include <QFile>
-#include <QStandardPaths>
 
 #include <cstdlib>
 #include <memory>
 
-QByteArray cacheFolder()
+namespace {
+
+// Of a path that is not absolute it would depend on the current folder what is meant.
+bool isAbsolute(const QByteArray &path)
 {
-    const QString caches = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
-    return QFile::encodeName(caches) + "/photolib";
+    return path.startsWith('/');
 }
 
+QByteArray homeFolder()
+{
+    const QByteArray home = qgetenv("HOME");
+    if (home.isEmpty())
+        throw CommandError("HOME", "is not set, which tells where the user's cache folder is");
+    if (!isAbsolute(home))
+        throw CommandError("HOME", "is not an absolute path, but " + home.toStdString());
+    return home;
+}
+
+// `path` with links and ".." resolved; `path` itself when it does not exist.
 QByteArray canonicalPath(const QByteArray &path)
 {
     const std::unique_ptr<char, decltype(&std::free)> resolved(
@@ -20,15 +34,23 @@ QByteArray canonicalPath(const QByteArray &path)
     return resolved ? QByteArray(resolved.get()) : path;
 }
 
+} // namespace
+
+QByteArray cacheFolder()
+{
+    const QByteArray chosen = qgetenv("XDG_CACHE_HOME");
+    const QByteArray caches = isAbsolute(chosen) ? chosen : homeFolder() + "/.cache";
+    return caches + "/photolib";
+}
+
 QByteArray defaultWorkFolder(const QByteArray &deviceFolder)
 {
+    const QByteArray cache = cacheFolder();
+    const QByteArray workFolders = cache + "/work";
+    requireOwnFolder(cache);
+    requireOwnFolder(workFolders);
     const QByteArray hash =
         QCryptographicHash::hash(canonicalPath(deviceFolder), QCryptographicHash::Sha256);
     constexpr int digits = 16; // plenty to tell one user's devices apart
-    return cacheFolder() + "/work/" + hash.toHex().left(digits);
-}
-
-bool liesIn(const QByteArray &path, const QByteArray &folder)
-{
-    return (canonicalPath(path) + '/').startsWith(canonicalPath(folder) + '/');
+    return workFolders + '/' + hash.toHex().left(digits);
 }

@@ -6,11 +6,11 @@
 #include "cli/sample_run.h"
 #include "sample/sample_writer.h"
 
-#include <QDir>
 #include <QFile>
 
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <system_error>
 
 namespace {
@@ -20,13 +20,22 @@ bool exists(const QByteArray &path)
     return QFile::exists(QFile::decodeName(path));
 }
 
+// A link is removed itself, and what it leads to stays.
+void removeAll(const QByteArray &path)
+{
+    std::error_code error;
+    std::filesystem::remove_all(path.toStdString(), error);
+    if (error)
+        throw CommandError(path.toStdString(), error.message());
+}
+
 void makeSample(const QByteArray &folder)
 {
     // Beside its place first, so that a run that is cut short leaves no half of a sample
     // there. What such a run did leave is removed.
     const QByteArray partial = folder + ".partial";
     const QString partialName = QFile::decodeName(partial);
-    QDir(partialName).removeRecursively();
+    removeAll(partial);
     runSampleWriter([&](QString *error, const std::atomic<bool> *isCancelled) {
         return writeSample(partialName, SampleOptions(), error, isCancelled);
     });
@@ -40,6 +49,8 @@ DefaultDevice defaultDevice()
 {
     DefaultDevice device;
     device.folder = cacheFolder() + "/sample";
+    requireOwnFolder(cacheFolder());
+    requireOwnFolder(device.folder);
     if (exists(device.folder))
         return device;
     LockedFolder parent(cacheFolder());

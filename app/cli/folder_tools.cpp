@@ -7,11 +7,13 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace {
 
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+constexpr int ownFolderFlags = folderFlags | O_NOFOLLOW;
 
 [[noreturn]] void fail(const QByteArray &path)
 {
@@ -26,8 +28,33 @@ bool isStillAt(const UniqueFd &fd, const QByteArray &path)
 {
     struct stat opened = {};
     struct stat named = {};
-    return ::fstat(fd.get(), &opened) == 0 && ::stat(path.constData(), &named) == 0 &&
+    return ::fstat(fd.get(), &opened) == 0 && ::lstat(path.constData(), &named) == 0 &&
            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+bool isLink(const QByteArray &path)
+{
+    struct stat status = {};
+    return ::lstat(path.constData(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+// A folder that a link leads to, or that somebody else made, is not the one that is meant:
+// what is removed from it could be anything. Not open when it is not there.
+UniqueFd openOwnFolder(const QByteArray &path)
+{
+    UniqueFd fd(::open(path.constData(), ownFolderFlags));
+    const int code = errno;
+    if (!fd.isOpen() && code == ENOENT)
+        return fd;
+    if (!fd.isOpen() && isLink(path))
+        throw CommandError(path.toStdString(), "a link, where a folder itself is needed");
+    errno = code == ENOTDIR ? EEXIST : code;
+    struct stat status = {};
+    if (!fd.isOpen() || ::fstat(fd.get(), &status) != 0)
+        fail(path);
+    if (status.st_uid != ::geteuid())
+        throw CommandError(path.toStdString(), "a folder of another user");
+    return fd;
 }
 
 // Waits for the lock; a file system without locks is used without one.
@@ -44,9 +71,7 @@ void lock(const UniqueFd &fd, const std::function<void()> &beforeWait)
 // None when the folder is not there, or not any more when its lock is free.
 UniqueFd lockedFolder(const QByteArray &path, const std::function<void()> &beforeWait)
 {
-    UniqueFd fd(::open(path.constData(), folderFlags));
-    if (!fd.isOpen() && errno != ENOENT)
-        fail(path);
+    UniqueFd fd = openOwnFolder(path);
     if (fd.isOpen())
         lock(fd, beforeWait);
     return isStillAt(fd, path) ? std::move(fd) : UniqueFd();
@@ -74,6 +99,11 @@ UniqueFd openFolder(const QByteArray &path)
     if (!fd.isOpen())
         fail(path);
     return fd;
+}
+
+void requireOwnFolder(const QByteArray &path)
+{
+    openOwnFolder(path);
 }
 
 EnsuredFolder::EnsuredFolder(const QByteArray &path, mode_t mode, const Check &check)
@@ -153,7 +183,7 @@ bool LockedFolder::lockAgain()
 {
     if (m_lock.isOpen())
         return true;
-    UniqueFd fd(::open(m_path.constData(), folderFlags));
+    UniqueFd fd(::open(m_path.constData(), ownFolderFlags));
     const bool isTaken = ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     if (isTaken || !isStillAt(fd, m_path))
         return false;

@@ -47,12 +47,18 @@ QByteArray parentFolder(const QByteArray &path);
 /// Opens the folder `path`. Throws CommandError.
 UniqueFd openFolder(const QByteArray &path);
 
-/// A folder that exists like an EnsuredFolder and is locked against other objects of this
-/// kind, in any process, which wait for it. A file system without locks is used without one.
+/// Throws CommandError when `path` is there but is a link, no folder, or a folder of another
+/// user.
+void requireOwnFolder(const QByteArray &path);
+
+/// A folder of the user's own that exists like an EnsuredFolder and is locked against other objects
+/// of this kind, in any process, which wait for it. A file system without locks is used without
+/// one.
 class LockedFolder
 {
 public:
-    /// Throws CommandError. `check` is that of EnsuredFolder; `beforeWait` is called once, when
+    /// Throws CommandError, also when `path` is a link or a folder of another user. `check` is
+    /// that of EnsuredFolder; `beforeWait` is called once, when
     /// another object has the folder.
     explicit LockedFolder(
         const QByteArray &path, const EnsuredFolder::Check &check = [](const QByteArray &) {},

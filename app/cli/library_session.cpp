@@ -5,6 +5,7 @@
 #include "cli/command_error.h"
 #include "cli/database_copy.h"
 #include "cli/default_device.h"
+#include "cli/device_bounds.h"
 #include "cli/parse_run.h"
 #include "cli/progress_bar.h"
 #include "devices/folder_file_system.h"
@@ -151,8 +152,10 @@ void LibrarySession::openIos()
         if (!m_options.quiet)
             writeErrorLine("photolib: waiting for another program that uses " + workFolder);
     };
-    m_workFolder =
-        std::make_unique<WorkFolder>(workFolder, QByteArray::fromStdString(m_name), tellOfWait);
+    const auto origin =
+        m_options.workFolder.empty() ? WorkFolder::Origin::Default : WorkFolder::Origin::Named;
+    m_workFolder = std::make_unique<WorkFolder>(workFolder, QByteArray::fromStdString(m_name),
+                                                origin, tellOfWait);
     DatabaseCopy copy(*m_files, workFolder + '/');
     m_workFolder->requireRoom(copy.total());
     m_device = std::make_unique<Device>(m_files, DeviceKind::Ios, m_workFolder->localDataPath());
@@ -230,19 +233,14 @@ void LibrarySession::keepCopies()
 
 std::unique_ptr<EnsuredFolder> LibrarySession::folderOutside(const QByteArray &path) const
 {
-    const auto check = [&](const QByteArray &written) { refuseInDevice(written, path); };
+    const auto device = QByteArray::fromStdString(m_name);
+    const auto check = [&](const QByteArray &written) { ::refuseInDevice(written, device, path); };
     return std::make_unique<EnsuredFolder>(path, 0777, check);
 }
 
 void LibrarySession::refuseInDevice(const QByteArray &folder) const
 {
-    refuseInDevice(folder, folder);
-}
-
-void LibrarySession::refuseInDevice(const QByteArray &folder, const QByteArray &named) const
-{
-    if (liesIn(folder, QByteArray::fromStdString(m_name)))
-        throw CommandError(named.toStdString(), "a device is only read; name a folder outside it");
+    ::refuseInDevice(folder, QByteArray::fromStdString(m_name), folder);
 }
 
 bool LibrarySession::showsProgress() const

@@ -77,7 +77,6 @@ private:
     void openClassic();
     void requireConnected(const FileError &error) const;
     void passOn(const QList<QByteArray> &failures) const;
-    void refuseInDevice(const QByteArray &folder, const QByteArray &named) const;
 
     const CommonOptions m_options;
     std::string m_name;

@@ -1,5 +1,6 @@
 #include "cli/command.h"
 #include "cli/command_error.h"
+#include "cli/device_bounds.h"
 #include "cli/output.h"
 #include "cli/sample_run.h"
 #include "sample/classic_sample.h"
@@ -69,6 +70,7 @@ int runSample(const SampleArguments &arguments, const CommonOptions &common)
     // Qt names files in the locale's encoding; another name would end up elsewhere.
     if (QFile::encodeName(folder) != bytes)
         throw CommandError(arguments.folder, "this locale has no such characters");
+    refuseInAnyDevice(bytes);
     write(folder, arguments);
     if (!common.quiet)
         report(arguments);

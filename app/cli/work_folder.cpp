@@ -1,21 +1,26 @@
 #include "cli/work_folder.h"
 
-#include "cli/cache_folder.h"
 #include "cli/command_error.h"
+#include "cli/device_bounds.h"
 #include "cli/progress_bar.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace {
 
 // SQLite would apply a left-over journal of either kind to the new copy.
 const char *const copyNames[] = {"Photos.sqlite", "Photos.sqlite-wal", "Photos.sqlite-shm",
                                  "Photos.sqlite-journal"};
+
+// Stands beside the copies: without it they are somebody else's.
+const char markName[] = ".photolib-work-folder";
 
 QByteArray checkedPath(const QByteArray &path)
 {
@@ -33,6 +38,38 @@ EnsuredFolder::Check outside(const QByteArray &deviceFolder, const QByteArray &p
         if (liesIn(written, deviceFolder))
             throw CommandError(path.toStdString(), "the work folder must not lie in the device");
     };
+}
+
+bool isThere(int folder, const char *name)
+{
+    struct stat ignored = {};
+    return ::fstatat(folder, name, &ignored, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool isMarked(int folder)
+{
+    struct stat status = {};
+    return ::fstatat(folder, markName, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+           S_ISREG(status.st_mode) && status.st_uid == ::geteuid();
+}
+
+void requireOwnCopies(int folder, const QByteArray &path)
+{
+    const auto found = std::find_if(std::begin(copyNames), std::end(copyNames),
+                                    [folder](const char *name) { return isThere(folder, name); });
+    if (found != std::end(copyNames) && !isMarked(folder))
+        throw CommandError(path.toStdString() + '/' + *found,
+                           "not a copy that photolib made; name another work folder");
+}
+
+void mark(int folder, const QByteArray &path)
+{
+    constexpr int flags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const UniqueFd file(::openat(folder, markName, flags, 0600));
+    if (!file.isOpen() || !isMarked(folder))
+        throw CommandError(path.toStdString() + '/' + markName,
+                           file.isOpen() ? "not a regular file of the user's own"
+                                         : std::generic_category().message(errno));
 }
 
 void removeCopies(int folder, const QByteArray &path)
@@ -58,11 +95,14 @@ qint64 roomIn(int folder)
 
 } // namespace
 
-WorkFolder::WorkFolder(const QByteArray &path, const QByteArray &deviceFolder,
+WorkFolder::WorkFolder(const QByteArray &path, const QByteArray &deviceFolder, Origin origin,
                        const std::function<void()> &beforeWait)
     : m_path(checkedPath(path)), m_folder(m_path, outside(deviceFolder, m_path), beforeWait)
 {
+    if (origin == Origin::Named)
+        requireOwnCopies(m_folder.fd(), m_path);
     removeCopies(m_folder.fd(), m_path);
+    mark(m_folder.fd(), m_path);
 }
 
 WorkFolder::~WorkFolder()
@@ -76,6 +116,7 @@ WorkFolder::~WorkFolder()
     }
     for (const char *name : copyNames)
         ::unlinkat(m_folder.fd(), name, 0);
+    ::unlinkat(m_folder.fd(), markName, 0);
 }
 
 void WorkFolder::requireRoom(qint64 bytes) const

@@ -25,6 +25,8 @@ QProcessEnvironment environmentFor(const ProgramSetup &setup)
                            QLatin1String(PHOTOLIB_LSAN_SUPPRESSIONS));
     for (const auto &variable : setup.environment)
         environment.insert(variable.first, variable.second);
+    for (const QString &name : setup.unset)
+        environment.remove(name);
     return environment;
 }
 

@@ -11,6 +11,7 @@ struct ProgramSetup {
     QString cacheFolder;                        ///< where the user's cache folder is
     QString program;                            ///< another file than the built program
     QList<QPair<QString, QString>> environment; ///< further variables
+    QStringList unset;                          ///< variables that it does not have
     QString input;                              ///< a file for standard input; empty for none
     QString output;                             ///< a file for standard output; empty to collect it
     bool closesOutput = false;                  ///< starts with a closed standard output
