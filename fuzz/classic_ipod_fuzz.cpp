@@ -10,12 +10,15 @@
 #include "classic/ipod_photo_manager.h"
 #include "classic/pixel_formats.h"
 #include "devices/device.h"
+#include "devices/local_file.h"
 #include "fuzz/fuzz_input.h"
 #include "services/log_output.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+
+#include <fcntl.h>
 
 namespace {
 
@@ -74,9 +77,12 @@ public:
         return true;
     }
 
-    QByteArray localPath(const QByteArray &) const override
+    UniqueFd openLocal(const QByteArray &path, FileError *error) override
     {
-        return QFile::encodeName(photosFolder());
+        const QByteArray below = path.mid(path.indexOf('/', 1));
+        const QByteArray file = QFile::encodeName(photosFolder()) + below;
+        return regularFile(UniqueFd(::open(file.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)),
+                           error);
     }
 
     QByteArray displayName(const QByteArray &path) const override { return path; }

@@ -1,7 +1,7 @@
 #include "classic/classic_ipod.h"
 
 #include "classic/device_clock.h"
-#include "classic/device_paths.h"
+#include "classic/picture_files.h"
 #include "devices/device_kind.h"
 #include "host/host_log.h"
 #include "services/no_throw.h"
@@ -80,13 +80,30 @@ QList<quint32> idsOf(const QVector<Record> &records)
     return ids;
 }
 
+// Opens the files of the library's pictures, and takes out those that are left out.
+void openPictures(PictureFiles &pictures, ClassicLibrary *library)
+{
+    for (ClassicPhoto &photo : library->photos) {
+        QList<itdb_photo> reachable;
+        for (const itdb_photo &variant : qAsConst(photo.variants)) {
+            const QString name = pictures.open(variant.fileName);
+            if (name.isNull())
+                continue;
+            reachable.append(variant);
+            reachable.last().fileName = name;
+        }
+        photo.variants = reachable;
+    }
+    pictures.logLeftOut();
+}
+
 } // namespace
 
 /// A photo database for the plug-in, which may call each operation and expects no exception.
 class ClassicIpod::Database : public iitdb, public iphotolib
 {
 public:
-    explicit Database(ClassicIpod &iPod) : m_iPod(iPod), m_paths(iPod.m_files) {}
+    explicit Database(ClassicIpod &iPod) : m_iPod(iPod), m_pictures(newPictures()) {}
 
     int parse() override;
     iphotolib *photoLib() override { return this; }
@@ -97,7 +114,7 @@ public:
     int getPhoto(const quint32 *id, itdb_trk *item) override;
 
     ClassicIpod &iPod() const { return m_iPod; }
-    DevicePaths &paths() { return m_paths; }
+    DevicePaths &paths() { return m_pictures->paths(); }
 
     const ClassicPhoto *find(quint32 id) const
     {
@@ -106,10 +123,13 @@ public:
     }
 
 private:
-    void checkNames(ClassicLibrary *library);
+    std::unique_ptr<PictureFiles> newPictures() const
+    {
+        return std::make_unique<PictureFiles>(m_iPod.m_files, m_iPod.m_drive);
+    }
 
     ClassicIpod &m_iPod;
-    DevicePaths m_paths;
+    std::unique_ptr<PictureFiles> m_pictures;
     ClassicLibrary m_library;
     QHash<quint32, int> m_photos;
     QHash<quint32, int> m_albums;
@@ -121,32 +141,18 @@ int ClassicIpod::Database::parse()
     return withoutThrowing(failed, [this] {
         try {
             ClassicLibrary library = readLibrary(m_iPod.m_files);
-            checkNames(&library);
+            std::unique_ptr<PictureFiles> pictures = newPictures();
+            openPictures(*pictures, &library);
             m_photos = positionsOf(library.photos);
             m_albums = positionsOf(library.albums);
             m_library = std::move(library);
+            m_pictures = std::move(pictures);
             return 0;
         } catch (const Unreadable &failure) {
             Log("PHOTOLIB-HOST", 2, "%s", failure.cause.toUtf8().constData());
             return failed;
         }
     });
-}
-
-// The plug-in opens the files by name, outside the device's confinement.
-void ClassicIpod::Database::checkNames(ClassicLibrary *library)
-{
-    for (ClassicPhoto &photo : library->photos) {
-        QList<itdb_photo> reachable;
-        for (const itdb_photo &variant : qAsConst(photo.variants)) {
-            const QString name = m_paths.checkedName(variant.fileName);
-            if (name.isNull())
-                continue;
-            reachable.append(variant);
-            reachable.last().fileName = name;
-        }
-        photo.variants = reachable;
-    }
 }
 
 QList<quint32> ClassicIpod::Database::photoIDs()
@@ -175,15 +181,16 @@ int ClassicIpod::Database::getPhoto(const quint32 *id, itdb_trk *item)
     const ClassicPhoto *const found = find(*id);
     if (!found)
         return -1;
-    item->timeStamp = unixTime(found->taken);
-    item->thumbs = found->variants;
-    return 0;
+    return withoutThrowing(-1, [&] {
+        item->timeStamp = unixTime(found->taken);
+        item->thumbs = found->variants;
+        for (itdb_photo &variant : item->thumbs)
+            variant.fileName = m_pictures->nameOnDrive(variant.fileName);
+        return 0;
+    });
 }
 
-ClassicIpod::ClassicIpod(DeviceFileSystem &files)
-    : m_files(files), m_link(files.localPath(CaseBlindPaths(files).resolved(photosFolderPath)))
-{
-}
+ClassicIpod::ClassicIpod(DeviceFileSystem &files) : m_files(files) {}
 
 ClassicIpod::~ClassicIpod() {}
 

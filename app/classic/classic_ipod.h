@@ -1,7 +1,7 @@
 #ifndef PHOTOLIB_CLASSIC_CLASSIC_IPOD_H
 #define PHOTOLIB_CLASSIC_CLASSIC_IPOD_H
 
-#include "classic/drive_link.h"
+#include "classic/drive_links.h"
 #include "classic/photo_database.h"
 #include "devices/device_file_system.h"
 
@@ -21,7 +21,7 @@ public:
     ClassicIpod(const ClassicIpod &) = delete;
     ClassicIpod &operator=(const ClassicIpod &) = delete;
 
-    QString driveName() const { return m_link.driveName(); }
+    QString driveName() const { return m_drive.driveName(); }
 
     /// A new database that is not parsed yet. What is not given to `release` is freed with
     /// the object: the plug-in never gives its last one back.
@@ -43,7 +43,7 @@ private:
     class Database;
 
     DeviceFileSystem &m_files;
-    const DriveLink m_link;
+    DriveLinks m_drive;
     std::vector<std::unique_ptr<Database>> m_databases; // the newest last
 };
 

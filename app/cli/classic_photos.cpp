@@ -104,13 +104,14 @@ bool findOriginal(LibrarySession &session, const ClassicPhoto &photo, QByteArray
 
 FileError variantFailure(LibrarySession &session, const itdb_photo &variant)
 {
-    FileInfo info;
     FileError error;
     const QByteArray path = DevicePaths(session.files()).path(variant.fileName);
-    const bool isThere = requireFile(session.files(), path, &info, &error);
-    if (isThere && qint64(variant.offset) + variant.size > info.size)
+    // Opened rather than asked about, for only that tells whether it can be read.
+    const std::unique_ptr<DeviceFile> file = session.files().open(path, &error);
+    const qint64 size = file ? file->size(&error) : -1;
+    if (size >= 0 && qint64(variant.offset) + variant.size > size)
         error.text = QStringLiteral("the file is too short");
-    else if (isThere)
+    else if (size >= 0)
         error.text = QStringLiteral("not readable");
     const bool isGone = error.kind == FileError::Disconnected;
     return {isGone ? FileError::Disconnected : FileError::Failed,

@@ -1,6 +1,8 @@
 #ifndef PHOTOLIB_DEVICES_DEVICE_FILE_SYSTEM_H
 #define PHOTOLIB_DEVICES_DEVICE_FILE_SYSTEM_H
 
+#include "devices/unique_fd.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -96,13 +98,13 @@ public:
     /// Whether the files must not be read now, for instance because the device is locked.
     virtual bool isBlocked() { return false; }
 
-    /// The absolute path of the existing `path` on the host computer; empty when it is not
-    /// there, and for a device whose files have no such paths. Whoever opens it is no longer
-    /// confined to the device.
-    virtual QByteArray localPath(const QByteArray &path) const
+    /// Opens a regular file like `open`, for those who need a descriptor of the host computer.
+    /// Not open on failure, and for a device whose files have none.
+    virtual UniqueFd openLocal(const QByteArray &path, FileError *error)
     {
         Q_UNUSED(path)
-        return QByteArray();
+        *error = {FileError::Failed, QStringLiteral("not a file of this computer")};
+        return UniqueFd();
     }
 
     /// `path` as a person knows it, for messages: for a folder its name on the host.

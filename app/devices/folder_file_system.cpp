@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -188,6 +187,12 @@ std::unique_ptr<DeviceFile> FolderFileSystem::open(const QByteArray &path, FileE
     return fd.isOpen() ? LocalFile::fromFd(std::move(fd), error) : nullptr;
 }
 
+UniqueFd FolderFileSystem::openLocal(const QByteArray &path, FileError *error)
+{
+    UniqueFd fd = openBelow(path, O_RDONLY, error);
+    return fd.isOpen() ? regularFile(std::move(fd), error) : UniqueFd();
+}
+
 bool FolderFileSystem::info(const QByteArray &path, FileInfo *info, FileError *error)
 {
     const UniqueFd fd = openBelow(path, O_PATH, error);
@@ -220,19 +225,6 @@ bool FolderFileSystem::list(const QByteArray &path, QList<QByteArray> *names, Fi
     std::sort(found.begin(), found.end());
     *names = found;
     return true;
-}
-
-// Asks for the name of what is open: looking the path up again could lead elsewhere.
-QByteArray FolderFileSystem::localPath(const QByteArray &path) const
-{
-    FileError ignored;
-    const UniqueFd fd = openBelow(path, O_PATH, &ignored);
-    if (!fd.isOpen())
-        return QByteArray();
-    const QByteArray link = "/proc/self/fd/" + QByteArray::number(fd.get());
-    const std::unique_ptr<char, decltype(&std::free)> name(::realpath(link.constData(), nullptr),
-                                                           &std::free);
-    return QByteArray(name.get());
 }
 
 QByteArray FolderFileSystem::displayName(const QByteArray &path) const

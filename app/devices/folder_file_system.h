@@ -30,7 +30,7 @@ public:
     std::unique_ptr<DeviceFile> open(const QByteArray &path, FileError *error) override;
     bool info(const QByteArray &path, FileInfo *info, FileError *error) override;
     bool list(const QByteArray &path, QList<QByteArray> *names, FileError *error) override;
-    QByteArray localPath(const QByteArray &path) const override;
+    UniqueFd openLocal(const QByteArray &path, FileError *error) override;
     QByteArray displayName(const QByteArray &path) const override;
 
 private:

@@ -20,18 +20,24 @@ size_t portion(qint64 length)
 
 } // namespace
 
-std::unique_ptr<LocalFile> LocalFile::fromFd(UniqueFd fd, FileError *error)
+UniqueFd regularFile(UniqueFd fd, FileError *error)
 {
     struct stat status = {};
     if (!fd.isOpen() || ::fstat(fd.get(), &status) != 0) {
         *error = FileError::fromErrno(errno);
-        return nullptr;
+        return UniqueFd();
     }
     if (!S_ISREG(status.st_mode)) {
         *error = {FileError::WrongType, QStringLiteral("not a regular file")};
-        return nullptr;
+        return UniqueFd();
     }
-    return std::unique_ptr<LocalFile>(new LocalFile(std::move(fd)));
+    return fd;
+}
+
+std::unique_ptr<LocalFile> LocalFile::fromFd(UniqueFd fd, FileError *error)
+{
+    UniqueFd file = regularFile(std::move(fd), error);
+    return file.isOpen() ? std::unique_ptr<LocalFile>(new LocalFile(std::move(file))) : nullptr;
 }
 
 std::unique_ptr<LocalFile> LocalFile::openForReading(const QByteArray &path, FileError *error)

@@ -4,13 +4,17 @@
 #include "devices/device_file_system.h"
 #include "devices/unique_fd.h"
 
+/// Takes over `fd`, freshly opened without waiting (O_NONBLOCK), and gives it back when it is
+/// a regular file. Otherwise, and when it is -1 (the cause being in `errno`), closes it and
+/// fills `*error`.
+UniqueFd regularFile(UniqueFd fd, FileError *error);
+
 /// A regular file of the host computer, read or written at the position that the object
 /// keeps. Its size is limited by the disk alone.
 class LocalFile : public DeviceFile
 {
 public:
-    /// Takes over `fd`, freshly opened without waiting (O_NONBLOCK). Returns null and
-    /// closes it when it is -1 (the cause being in `errno`) or no regular file.
+    /// Takes over `fd` like `regularFile`; null when that refuses it.
     static std::unique_ptr<LocalFile> fromFd(UniqueFd fd, FileError *error);
 
     /// Opens the file at `path` for reading; null on failure.

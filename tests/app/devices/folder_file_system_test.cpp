@@ -170,14 +170,26 @@ TEST_P(FolderDevice, RefusesALinkToAFolderOutside)
     }
 }
 
-TEST_P(FolderDevice, HasNoLocalPathForWhatALinkLeadsTo)
+TEST_P(FolderDevice, HasDescriptorsOfItsRegularFilesOnly)
 {
-    m_scratch.makeFolder("device/DCIM");
-    m_scratch.makeLink("device/absolute", m_scratch.path("outside"));
+    m_scratch.write("device/DCIM/a", "picture");
+    m_scratch.makePipe("device/pipe");
+    m_scratch.makeLink("device/absolute", m_scratch.path("outside/secret.txt"));
     m_scratch.makeLink("device/relative", "../outside");
-    EXPECT_EQ(m_scratch.path("device/DCIM"), m_files->localPath("/DCIM"));
-    for (const char *path : {"absolute", "relative", "relative/secret.txt"})
-        EXPECT_EQ(QByteArray(), m_files->localPath(path)) << path;
+    FileError error;
+    const UniqueFd file = m_files->openLocal("/DCIM/a", &error);
+    char bytes[8] = {};
+    EXPECT_EQ(7, ::read(file.get(), bytes, sizeof(bytes)));
+    EXPECT_EQ(QByteArray("picture"), bytes);
+    const auto errorOf = [&](const char *path) {
+        EXPECT_FALSE(m_files->openLocal(path, &error).isOpen()) << path;
+        return error.kind;
+    };
+    EXPECT_EQ(FileError::NotFound, errorOf("DCIM/b"));
+    for (const char *path : {"DCIM", "pipe"})
+        EXPECT_EQ(FileError::WrongType, errorOf(path)) << path;
+    for (const char *path : {"absolute", "relative/secret.txt", "../outside/secret.txt"})
+        EXPECT_EQ(FileError::Outside, errorOf(path)) << path;
 }
 
 TEST_P(FolderDevice, RefusesAChainOfLinksThatEndsOutside)

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <tuple>
+#include <unistd.h>
 
 namespace {
 
@@ -88,15 +89,24 @@ protected:
         return photo;
     }
 
-    // The name that the plug-in is given for a picture in the file `name`; none when it is
-    // told of no picture.
-    QString givenName(const QString &name)
+    // The name on the disk of the file `name` of a picture; none when the plug-in is told of no
+    // picture.
+    QString nameOnDisk(const QString &name)
     {
         ClassicLibrary library;
         library.photos = {photoIn(1, name)};
         write(library);
-        const QList<itdb_photo> variants = photo(photoLib(), 1).thumbs;
-        return variants.isEmpty() ? QStringLiteral("none") : variants.first().fileName;
+        if (photo(photoLib(), 1).thumbs.isEmpty())
+            return QStringLiteral("none");
+        return device().classicIpod()->photo(1)->variants.first().fileName;
+    }
+
+    // What the plug-in reads under the name that it is given.
+    QByteArray readOnDrive(const QString &name)
+    {
+        const QString below = QString(name).replace(QLatin1Char(':'), QLatin1Char('/'));
+        QFile file(device().driveName() + QStringLiteral(":/Photos") + below);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
     }
 
     // What a failed parse logs.
@@ -170,19 +180,19 @@ TEST_F(DeviceDatabase, FindsItsFileInOtherCase)
 TEST_F(DeviceDatabase, GivesPictureFilesTheNamesThatTheyHaveOnTheDisk)
 {
     m_scratch.write("iPod/Photos/THUMBS/f1036_1.ITHMB", "");
-    EXPECT_EQ(QStringLiteral(":THUMBS:f1036_1.ITHMB"), givenName(QString::fromLatin1(thumbsName)));
+    EXPECT_EQ(QStringLiteral(":THUMBS:f1036_1.ITHMB"), nameOnDisk(QString::fromLatin1(thumbsName)));
 }
 
 TEST_F(DeviceDatabase, KeepsTheNameOfAFileThatIsNotThere)
 {
-    EXPECT_EQ(QString::fromLatin1(thumbsName), givenName(QString::fromLatin1(thumbsName)));
+    EXPECT_EQ(QString::fromLatin1(thumbsName), nameOnDisk(QString::fromLatin1(thumbsName)));
 }
 
 TEST_F(DeviceDatabase, GivesNamesTheFormThatThePlugInNeeds)
 {
     m_scratch.write("iPod/Photos/a", "");
-    EXPECT_EQ(QStringLiteral(":a"), givenName(QStringLiteral("a")));
-    EXPECT_EQ(QStringLiteral(":a"), givenName(QStringLiteral("::a:")));
+    EXPECT_EQ(QStringLiteral(":a"), nameOnDisk(QStringLiteral("a")));
+    EXPECT_EQ(QStringLiteral(":a"), nameOnDisk(QStringLiteral("::a:")));
 }
 
 struct Refusal {
@@ -207,7 +217,7 @@ TEST_P(DeviceDatabaseRefusal, KeepsThePlugInFromTheFile)
     m_scratch.makePipe("iPod/Photos/pipe");
     const LogCapture log;
     const QString name = QString::fromLatin1(refusal.fileName);
-    EXPECT_EQ(QStringLiteral("none"), givenName(name));
+    EXPECT_EQ(QStringLiteral("none"), nameOnDisk(name));
     const QByteArray line = "The picture file \"" + name.toUtf8() + "\" is left out: ";
     EXPECT_EQ(QList<QByteArray>{line + refusal.cause}, log.failures());
 }
@@ -337,13 +347,76 @@ TEST_F(DeviceDatabase, TellsTheProgramOfNoFileOutsideTheDevice)
     }
 }
 
-TEST_F(DeviceDatabase, HasADriveThatLeadsToItsPhotos)
+TEST_F(DeviceDatabase, HasADriveThatLeadsToItsPictures)
 {
-    m_scratch.write("iPod/PHOTOS/Photo Database", "");
-    m_scratch.write("iPod/PHOTOS/Thumbs/a", "thumbnails");
-    QFile file(device().driveName() + QStringLiteral(":/Photos/Thumbs/a"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ("thumbnails", file.readAll());
+    m_scratch.write("iPod/PHOTOS/THUMBS/a", "thumbnails");
+    ClassicLibrary library;
+    library.photos = {photoIn(1, QStringLiteral(":Thumbs:A"))};
+    m_scratch.write("iPod/PHOTOS/Photo Database", photoDatabaseBytes(library));
+    EXPECT_EQ("thumbnails", readOnDrive(photo(photoLib(), 1).thumbs.value(0).fileName));
+    EXPECT_EQ(":THUMBS:a", device().classicIpod()->photo(1)->variants.value(0).fileName);
+}
+
+TEST_F(DeviceDatabase, GivesThePlugInTheFileThatItLookedAt)
+{
+    write(twoPhotos());
+    m_scratch.write("iPod/Photos/Thumbs/F1036_1.ithmb", "thumbnails");
+    m_scratch.write("secret", "outside");
+    const QString name = photo(photoLib(), 7).thumbs.value(0).fileName;
+    const QByteArray file = m_scratch.path("iPod/Photos/Thumbs/F1036_1.ithmb");
+    ASSERT_EQ(0, ::unlink(file.constData()));
+    m_scratch.makeLink("iPod/Photos/Thumbs/F1036_1.ithmb", m_scratch.path("secret"));
+    EXPECT_EQ("thumbnails", readOnDrive(name));
+}
+
+TEST_F(DeviceDatabase, GivesItNoFileThatIsPutThereLater)
+{
+    write(twoPhotos());
+    const QString name = photo(photoLib(), 7).thumbs.value(0).fileName;
+    m_scratch.write("secret", "outside");
+    m_scratch.makeFolder("iPod/Photos/Thumbs");
+    m_scratch.makeLink("iPod/Photos/Thumbs/F1036_1.ithmb", m_scratch.path("secret"));
+    EXPECT_EQ("none", readOnDrive(name));
+}
+
+TEST_F(DeviceDatabase, HoldsEachFileOpenOnceAndNoMoreThanItMay)
+{
+    ClassicLibrary library;
+    constexpr int files = DriveLinks::most + 50;
+    for (quint32 i = 0; i < files; ++i) {
+        const QByteArray name = "F1036_" + QByteArray::number(i) + ".ithmb";
+        m_scratch.write("iPod/Photos/Thumbs/" + name, name);
+        library.photos.append(photoIn(2 * i + 1, ":Thumbs:" + QString::fromUtf8(name)));
+        library.photos.append(photoIn(2 * i + 2, "::Thumbs:" + QString::fromUtf8(name.toLower())));
+    }
+    write(library);
+    const LogCapture log;
+    iphotolib &photos = photoLib();
+    int reachable = 0;
+    for (const quint32 id : photos.photoIDs()) {
+        const QList<itdb_photo> variants = photo(photos, id).thumbs;
+        const QByteArray expected = "F1036_" + QByteArray::number((id - 1) / 2) + ".ithmb";
+        if (!variants.isEmpty() && readOnDrive(variants[0].fileName) == expected)
+            ++reachable;
+    }
+    EXPECT_EQ(2 * DriveLinks::most, reachable);
+    EXPECT_EQ(
+        QList<QByteArray>{"50 picture files are left out: more than 256 can not be held open"},
+        log.failures());
+}
+
+TEST_F(DeviceDatabase, LetsGoOfItsFilesWhenItIsReleased)
+{
+    write(twoPhotos());
+    m_scratch.write("iPod/Photos/Thumbs/F1036_1.ithmb", "thumbnails");
+    for (int i = 0; i < 2 * DriveLinks::most; ++i) {
+        iitdb *database = getPhotoDBInt(&device());
+        ASSERT_EQ(0, database->parse());
+        const QString name = photo(*database->photoLib(), 7).thumbs.value(0).fileName;
+        ASSERT_EQ("thumbnails", readOnDrive(name)) << i;
+        releaseITunesDBInt(&database);
+        ASSERT_EQ("none", readOnDrive(name)) << i;
+    }
 }
 
 TEST(DeviceDatabaseOfNone, IsNoneForAnIosDeviceOrNoDevice)

@@ -1,4 +1,4 @@
-#include "classic/drive_link.h"
+#include "classic/drive_links.h"
 
 #include "devices/unique_fd.h"
 #include "support/device_folder.h"
@@ -12,6 +12,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -19,10 +20,23 @@
 
 namespace {
 
-QByteArray folderOf(const DriveLink &link)
+QByteArray folderOf(const DriveLinks &link)
 {
     const QByteArray name = QFile::encodeName(link.driveName());
     return name.left(name.lastIndexOf('/'));
+}
+
+QByteArray readLink(const DriveLinks &links, int number)
+{
+    QFile file(QStringLiteral("%1:/Photos/%2").arg(links.driveName()).arg(number));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
+}
+
+UniqueFd opened(const QByteArray &path)
+{
+    UniqueFd fd(::open(path.constData(), O_RDONLY | O_CLOEXEC));
+    EXPECT_TRUE(fd.isOpen()) << path.constData();
+    return fd;
 }
 
 bool isThere(const QByteArray &path)
@@ -31,116 +45,142 @@ bool isThere(const QByteArray &path)
     return ::lstat(path.constData(), &status) == 0;
 }
 
-TEST(DriveLink, LeadsToTheFolderOfPhotos)
+TEST(DriveLinks, LeadToOpenFiles)
 {
     const ScratchFolder scratch;
-    scratch.write("Photos/Thumbs/a", "thumbnails");
-    const DriveLink link(scratch.path("Photos"));
-    QFile file(QStringLiteral("%1:/Photos%2").arg(link.driveName(), QStringLiteral("/Thumbs/a")));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ("thumbnails", file.readAll());
+    scratch.write("a", "one");
+    scratch.write("b", "two");
+    const UniqueFd a = opened(scratch.path("a"));
+    const UniqueFd b = opened(scratch.path("b"));
+    DriveLinks links;
+    const int first = links.add(a.get());
+    const int second = links.add(b.get());
+    EXPECT_EQ("one", readLink(links, first));
+    EXPECT_EQ("two", readLink(links, second));
+    links.remove(first);
+    EXPECT_EQ("none", readLink(links, first));
+    EXPECT_EQ("two", readLink(links, second));
 }
 
-TEST(DriveLink, LiesWhereNobodyElseCanGo)
+TEST(DriveLinks, LeadToThemWhateverBecomesOfTheirNames)
 {
     const ScratchFolder scratch;
-    scratch.makeFolder("Photos");
-    const DriveLink link(scratch.path("Photos"));
+    scratch.write("a", "one");
+    scratch.write("secret", "outside");
+    const UniqueFd a = opened(scratch.path("a"));
+    DriveLinks links;
+    const int number = links.add(a.get());
+    ASSERT_EQ(0, ::unlink(scratch.path("a").constData()));
+    scratch.makeLink("a", scratch.path("secret"));
+    EXPECT_EQ("one", readLink(links, number));
+}
+
+TEST(DriveLinks, AreNotMoreThanThereMayBe)
+{
+    const ScratchFolder scratch;
+    scratch.write("a", "one");
+    const UniqueFd a = opened(scratch.path("a"));
+    DriveLinks links;
+    for (int i = 0; i < DriveLinks::most; ++i)
+        EXPECT_LE(0, links.add(a.get()));
+    EXPECT_EQ(-1, links.add(a.get()));
+    links.remove(17);
+    EXPECT_EQ(17, links.add(a.get()));
+}
+
+TEST(DriveLinks, LieWhereNobodyElseCanGo)
+{
+    const DriveLinks link;
     struct stat status = {};
     ASSERT_EQ(0, ::stat(folderOf(link).constData(), &status));
     EXPECT_EQ(0700u, status.st_mode & 07777);
 }
 
-TEST(DriveLink, IsGoneWithItsObject)
+TEST(DriveLinks, AreGoneWithTheirObject)
 {
     const ScratchFolder scratch;
-    scratch.write("Photos/a", "");
+    scratch.write("a", "one");
+    const UniqueFd a = opened(scratch.path("a"));
     QByteArray folder;
     {
-        const DriveLink link(scratch.path("Photos"));
-        folder = folderOf(link);
+        DriveLinks links;
+        links.add(a.get());
+        links.add(a.get());
+        folder = folderOf(links);
         EXPECT_TRUE(isThere(folder));
     }
     EXPECT_FALSE(isThere(folder));
-    EXPECT_TRUE(scratch.exists("Photos/a"));
+    EXPECT_EQ("one", scratch.read("a"));
 }
 
-TEST(DriveLink, DiffersFromThatOfEveryOtherDrive)
+TEST(DriveLinks, DifferFromThoseOfEveryOtherDrive)
 {
     const ScratchFolder scratch;
-    scratch.write("one/a", "1");
-    scratch.write("two/a", "2");
-    const DriveLink one(scratch.path("one"));
-    const DriveLink two(scratch.path("two"));
+    scratch.write("a", "1");
+    scratch.write("b", "2");
+    const UniqueFd a = opened(scratch.path("a"));
+    const UniqueFd b = opened(scratch.path("b"));
+    DriveLinks one;
+    DriveLinks two;
     EXPECT_NE(one.driveName(), two.driveName());
-    QFile file(two.driveName() + QStringLiteral(":/Photos/a"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ("2", file.readAll());
+    EXPECT_EQ(one.add(a.get()), two.add(b.get()));
+    EXPECT_EQ("1", readLink(one, 0));
+    EXPECT_EQ("2", readLink(two, 0));
 }
 
-TEST(DriveLink, IsMadeInTheFolderForTemporaryFiles)
+TEST(DriveLinks, AreMadeInTheFolderForTemporaryFiles)
 {
     const ScratchFolder scratch;
     scratch.makeFolder("tmp");
     const Environment folder("TMPDIR", scratch.path("tmp"));
-    const DriveLink link(scratch.root());
+    const DriveLinks link;
     EXPECT_TRUE(folderOf(link).startsWith(scratch.path("tmp/")));
 }
 
 // The plug-in puts the two names into "%1:/Photos%2" one after the other.
-TEST(DriveLink, HasNoNameInWhichAFileNameCouldBePut)
+TEST(DriveLinks, HaveNoNameInWhichAFileNameCouldBePut)
 {
     const ScratchFolder scratch;
-    scratch.write("photos/a", "thumbnails");
+    scratch.write("a", "thumbnails");
+    const UniqueFd a = opened(scratch.path("a"));
     for (const char *name : {"%1", "100%2", "%9%"}) {
         scratch.makeFolder(name);
         const Environment folder("TMPDIR", scratch.path(name));
-        const DriveLink link(scratch.path("photos"));
-        QFile file(QStringLiteral("%1:/Photos%2").arg(link.driveName()).arg("/a"));
+        DriveLinks links;
+        links.add(a.get());
+        QFile file(QStringLiteral("%1:/Photos%2").arg(links.driveName()).arg("/0"));
         EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
     }
 }
 
-TEST(DriveLinkThreads, MakeAndDropLinksOfTheirOwn)
+TEST(DriveLinksThreads, MakeAndDropLinksOfTheirOwn)
 {
     constexpr int threads = 4;
     constexpr int rounds = 50;
     const ScratchFolder scratch;
     scratch.makeFolder("tmp");
-    for (int i = 0; i < threads; ++i)
-        scratch.write("photos" + QByteArray::number(i) + "/a", QByteArray::number(i));
     const Environment folder("TMPDIR", scratch.path("tmp"));
+    for (int i = 0; i < threads; ++i)
+        scratch.write(QByteArray::number(i), QByteArray::number(i));
     std::atomic<int> wrong{0};
     runOnThreads(threads, [&](int number) {
         const QByteArray name = QByteArray::number(number);
+        const UniqueFd file = opened(scratch.path(name));
         for (int i = 0; i < rounds; ++i) {
-            const DriveLink link(scratch.path("photos" + name));
-            QFile file(link.driveName() + QStringLiteral(":/Photos/a"));
-            if (!file.open(QIODevice::ReadOnly) || file.readAll() != name)
-                ++wrong;
+            DriveLinks links;
+            wrong += readLink(links, links.add(file.get())) == name ? 0 : 1;
         }
     });
     EXPECT_EQ(0, wrong);
     EXPECT_EQ(QList<QByteArray>(), scratch.everythingIn("tmp"));
 }
 
-TEST(DriveLink, LeavesNothingWhenItCanNotBeMade)
-{
-    const ScratchFolder scratch;
-    scratch.makeFolder("tmp");
-    const Environment folder("TMPDIR", scratch.path("tmp"));
-    const QByteArray tooLong(5000, 'x');
-    EXPECT_THROW(DriveLink{tooLong}, std::system_error);
-    EXPECT_THROW(DriveLink{QByteArray()}, std::system_error);
-    EXPECT_EQ(QList<QByteArray>(), scratch.everythingIn("tmp"));
-}
-
-TEST(DriveLink, TellsThatThereIsNoFolderForTemporaryFiles)
+TEST(DriveLinks, TellThatThereIsNoFolderForTemporaryFiles)
 {
     const ScratchFolder scratch;
     const Environment folder("TMPDIR", scratch.path("missing"));
     try {
-        const DriveLink link(scratch.root());
+        const DriveLinks link;
         FAIL() << link.driveName().toStdString();
     } catch (const std::system_error &error) {
         EXPECT_EQ(ENOENT, error.code().value());
@@ -156,32 +196,33 @@ void stopIgnoring(int signal)
 }
 
 // A process with two links that waits for `signal`.
-[[noreturn]] void waitWithLinks(const QByteArray &target, int report, int signal)
+[[noreturn]] void waitWithLinks(int report, int signal)
 {
     stopIgnoring(signal);
-    const DriveLink one(target);
-    const DriveLink two(target);
+    DriveLinks one;
+    DriveLinks two;
+    for (int i = 0; i < DriveLinks::most; ++i)
+        one.add(report);
+    two.add(report);
     const QByteArray folders = folderOf(one) + '\n' + folderOf(two) + '\n';
     if (::write(report, folders.constData(), static_cast<size_t>(folders.size())) > 0)
         ::pause();
     ::_exit(1);
 }
 
-class DriveLinkOfAProgram : public testing::TestWithParam<int>
+class DriveLinksOfAProgram : public testing::TestWithParam<int>
 {
 };
 
-TEST_P(DriveLinkOfAProgram, IsGoneWhenASignalEndsIt)
+TEST_P(DriveLinksOfAProgram, AreGoneWhenASignalEndsIt)
 {
-    const ScratchFolder scratch;
-    scratch.makeFolder("Photos");
     int ends[2] = {};
     ASSERT_EQ(0, ::pipe(ends));
     const UniqueFd reading(ends[0]);
     const UniqueFd writing(ends[1]);
     const pid_t child = ::fork();
     if (child == 0)
-        waitWithLinks(scratch.path("Photos"), writing.get(), GetParam());
+        waitWithLinks(writing.get(), GetParam());
     ASSERT_GT(child, 0);
     char names[1000] = {};
     ASSERT_GT(::read(reading.get(), names, sizeof(names) - 1), 0);
@@ -198,12 +239,13 @@ TEST_P(DriveLinkOfAProgram, IsGoneWhenASignalEndsIt)
 }
 
 // A process that makes and drops links for as long as it may, on a thread of its own or not.
-[[noreturn]] void makeLinks(const QByteArray &target, int report, bool onItsOwnThread)
+[[noreturn]] void makeLinks(int report, bool onItsOwnThread)
 {
     stopIgnoring(SIGTERM);
     const auto work = [&] {
         for (bool isFirst = true;; isFirst = false) {
-            const DriveLink link(target);
+            DriveLinks links;
+            links.add(report);
             if (isFirst && ::write(report, "", 1) != 1)
                 ::_exit(1);
         }
@@ -218,7 +260,7 @@ TEST_P(DriveLinkOfAProgram, IsGoneWhenASignalEndsIt)
 }
 
 // Sends a signal to such a process after `spins` rounds of waiting. Whether it ended by it.
-bool endsMakerOfLinks(const QByteArray &target, int spins, bool onItsOwnThread)
+bool endsMakerOfLinks(int spins, bool onItsOwnThread)
 {
     int ends[2] = {};
     if (::pipe(ends) != 0)
@@ -227,7 +269,7 @@ bool endsMakerOfLinks(const QByteArray &target, int spins, bool onItsOwnThread)
     const UniqueFd writing(ends[1]);
     const pid_t child = ::fork();
     if (child == 0)
-        makeLinks(target, writing.get(), onItsOwnThread);
+        makeLinks(writing.get(), onItsOwnThread);
     char byte = 0;
     const bool hasBegun = child > 0 && ::read(reading.get(), &byte, 1) == 1;
     for (std::atomic<int> i{0}; i < spins; ++i) {
@@ -242,35 +284,35 @@ void expectNothingOfMakers(bool onItsOwnThread)
     constexpr int rounds = 100;
     const ScratchFolder scratch;
     scratch.makeFolder("tmp");
-    scratch.makeFolder("photos");
     const Environment folder("TMPDIR", scratch.path("tmp"));
     int ended = 0;
     for (int round = 0; round < rounds; ++round)
-        ended += endsMakerOfLinks(scratch.path("photos"), round * 200, onItsOwnThread);
+        ended += endsMakerOfLinks(round * 200, onItsOwnThread);
     EXPECT_EQ(rounds, ended);
     EXPECT_EQ(QList<QByteArray>(), scratch.everythingIn("tmp"));
 }
 
-TEST(DriveLinkOfAMaker, IsGoneWhenASignalComesWhileItIsMade)
+TEST(DriveLinksOfAMaker, AreGoneWhenASignalComesWhileItIsMade)
 {
     expectNothingOfMakers(false);
 }
 
-TEST(DriveLinkOfAMaker, IsGoneWhenAnotherThreadGetsASignalWhileItIsMade)
+TEST(DriveLinksOfAMaker, AreGoneWhenAnotherThreadGetsASignalWhileItIsMade)
 {
     expectNothingOfMakers(true);
 }
 
-TEST(DriveLink, LeavesTheSignalsOfItsThreadAsTheyAre)
+TEST(DriveLinks, LeaveTheSignalsOfItsThreadAsTheyAre)
 {
     const ScratchFolder scratch;
     sigset_t before;
     sigset_t after;
-    sigset_t failed;
     ::pthread_sigmask(SIG_BLOCK, nullptr, &before);
-    const DriveLink link(scratch.root());
+    const DriveLinks link;
     ::pthread_sigmask(SIG_BLOCK, nullptr, &after);
-    EXPECT_THROW(DriveLink{QByteArray()}, std::system_error);
+    const Environment folder("TMPDIR", scratch.path("missing"));
+    sigset_t failed;
+    EXPECT_THROW(DriveLinks(), std::system_error);
     ::pthread_sigmask(SIG_BLOCK, nullptr, &failed);
     for (int signal = 1; signal < SIGRTMIN; ++signal) {
         EXPECT_EQ(sigismember(&before, signal), sigismember(&after, signal)) << signal;
@@ -278,7 +320,7 @@ TEST(DriveLink, LeavesTheSignalsOfItsThreadAsTheyAre)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, DriveLinkOfAProgram,
+INSTANTIATE_TEST_SUITE_P(Signals, DriveLinksOfAProgram,
                          testing::Values(SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM),
                          [](const auto &info) { return std::string(::sigabbrev_np(info.param)); });
 

@@ -1,9 +1,11 @@
-#include "classic/drive_link.h"
+#include "classic/drive_links.h"
 
 #include "services/blocked_signals.h"
 
 #include <QFile>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -24,12 +26,14 @@ constexpr std::initializer_list<int> signalsThatEnd = {SIGHUP, SIGINT, SIGPIPE, 
 
 /// What one object has made. Places are never freed and serve the next object: the handler
 /// of a signal walks them without a lock.
-struct DriveLink::Place {
-    std::string folder;                ///< the private one
-    std::string drive;                 ///< "DRIVE:" in it
-    std::string link;                  ///< "Photos" in that
-    std::atomic<bool> isFilled{false}; ///< the names above stand
-    bool isTaken = false;              // guarded by the mutex
+struct DriveLinks::Place {
+    std::string folder;                   ///< the private one
+    std::string drive;                    ///< "DRIVE:" in it
+    std::string photos;                   ///< "Photos" in that
+    std::array<std::string, most> links;  ///< those that there may be in that
+    std::atomic<bool> isFilled{false};    ///< the names above stand
+    std::array<bool, most> isLinked = {}; // the owner's
+    bool isTaken = false;                 // guarded by the mutex
     Place *next = nullptr;
 
     static std::atomic<Place *> first;
@@ -39,28 +43,30 @@ struct DriveLink::Place {
     static std::atomic<int> making;    ///< links that are being made, on any threads
     static std::atomic<bool> isEnding; ///< the handler of a signal removes them all
 
-    void make(const QByteArray &target);
+    void make();
 
     // Nothing here but what the handler of a signal may call.
     void clear()
     {
         if (!isFilled)
             return;
-        ::unlink(link.c_str());
+        for (const std::string &link : links)
+            ::unlink(link.c_str());
+        ::rmdir(photos.c_str());
         ::rmdir(drive.c_str());
         ::rmdir(folder.c_str());
         isFilled = false; // last, for a signal in between has the rest to remove
     }
 };
 
-std::atomic<DriveLink::Place *> DriveLink::Place::first{nullptr};
-std::mutex DriveLink::Place::mutex;
-std::atomic<int> DriveLink::Place::making{0};
-std::atomic<bool> DriveLink::Place::isEnding{false};
+std::atomic<DriveLinks::Place *> DriveLinks::Place::first{nullptr};
+std::mutex DriveLinks::Place::mutex;
+std::atomic<int> DriveLinks::Place::making{0};
+std::atomic<bool> DriveLinks::Place::isEnding{false};
 
 /// While it lives, no signal ends the program: neither this thread gets one, nor does a
 /// handler on another thread go on. What is made meanwhile is in its place afterwards.
-class DriveLink::Place::Making
+class DriveLinks::Place::Making
 {
 public:
     Making()
@@ -114,20 +120,23 @@ void require(bool isDone, const std::string &path)
 
 } // namespace
 
-void DriveLink::Place::make(const QByteArray &target)
+void DriveLinks::Place::make()
 {
     const std::string parent = temporaryFolder();
     const Making making;
     folder = parent + "/photolib-XXXXXX";
     require(::mkdtemp(folder.data()), parent); // which lets nobody else in
     drive = folder + "/iPod:";
-    link = drive + "/Photos";
+    photos = drive + "/Photos";
+    for (size_t i = 0; i < links.size(); ++i)
+        links[i] = photos + '/' + std::to_string(i);
+    isLinked.fill(false);
     isFilled = true;
     require(::mkdir(drive.c_str(), 0700) == 0, drive);
-    require(::symlink(target.constData(), link.c_str()) == 0, link);
+    require(::mkdir(photos.c_str(), 0700) == 0, photos);
 }
 
-DriveLink::Place *DriveLink::newPlace()
+DriveLinks::Place *DriveLinks::newPlace()
 {
     const std::lock_guard<std::mutex> lock(Place::mutex);
     handleSignals();
@@ -144,7 +153,7 @@ DriveLink::Place *DriveLink::newPlace()
 }
 
 // Each time, for a program may have stopped to ignore one.
-void DriveLink::handleSignals()
+void DriveLinks::handleSignals()
 {
     for (const int signal : signalsThatEnd) {
         struct sigaction action = {};
@@ -158,7 +167,7 @@ void DriveLink::handleSignals()
 
 // The default action is taken at the end, before any other thread makes a link. It does not
 // end the first process of a container, though.
-void DriveLink::removeAllAndDie(int signal)
+void DriveLinks::removeAllAndDie(int signal)
 {
     Place::isEnding = true;
     constexpr int mostMoments = 1000; // a disk may hang
@@ -172,10 +181,10 @@ void DriveLink::removeAllAndDie(int signal)
     Place::isEnding = false;
 }
 
-DriveLink::DriveLink(const QByteArray &photosFolder) : m_place(newPlace())
+DriveLinks::DriveLinks() : m_place(newPlace())
 {
     try {
-        m_place->make(photosFolder);
+        m_place->make();
     } catch (...) {
         m_place->clear();
         const std::lock_guard<std::mutex> lock(Place::mutex);
@@ -184,14 +193,36 @@ DriveLink::DriveLink(const QByteArray &photosFolder) : m_place(newPlace())
     }
 }
 
-DriveLink::~DriveLink()
+DriveLinks::~DriveLinks()
 {
     m_place->clear();
     const std::lock_guard<std::mutex> lock(Place::mutex);
     m_place->isTaken = false;
 }
 
-QString DriveLink::driveName() const
+int DriveLinks::add(int fd)
+{
+    auto &isLinked = m_place->isLinked;
+    const auto free = std::find(isLinked.begin(), isLinked.end(), false);
+    if (free == isLinked.end())
+        return -1;
+    const auto number = static_cast<size_t>(free - isLinked.begin());
+    const std::string target = "/proc/self/fd/" + std::to_string(fd);
+    const std::string &link = m_place->links[number];
+    const Place::Making making;
+    require(::symlink(target.c_str(), link.c_str()) == 0, link);
+    *free = true;
+    return static_cast<int>(number);
+}
+
+void DriveLinks::remove(int number)
+{
+    const auto index = static_cast<size_t>(number);
+    ::unlink(m_place->links[index].c_str());
+    m_place->isLinked[index] = false;
+}
+
+QString DriveLinks::driveName() const
 {
     const std::string name = m_place->drive.substr(0, m_place->drive.size() - 1);
     return QFile::decodeName(name.c_str());
