@@ -48,7 +48,7 @@ QString PictureFiles::open(const QString &name)
 QString PictureFiles::openNew(const QString &name)
 {
     const QByteArray path = m_paths.path(name);
-    const QString nameOnDisk = nameOf(path);
+    QString nameOnDisk = nameOf(path);
     const auto known = m_links.constFind(nameOnDisk);
     if (known != m_links.constEnd())
         return *known == noLink ? QString() : nameOnDisk;

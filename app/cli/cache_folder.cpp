@@ -18,7 +18,7 @@ bool isAbsolute(const QByteArray &path)
 
 QByteArray homeFolder()
 {
-    const QByteArray home = qgetenv("HOME");
+    QByteArray home = qgetenv("HOME");
     if (home.isEmpty())
         throw CommandError("HOME", "is not set, which tells where the user's cache folder is");
     if (!isAbsolute(home))

@@ -32,10 +32,11 @@ bool isStillAt(const UniqueFd &fd, const QByteArray &path)
            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-bool isLink(const QByteArray &path)
+// The type bits of what `path` names itself; 0 when it names nothing.
+mode_t typeOf(const QByteArray &path)
 {
     struct stat status = {};
-    return ::lstat(path.constData(), &status) == 0 && S_ISLNK(status.st_mode);
+    return ::lstat(path.constData(), &status) == 0 ? status.st_mode & S_IFMT : 0;
 }
 
 // A folder that a link leads to, or that somebody else made, is not the one that is meant:
@@ -44,9 +45,10 @@ UniqueFd openOwnFolder(const QByteArray &path)
 {
     UniqueFd fd(::open(path.constData(), ownFolderFlags));
     const int code = errno;
-    if (!fd.isOpen() && code == ENOENT)
+    const mode_t type = fd.isOpen() ? S_IFDIR : typeOf(path);
+    if (type == 0 && (code == ENOENT || code == ENOTDIR)) // a file may stand above it
         return fd;
-    if (!fd.isOpen() && isLink(path))
+    if (type == S_IFLNK)
         throw CommandError(path.toStdString(), "a link, where a folder itself is needed");
     errno = code == ENOTDIR ? EEXIST : code;
     struct stat status = {};

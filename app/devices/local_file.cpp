@@ -37,7 +37,9 @@ UniqueFd regularFile(UniqueFd fd, FileError *error)
 std::unique_ptr<LocalFile> LocalFile::fromFd(UniqueFd fd, FileError *error)
 {
     UniqueFd file = regularFile(std::move(fd), error);
-    return file.isOpen() ? std::unique_ptr<LocalFile>(new LocalFile(std::move(file))) : nullptr;
+    if (!file.isOpen())
+        return nullptr;
+    return std::unique_ptr<LocalFile>(new LocalFile(std::move(file)));
 }
 
 std::unique_ptr<LocalFile> LocalFile::openForReading(const QByteArray &path, FileError *error)
