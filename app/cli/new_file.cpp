@@ -133,6 +133,13 @@ void NewFile::dropTemporaryName()
     m_temporaryName.clear();
 }
 
+void NewFile::takePermissionsOf(const QByteArray &name)
+{
+    struct stat status = {};
+    if (::fstatat(m_folder, name.constData(), &status, 0) == 0 && S_ISREG(status.st_mode))
+        check(::fchmod(m_fd.get(), status.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO)));
+}
+
 void NewFile::write(const char *bytes, qint64 length)
 {
     while (length > 0) {
@@ -232,6 +239,7 @@ void requireReplaceable(int folder, const QByteArray &name, const QByteArray &pa
 void replaceFile(int folder, const QByteArray &name, const QByteArray &bytes)
 {
     NewFile file(folder);
+    file.takePermissionsOf(name); // before anybody could read what only some may
     file.write(bytes.constData(), bytes.size());
     file.replace(name);
 }

@@ -28,6 +28,10 @@ public:
     NewFile(const NewFile &) = delete;
     NewFile &operator=(const NewFile &) = delete;
 
+    /// Gives the file the permissions of a regular file, or one that a link leads to, that has
+    /// the name `name`, if there is one.
+    void takePermissionsOf(const QByteArray &name);
+
     void write(const char *bytes, qint64 length);
 
     /// Sets the time of the last change, in nanoseconds since 1970-01-01 UTC.
@@ -63,7 +67,8 @@ void removeTemporaryFiles();
 /// of the process, as /dev/stdout is one.
 void requireReplaceable(int folder, const QByteArray &name, const QByteArray &path);
 
-/// Writes a file with the content `bytes` whole; a file of that name is replaced.
+/// Writes a file with the content `bytes` whole; a file of that name is replaced and leaves it
+/// its permissions.
 void replaceFile(int folder, const QByteArray &name, const QByteArray &bytes);
 
 #endif // PHOTOLIB_CLI_NEW_FILE_H
