@@ -19,9 +19,7 @@ FileError changeOf(DeviceFileSystem &files, const QByteArray &path, const FileIn
     FileError error;
     if (!files.info(path, &info, &error))
         return error;
-    const bool isSame = path == databasePath
-                            ? info.size == was.size && info.modified == was.modified
-                            : info.size >= was.size;
+    const bool isSame = path == databasePath ? info.isSameAs(was) : info.size >= was.size;
     return isSame ? FileError() : changed();
 }
 
@@ -51,6 +49,7 @@ void DatabaseCopy::look(DeviceFileSystem &files, const QByteArray &path)
     if (isThere && !__builtin_add_overflow(m_total, info.size, &total)) {
         m_total = total;
         m_found[path] = info;
+        m_foundNames.append(files.displayName(path));
     } else if (error.kind == FileError::NotFound && path != databasePath) {
         m_missing.append(path);
     } else {
@@ -65,9 +64,9 @@ void DatabaseCopy::requireUnchanged(DeviceFileSystem &files)
         if (change.kind != FileError::None)
             fail(files.displayName(found.key()), change);
     }
-    // It may have been shorter for a moment.
+    // Neither did the files change, nor did reading or writing fail: it was not even tried.
     if (m_done < m_total)
-        fail(m_deviceDatabase, changed());
+        fail(m_deviceDatabase, {FileError::Failed, QStringLiteral("not copied: out of memory")});
 }
 
 QByteArray DatabaseCopy::localDatabase() const
@@ -92,8 +91,12 @@ bool DatabaseCopy::isHarmless(const QByteArray &line) const
 
 void DatabaseCopy::failed(const QByteArray &name, const FileError &error)
 {
-    if (concerns(name) && error.kind != FileError::NotFound)
+    if (!concerns(name))
+        return;
+    if (error.kind != FileError::NotFound)
         fail(name, error);
+    else if (m_foundNames.contains(name))
+        fail(name, changed());
 }
 
 // The first failure is the cause of the others.

@@ -57,6 +57,7 @@ private:
     const QByteArray m_workFolder;
     const QByteArray m_deviceDatabase;
     QList<QByteArray> m_missing;        // paths on the device
+    QList<QByteArray> m_foundNames;     // as a person knows them
     QMap<QByteArray, FileInfo> m_found; // by path on the device
     qint64 m_total = 0;
     std::atomic<qint64> m_done{0};

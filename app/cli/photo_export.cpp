@@ -19,6 +19,10 @@ constexpr int blockSize = 2 << 20;
 struct Cancelled {
 };
 
+// The file on the device is not what it was when its copy was begun.
+struct Changed {
+};
+
 // What keeps one file from being copied, and not the next one.
 struct FileFailure {
     QString cause;
@@ -81,7 +85,9 @@ struct PhotoExport::Source {
     qint64 size;
     std::optional<qint64> modified;
     std::unique_ptr<DeviceFile> file;
-    std::optional<NewFile> copy;
+    QByteArray path; // on the device; empty for what is made
+    FileInfo before; // of that, when it was opened
+    std::optional<NewFile> copy = std::nullopt;
 };
 
 QString ExportCounts::text() const
@@ -116,8 +122,8 @@ void PhotoExport::run()
 void PhotoExport::handle(const ExportItem &item)
 {
     try {
-        Source source = item.make ? made(item) : opened(item);
-        store(source);
+        if (!tryToStore(item) && !tryToStore(item))
+            throw FileFailure{QStringLiteral("changed while it was read, twice")};
     } catch (const FileFailure &failure) {
         addFailure(item, failure.cause);
     } catch (const std::system_error &error) {
@@ -128,15 +134,28 @@ void PhotoExport::handle(const ExportItem &item)
     }
 }
 
+// False when the file changed meanwhile.
+bool PhotoExport::tryToStore(const ExportItem &item)
+{
+    try {
+        Source source = item.make ? made(item) : opened(item);
+        store(source);
+        return true;
+    } catch (const Changed &) {
+        return false;
+    }
+}
+
 PhotoExport::Source PhotoExport::opened(const ExportItem &item)
 {
     FileError error = item.failure;
+    FileInfo info;
     std::unique_ptr<DeviceFile> file;
-    if (error.kind == FileError::None)
+    if (error.kind == FileError::None && deviceFileInfo(m_files, item.path, &info, &error))
         file = openDeviceFile(m_files, item.path, &error);
     if (!file)
         failToRead(error);
-    return {item.name, item.info.size, item.info.modified, std::move(file), std::nullopt};
+    return {item.name, info.size, info.modified, std::move(file), item.path, info};
 }
 
 PhotoExport::Source PhotoExport::made(const ExportItem &item)
@@ -144,8 +163,9 @@ PhotoExport::Source PhotoExport::made(const ExportItem &item)
     const MadeFile file = item.make();
     if (file.failure.kind != FileError::None)
         failToRead(file.failure);
-    return {file.name, file.bytes.size(), file.modified, std::make_unique<MemoryFile>(file.bytes),
-            std::nullopt};
+    return {file.name,     file.bytes.size(),
+            file.modified, std::make_unique<MemoryFile>(file.bytes),
+            QByteArray(),  FileInfo()};
 }
 
 void PhotoExport::store(Source &source)
@@ -196,10 +216,24 @@ void PhotoExport::copy(Source &source, NewFile &target)
         failToRead(error);
     while (const qint64 count = readBlock(source))
         target.write(m_block.constData(), count);
-    if (source.file->tell() != source.size)
-        throw FileFailure{QStringLiteral("changed while it was read")};
+    if (source.file->tell() != source.size || !isUnchanged(source))
+        throw Changed();
     if (source.modified)
         target.setModified(*source.modified);
+}
+
+// A file that is written over while it is read has a part of each.
+bool PhotoExport::isUnchanged(const Source &source)
+{
+    if (source.path.isEmpty())
+        return true;
+    FileInfo info;
+    FileError error;
+    if (deviceFileInfo(m_files, source.path, &info, &error))
+        return info.isSameAs(source.before);
+    if (!error.isMissing())
+        failToRead(error);
+    return false;
 }
 
 bool PhotoExport::isSameAs(const QByteArray &name, Source &source)

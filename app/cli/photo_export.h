@@ -52,6 +52,7 @@ struct ExportCounts {
 
 /// Copies files off a device into a folder, and writes those that are made.
 ///
+/// A file that changes while it is copied is copied once more, and fails when it changes again.
 /// A copy has its content and its time of change before it gets its name, which replaces
 /// nothing: a name that is taken gets a number. A file of that name with the same content
 /// counts as the copy, once for each photo, so that running the export again copies only
@@ -86,12 +87,14 @@ private:
     struct Source;
 
     void handle(const ExportItem &item);
+    bool tryToStore(const ExportItem &item);
     Source opened(const ExportItem &item);
     static Source made(const ExportItem &item);
     void store(Source &source);
     bool storeAs(const QByteArray &name, Source &source);
     bool isPresentAs(const QByteArray &name, Source &source);
     void copy(Source &source, NewFile &target);
+    bool isUnchanged(const Source &source);
     bool isSameAs(const QByteArray &name, Source &source);
     qint64 readBlock(Source &source);
     void addFailure(const ExportItem &item, const QString &cause);

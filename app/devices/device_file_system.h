@@ -25,6 +25,9 @@ struct FileError {
     Kind kind = None;
     QString text; ///< the cause in a few words, such as "Permission denied"
 
+    /// Whether the device has no such file, rather than one that can not be read.
+    bool isMissing() const { return kind == NotFound || kind == WrongType || kind == Outside; }
+
     /// The error for a system call's `errno`.
     static FileError fromErrno(int code);
 };
@@ -36,6 +39,14 @@ struct FileInfo {
     Type type = Other;
     qint64 size = 0;     ///< bytes of a file
     qint64 modified = 0; ///< nanoseconds since 1970-01-01 UTC
+    qint64 changed = 0;  ///< likewise, and nobody can set it; 0 where the device does not tell
+
+    /// Whether a file is as it was when `other` was asked for.
+    bool isSameAs(const FileInfo &other) const
+    {
+        return type == other.type && size == other.size && modified == other.modified &&
+               changed == other.changed;
+    }
 };
 
 /// A file that is open for reading, with a position of its own that starts at 0.

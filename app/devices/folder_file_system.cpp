@@ -206,6 +206,7 @@ bool FolderFileSystem::info(const QByteArray &path, FileInfo *info, FileError *e
     info->type = typeOf(status.st_mode);
     info->size = info->type == FileInfo::File ? status.st_size : 0;
     info->modified = nanoseconds(status.st_mtim);
+    info->changed = nanoseconds(status.st_ctim);
     return true;
 }
 
