@@ -110,11 +110,10 @@ FileError variantFailure(LibrarySession &session, const itdb_photo &variant)
     const std::unique_ptr<DeviceFile> file = session.files().open(path, &error);
     const qint64 size = file ? file->size(&error) : -1;
     if (size >= 0 && qint64(variant.offset) + variant.size > size)
-        error.text = QStringLiteral("the file is too short");
+        error = {FileError::Failed, QStringLiteral("the file is too short")};
     else if (size >= 0)
-        error.text = QStringLiteral("not readable");
-    const bool isGone = error.kind == FileError::Disconnected;
-    return {isGone ? FileError::Disconnected : FileError::Failed,
+        error = {FileError::Failed, QStringLiteral("not readable")};
+    return {error.kind,
             QStringLiteral("%1: %2").arg(classicFileText(variant.fileName), failureText(error))};
 }
 

@@ -209,8 +209,8 @@ void SheetPage::drawMarks(const QRect &picture, const SheetCell &cell)
     QPoint corner = picture.topLeft() + QPoint(inset, inset);
     if (cell.isTrashed)
         corner.ry() = drawMark(corner, QStringLiteral("in the trash"), trashFill).bottom() + inset;
-    if (cell.isMissing)
-        drawMark(corner, QStringLiteral("file missing"), missingFill);
+    if (!cell.fileMark.isEmpty())
+        drawMark(corner, cell.fileMark, missingFill);
 }
 
 QRect SheetPage::drawMark(const QPoint &corner, const QString &words, const QColor &color)

@@ -49,7 +49,7 @@ struct SheetCell {
     bool isVideo = false;
     int seconds = 0;        ///< of a video; 0 when it is not known
     bool isTrashed = false; ///< is dimmed
-    bool isMissing = false; ///< its file is not on the device
+    QString fileMark;       ///< what is wrong with its file, if anything
 };
 
 /// A page that is being drawn. A QGuiApplication must live, for the text.

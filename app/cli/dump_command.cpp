@@ -50,7 +50,7 @@ Json idList(const QList<quint64> &ids)
 Json photoObject(LibrarySession &session, quint64 id)
 {
     photoItem item;
-    if (!session.photo(id, &item))
+    if (session.photo(id, &item) != FileState::There)
         return {{"id", id}, {"ok", false}};
     return {
         {"id", item.id},

@@ -31,24 +31,25 @@ struct Summary {
     int photos = 0;
     int videos = 0;
     int missing = 0;
+    int unreadable = 0;
     int trashed = 0;
     qint64 bytes = 0;
     std::set<QString> bursts; // sorted: a device can choose names that make hashes slow
     DateRange modified;
 
-    void add(const photoItem &item, bool isThere);
+    void add(const photoItem &item, FileState state);
 
 private:
     void addFile(const photoItem &item);
 };
 
-void Summary::add(const photoItem &item, bool isThere)
+void Summary::add(const photoItem &item, FileState state)
 {
     ++(item.type == videoType ? videos : photos);
-    if (isThere)
+    if (state == FileState::There)
         addFile(item);
     else
-        ++missing;
+        ++(state == FileState::Missing ? missing : unreadable);
 }
 
 void Summary::addFile(const photoItem &item)
@@ -68,8 +69,8 @@ Summary summaryOf(LibrarySession &session)
     Summary summary;
     for (const quint64 id : session.library().photoIDs()) {
         photoItem item;
-        const bool isThere = session.photo(id, &item);
-        summary.add(item, isThere);
+        const FileState state = session.photo(id, &item);
+        summary.add(item, state);
     }
     return summary;
 }
@@ -106,6 +107,8 @@ void writeIosSummary(LibrarySession &session, LineWriter &lines)
     lines.write("Photos:", summary.photos);
     lines.write("Videos:", summary.videos);
     lines.write("Missing:", QStringLiteral("%1 without a file on the device").arg(summary.missing));
+    if (summary.unreadable > 0)
+        lines.write("Unreadable:", summary.unreadable);
     lines.write("Bursts:", static_cast<int>(summary.bursts.size()));
     lines.write("In the trash:", summary.trashed);
     lines.write("Albums:", session.library().albumCnt());

@@ -1,7 +1,9 @@
 #include "cli/library_command.h"
 
+#include "cli/command_error.h"
 #include "cli/library_session.h"
 #include "cli/output.h"
+#include "services/log_output.h"
 
 #include <CLI/CLI.hpp>
 
@@ -35,5 +37,9 @@ int workOnLibrary(const CommandContext &context, const std::optional<std::string
     const int exitCode = work(session, output);
     output.flush();
     session.keepCopies();
-    return exitCode;
+    const QString unreadable = session.unreadableText();
+    if (unreadable.isEmpty())
+        return exitCode;
+    writeErrorLine("photolib: " + unreadable.toUtf8());
+    return CommandError::failed;
 }

@@ -7,6 +7,7 @@
 #include "cli/default_device.h"
 #include "cli/device_bounds.h"
 #include "cli/parse_run.h"
+#include "cli/photo_text.h"
 #include "cli/progress_bar.h"
 #include "devices/folder_file_system.h"
 #include "services/device_names.h"
@@ -248,24 +249,45 @@ bool LibrarySession::showsProgress() const
     return !m_options.quiet && !m_options.verbose && ::isatty(STDERR_FILENO);
 }
 
-bool LibrarySession::photo(quint64 id, photoItem *item)
+FileState LibrarySession::photo(quint64 id, photoItem *item)
 {
-    return m_library->getPhoto(id, item) && hasFile(*item);
+    const bool hasContent = m_library->getPhoto(id, item);
+    const FileState state = fileState(*item);
+    return state == FileState::There && !hasContent ? FileState::Missing : state;
 }
 
 // The plug-in also takes a path for one of the host computer's own. What the database names
 // outside the device is none of its photos. A classic iPod's photos have no paths: their
 // pictures are in files that they share.
-bool LibrarySession::hasFile(const photoItem &item) const
+FileState LibrarySession::fileState(const photoItem &item)
 {
     if (classicIpod())
-        return true;
+        return FileState::There;
     FileInfo info;
     FileError error;
     const bool isThere = deviceFileInfo(*m_files, item.path.toUtf8(), &info, &error);
-    if (!isThere)
-        requireConnected(error);
-    return isThere && info.type == FileInfo::File;
+    if (isThere)
+        return info.type == FileInfo::File ? FileState::There : FileState::Missing;
+    requireConnected(error);
+    if (error.isMissing())
+        return FileState::Missing;
+    noteUnreadable(labelText(item), error);
+    return FileState::Unreadable;
+}
+
+void LibrarySession::noteUnreadable(const QString &name, const FileError &error)
+{
+    if (++m_unreadable == 1)
+        m_firstUnreadable = name + QLatin1String(": ") + error.text;
+}
+
+QString LibrarySession::unreadableText() const
+{
+    if (m_unreadable == 0)
+        return QString();
+    const QString files = m_unreadable == 1 ? QStringLiteral("file") : QStringLiteral("files");
+    return QStringLiteral("%1; %2 %3 can not be read")
+        .arg(m_firstUnreadable, QString::number(m_unreadable), files);
 }
 
 void LibrarySession::requireDevice() const

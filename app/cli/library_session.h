@@ -14,6 +14,13 @@
 
 class DatabaseCopy;
 
+/// Whether the device has the file of a photo or video.
+enum class FileState {
+    There,
+    Missing,
+    Unreadable, ///< the device does not say, for it may not be asked or fails
+};
+
 /// The parsed photo library of one device, from opening the device to dropping it. For one
 /// thread.
 class LibrarySession
@@ -27,14 +34,23 @@ public:
 
     photo_manager_int &library() { return *m_library; }
 
-    /// Fills `*item` for the photo or video `id`. False when its file is not on the device;
-    /// the identity, name, dimensions, kind and path are filled all the same. A photo of a
-    /// classic iPod needs no file of its own.
-    bool photo(quint64 id, photoItem *item);
+    /// Fills `*item` for the photo or video `id`, and tells of its file, where an empty one
+    /// counts as missing. Without one the identity, name, dimensions, kind and path are filled
+    /// all the same. A photo of a classic iPod needs no file of its own.
+    FileState photo(quint64 id, photoItem *item);
 
-    /// Whether the file of `item` is on the device, be it empty; true on a classic iPod.
-    /// Throws CommandError, and so does `photo`, when the device is gone.
-    bool hasFile(const photoItem &item) const;
+    /// Whether the file of `item` is on the device, be it empty; it is on a classic iPod. Notes
+    /// one that can not be read. Throws CommandError, and so does `photo`, when the device is
+    /// gone.
+    FileState fileState(const photoItem &item);
+
+    /// Notes a file of the device that can not be read though it is not missing, by a name for
+    /// messages. On the thread that uses the session.
+    void noteUnreadable(const QString &name, const FileError &error);
+
+    /// Why the first file that was noted can not be read, and how many there are, for a
+    /// message; empty when there are none.
+    QString unreadableText() const;
 
     /// Throws CommandError when the device is gone: to be called before something is said to
     /// be missing.
@@ -82,6 +98,8 @@ private:
     std::string m_name;
     bool m_isSample = false;
     bool m_isNewSample = false;
+    QString m_firstUnreadable; // "NAME: CAUSE"
+    int m_unreadable = 0;
 
     // In the order in which they depend on each other.
     std::shared_ptr<DeviceFileSystem> m_files;

@@ -14,8 +14,10 @@ namespace {
 QStringList iosRow(LibrarySession &session, quint64 id)
 {
     photoItem item;
-    const bool isThere = session.photo(id, &item);
-    const QString size = isThere ? byteCountText(qint64(item.fileSize)) : QStringLiteral("missing");
+    const FileState state = session.photo(id, &item);
+    const QString size = state == FileState::There     ? byteCountText(qint64(item.fileSize))
+                         : state == FileState::Missing ? QStringLiteral("missing")
+                                                       : QStringLiteral("unreadable");
     // Only the modification date is read from the device.
     return {QString::number(id),  nameText(item.name),       kindText(item),     size,
             dimensionsText(item), dateText(item.modifyDate), nameText(item.path)};

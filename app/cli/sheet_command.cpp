@@ -10,14 +10,12 @@
 #include "cli/new_file.h"
 #include "cli/output.h"
 #include "cli/photo_text.h"
-#include "cli/qt_messages.h"
+#include "cli/text_drawing.h"
 #include "cli/thumbnail.h"
 #include "services/log_output.h"
 #include "services/printable.h"
 
 #include <QBuffer>
-#include <QFontMetrics>
-#include <QGuiApplication>
 #include <QStringList>
 
 #include <CLI/CLI.hpp>
@@ -30,37 +28,6 @@ struct SheetArguments {
     std::shared_ptr<std::optional<std::string>> device;
     std::shared_ptr<std::optional<std::string>> album;
     std::string target;
-};
-
-// What text needs of Qt. No display is needed, unless somebody asks for another platform.
-class TextDrawing
-{
-public:
-    TextDrawing() : m_application(argumentCount(), arguments())
-    {
-        // Qt lists families also where there is no font for them.
-        if (!QFontMetrics(QFont(QStringLiteral("sans-serif"))).inFont(QLatin1Char('A')))
-            writeErrorLine("photolib: no font is installed: the sheet has no text");
-    }
-
-private:
-    static int &argumentCount()
-    {
-        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int count = 1;
-        return count;
-    }
-
-    static char **arguments()
-    {
-        static char name[] = "photolib";
-        static char *list[] = {name, nullptr};
-        return list;
-    }
-
-    const QtMessages m_messages; // of a platform without a session, say
-    const QGuiApplication m_application;
 };
 
 // Where the extension of the file `path` begins; its end when it has none.
@@ -197,13 +164,21 @@ private:
         photoItem item;
         SheetCell cell;
         m_session.library().getPhoto(id, &item); // false also for an empty file
-        cell.isMissing = !m_session.hasFile(item);
+        cell.fileMark = markOf(m_session.fileState(item));
         cell.name = caption(item);
         cell.isVideo = item.type == videoType;
         cell.seconds = item.duration;
         cell.isTrashed = item.trashedDate != 0;
         cell.picture = picture(id, item, &cell.placeholder);
         return cell;
+    }
+
+    static QString markOf(FileState state)
+    {
+        if (state == FileState::There)
+            return QString();
+        return state == FileState::Missing ? QStringLiteral("file missing")
+                                           : QStringLiteral("file unreadable");
     }
 
     QString caption(const photoItem &item) const
@@ -233,6 +208,8 @@ private:
     QImage decoded(const Thumbnail &thumbnail, const photoItem &item, QString *placeholder)
     {
         *placeholder = QStringLiteral("no thumbnail");
+        if (thumbnail.isUnreadable)
+            m_session.noteUnreadable(labelText(m_session, item), thumbnail.failure);
         if (thumbnail.bytes.isEmpty())
             return QImage();
         QString cause;

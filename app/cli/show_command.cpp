@@ -57,10 +57,12 @@ Lines knownOfSome(const photoItem &item)
 Lines iosLines(LibrarySession &session, quint64 id)
 {
     photoItem item;
-    if (session.photo(id, &item))
+    const FileState state = session.photo(id, &item);
+    if (state == FileState::There)
         return knownWithoutFile(item) + knownWithFile(item) + knownOfSome(item);
-    return knownWithoutFile(item) +
-           Lines{{QStringLiteral("File"), QStringLiteral("missing on the device")}};
+    const QString text = state == FileState::Missing ? QStringLiteral("missing on the device")
+                                                     : QStringLiteral("unreadable");
+    return knownWithoutFile(item) + Lines{{QStringLiteral("File"), text}};
 }
 
 QString originalText(LibrarySession &session, const ClassicPhoto &photo)
@@ -73,6 +75,8 @@ QString originalText(LibrarySession &session, const ClassicPhoto &photo)
         return QStringLiteral("none");
     if (findOriginal(session, photo, &path, &info, &error))
         return QStringLiteral("%1, %2").arg(name, sizeText(quint64(info.size)));
+    if (!error.isMissing())
+        session.noteUnreadable(name, error);
     return QStringLiteral("%1, %2").arg(name, failureText(error));
 }
 

@@ -5,6 +5,7 @@
 #include "cli/library_session.h"
 #include "cli/qt_messages.h"
 #include "services/log_output.h"
+#include "services/transfer_monitor.h"
 
 #include <QBuffer>
 #include <QImageReader>
@@ -77,32 +78,63 @@ struct PictureRequest {
     const char *absence;
 };
 
-// Without a cause where neither the log nor the device tells one.
-FileError failureOf(const PictureRequest &request, LibrarySession &session, quint64 id,
-                    const QList<QByteArray> &logged)
+// Hears why a file that is there could not be read.
+class ReadFailure : public TransferObserver
+{
+public:
+    const FileError &error() const { return m_error; }
+
+    void bytesWritten(qint64) override {}
+
+    void failed(const QByteArray &, const FileError &error) override
+    {
+        if (m_error.kind == FileError::None && !error.isMissing())
+            m_error = error;
+    }
+
+private:
+    FileError m_error;
+};
+
+// Why there is no picture; of no kind when nobody tells.
+FileError causeOf(const PictureRequest &request, LibrarySession &session, quint64 id,
+                  const QList<QByteArray> &logged)
 {
     const ClassicPhoto *const photo = classicPhoto(session, id);
     const itdb_photo *const variant = photo ? request.variant(*photo) : nullptr;
-    const QString absence = QLatin1String(request.absence);
-    FileError failure = {FileError::Failed, QString()};
     if (!logged.isEmpty())
-        failure.text = QString::fromUtf8(logged.first());
-    else if (variant)
-        failure = variantFailure(session, *variant);
-    else
-        return {FileError::Failed, absence};
-    return {failure.kind, QStringLiteral("%1 (%2)").arg(absence, failure.text)};
+        return {FileError::Failed, QString::fromUtf8(logged.first())};
+    return variant ? variantFailure(session, *variant) : FileError();
+}
+
+Thumbnail withoutPicture(const PictureRequest &request, const FileError &cause, bool isUnreadable)
+{
+    const QString absence = QLatin1String(request.absence);
+    if (cause.kind == FileError::None)
+        return {QByteArray(), {FileError::Failed, absence}, false};
+    const bool isGone = cause.kind == FileError::Disconnected;
+    return {QByteArray(),
+            {isGone ? FileError::Disconnected : FileError::Failed,
+             QStringLiteral("%1 (%2)").arg(absence, cause.text)},
+            isUnreadable};
 }
 
 Thumbnail pictureOf(LibrarySession &session, quint64 id, const PictureRequest &request)
 {
     QByteArray bytes;
+    ReadFailure failure;
     const LogCapture log;
-    const int result = (session.library().*request.operation)(id, bytes);
-    if (result == 0 && !bytes.isEmpty())
-        return {bytes, FileError()};
+    {
+        const TransferWatch watch(&failure);
+        const int result = (session.library().*request.operation)(id, bytes);
+        if (result == 0 && !bytes.isEmpty())
+            return {bytes, FileError(), false};
+    }
     session.requireDevice();
-    return {QByteArray(), failureOf(request, session, id, log.failures())};
+    if (failure.error().kind != FileError::None)
+        return withoutPicture(request, failure.error(), true);
+    const FileError cause = causeOf(request, session, id, log.failures());
+    return withoutPicture(request, cause, cause.kind == FileError::Denied);
 }
 
 } // namespace

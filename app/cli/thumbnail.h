@@ -12,8 +12,9 @@ class photoItem;
 
 /// A thumbnail as the plug-in gives it.
 struct Thumbnail {
-    QByteArray bytes;  ///< an image file; empty when there is no thumbnail
-    FileError failure; ///< why there is none, in words that a message can end with
+    QByteArray bytes;          ///< an image file; empty when there is no thumbnail
+    FileError failure;         ///< why there is none, in words that a message can end with
+    bool isUnreadable = false; ///< the device has a file for it that can not be read
 };
 
 /// Throws CommandError when the device is gone.

@@ -33,8 +33,12 @@ std::unique_ptr<DeviceFile> openDeviceFile(DeviceFileSystem &files, const QByteA
     if (file)
         return file;
     const QByteArray other = otherName(path, *error);
-    FileError ignored;
-    return other.isEmpty() ? nullptr : files.open(other, &ignored);
+    FileError otherError;
+    if (!other.isEmpty())
+        file = files.open(other, &otherError);
+    if (!file && !otherError.isMissing() && otherError.kind != FileError::None)
+        *error = otherError;
+    return file;
 }
 
 bool deviceFileInfo(DeviceFileSystem &files, const QByteArray &path, FileInfo *info,
@@ -43,6 +47,10 @@ bool deviceFileInfo(DeviceFileSystem &files, const QByteArray &path, FileInfo *i
     if (files.info(path, info, error))
         return true;
     const QByteArray other = otherName(path, *error);
-    FileError ignored;
-    return !other.isEmpty() && files.info(other, info, &ignored);
+    FileError otherError;
+    if (!other.isEmpty() && files.info(other, info, &otherError))
+        return true;
+    if (!otherError.isMissing() && otherError.kind != FileError::None)
+        *error = otherError;
+    return false;
 }

@@ -12,11 +12,13 @@
 /// `name` with a UTF-8 encoding of Latin-1 undone; empty when there is none to undo.
 QByteArray undoneEncoding(const QByteArray &name);
 
-/// DeviceFileSystem::open with both names. On failure `*error` is that of `path` as given.
+/// DeviceFileSystem::open with both names. On failure `*error` is that of `path` as given,
+/// unless there is a file of the other name that can not be read.
 std::unique_ptr<DeviceFile> openDeviceFile(DeviceFileSystem &files, const QByteArray &path,
                                            FileError *error);
 
-/// DeviceFileSystem::info with both names. On failure `*error` is that of `path` as given.
+/// DeviceFileSystem::info with both names. On failure `*error` is that of `path` as given,
+/// unless there is a file of the other name that can not be read.
 bool deviceFileInfo(DeviceFileSystem &files, const QByteArray &path, FileInfo *info,
                     FileError *error);
 

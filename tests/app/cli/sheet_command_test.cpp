@@ -383,6 +383,40 @@ TEST_F(SheetProgram, DrawsThePicturesWhereNoFontIsInstalled)
     EXPECT_FALSE(isBlank(shown(1, 0, {100, 80})));
 }
 
+TEST_F(SheetProgram, LeavesNothingWhereFilesAreTemporary)
+{
+    writeTwoPhotos();
+    m_scratch.makeFolder("tmp");
+    m_setup.environment = {{"TMPDIR", QString::fromUtf8(m_scratch.path("tmp"))}};
+    m_setup.unset.append("XDG_RUNTIME_DIR");
+    EXPECT_EQ(0, draw().exitCode);
+    EXPECT_EQ(QList<QByteArray>(), m_scratch.everythingIn("tmp"));
+}
+
+TEST_F(SheetProgram, KeepsThePermissionsOfTheFileThatItReplaces)
+{
+    writeTwoPhotos();
+    m_scratch.write("sheet.png", "old");
+    ASSERT_EQ(0, ::chmod(m_scratch.path("sheet.png").constData(), 0640));
+    EXPECT_EQ(0, draw().exitCode);
+    struct stat status = {};
+    ASSERT_EQ(0, ::stat(m_scratch.path("sheet.png").constData(), &status));
+    EXPECT_EQ(0640u, status.st_mode & 07777);
+    EXPECT_FALSE(sheet().isNull());
+}
+
+TEST_F(SheetProgram, SaysThatTextCanNotBeDrawn)
+{
+    writeTwoPhotos();
+    m_setup.environment = {{"QT_QPA_PLATFORM", "nonsense"}};
+    const ProgramResult result = draw();
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_TRUE(result.errors.startsWith("photolib: text: can not be drawn (Aborted): "))
+        << result.errors.constData();
+    EXPECT_EQ(1, result.errors.count('\n'));
+    EXPECT_FALSE(m_scratch.exists("sheet.png"));
+}
+
 TEST_F(SheetProgramOnBadInput, NamesWhereItCanNotWrite)
 {
     writeTwoPhotos();

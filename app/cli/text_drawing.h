@@ -1,0 +1,24 @@
+#ifndef PHOTOLIB_CLI_TEXT_DRAWING_H
+#define PHOTOLIB_CLI_TEXT_DRAWING_H
+
+#include "cli/qt_messages.h"
+
+#include <QGuiApplication>
+
+#include <memory>
+
+/// What text needs of Qt, as long as it lives. No display is needed, unless somebody asks for
+/// another platform. On the thread that Qt is to see as the main one.
+class TextDrawing
+{
+public:
+    /// Says on stderr when no font is installed. Throws CommandError where Qt can not draw text,
+    /// for want of memory say; nothing is left behind in any case.
+    TextDrawing();
+
+private:
+    const QtMessages m_messages; // of a platform without a session, say
+    std::unique_ptr<const QGuiApplication> m_application;
+};
+
+#endif // PHOTOLIB_CLI_TEXT_DRAWING_H
