@@ -102,7 +102,7 @@ public:
     // Throws CommandError also when it is interrupted.
     void write()
     {
-        const TextDrawing text; // on the thread that Qt is to see as the main one
+        const TextDrawing text(neededBytes()); // on the thread that Qt is to see as the main one
         if (m_task.run([this] { writePages(); }))
             throw CommandError(CommandError::interrupted,
                                "interrupted: wrote " + std::to_string(m_written.size()) + " of " +
@@ -113,6 +113,16 @@ public:
     const QStringList &written() const { return m_written; }
 
 private:
+    // Of the largest page as an image and as a file, of a thread, its stack and thumbnails.
+    qint64 neededBytes() const
+    {
+        constexpr qint64 bytesOfAPixel = 4;
+        constexpr qint64 others = 24 << 20;
+        const int count = qMin(mostOnAPage, m_ids.size());
+        const QSize size = SheetLayout(count, SheetLayout::columnsFor(count)).size();
+        return 2 * bytesOfAPixel * size.width() * size.height() + others;
+    }
+
     void writePages()
     {
         for (int page = 0; page < m_pages; ++page) {

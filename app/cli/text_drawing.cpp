@@ -14,6 +14,8 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <new>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -81,7 +83,17 @@ void drawSomeText()
     }
 }
 
-[[noreturn]] void drawAndExit()
+constexpr int noMemory = 3;
+
+// Whether there is room for so much, which is never given back.
+bool takeAway(qint64 bytes)
+{
+    constexpr int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
+    return ::mmap(nullptr, static_cast<size_t>(bytes), PROT_READ | PROT_WRITE, flags, -1, 0) !=
+           MAP_FAILED;
+}
+
+[[noreturn]] void drawAndExit(qint64 otherBytes)
 {
     const rlimit noCore = {};
     ::setrlimit(RLIMIT_CORE, &noCore);
@@ -89,24 +101,28 @@ void drawSomeText()
     ::dup2(nowhere.get(), STDERR_FILENO);
     for (const int signal : {SIGSEGV, SIGBUS, SIGABRT})
         std::signal(signal, SIG_DFL);
+    if (!takeAway(otherBytes))
+        ::_exit(noMemory);
     try {
         drawSomeText();
     } catch (...) {
-        ::raise(SIGABRT);
+        ::_exit(noMemory);
     }
     ::_exit(0);
 }
 
 // What reads the fonts ends the process when it has no memory, and Qt does when it can not
 // start. So another process tries first.
-void tryToDrawText()
+void tryToDrawText(qint64 otherBytes)
 {
     const pid_t child = ::fork();
     if (child == 0)
-        drawAndExit();
+        drawAndExit(otherBytes);
     int status = 0;
     while (child > 0 && ::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
+    if (child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == noMemory)
+        throw std::bad_alloc();
     if (child > 0 && WIFSIGNALED(status))
         throw CommandError("text", std::string("can not be drawn (") +
                                        ::strsignal(WTERMSIG(status)) +
@@ -116,13 +132,13 @@ void tryToDrawText()
 
 } // namespace
 
-TextDrawing::TextDrawing()
+TextDrawing::TextDrawing(qint64 otherBytes)
 {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     {
         const RuntimeFolder folder;
-        tryToDrawText();
+        tryToDrawText(otherBytes);
         m_application = newApplication();
     }
     if (!hasFont())

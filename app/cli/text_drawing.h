@@ -12,9 +12,10 @@
 class TextDrawing
 {
 public:
-    /// Says on stderr when no font is installed. Throws CommandError where Qt can not draw text,
-    /// for want of memory say; nothing is left behind in any case.
-    TextDrawing();
+    /// Says on stderr when no font is installed. Throws std::bad_alloc when there is no memory
+    /// for text beside `otherBytes` that the drawing takes, and CommandError where Qt can not
+    /// draw text; nothing is left behind in any case.
+    explicit TextDrawing(qint64 otherBytes);
 
 private:
     const QtMessages m_messages; // of a platform without a session, say
