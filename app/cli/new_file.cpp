@@ -53,9 +53,9 @@ TemporaryNames &temporaryNames()
 // What the link `name` says; empty when there is no such link.
 QByteArray linkTarget(int folder, const QByteArray &name)
 {
-    QByteArray target(PATH_MAX, '\0');
-    const ssize_t length = ::readlinkat(folder, name.constData(), target.data(), PATH_MAX);
-    return target.left(static_cast<int>(qMax<ssize_t>(length, 0)));
+    char target[PATH_MAX];
+    const ssize_t length = ::readlinkat(folder, name.constData(), target, sizeof target);
+    return QByteArray(target, static_cast<int>(qMax<ssize_t>(length, 0)));
 }
 
 // Such a link may lead to a regular file: to where standard output goes, say.
