@@ -41,18 +41,29 @@ bool isWord(const char *word, std::size_t length, const char *keyword)
            sqlite3_strnicmp(word, keyword, static_cast<int>(length)) == 0;
 }
 
+// SQLite takes one at the start of a word for a blank.
+const char *pastByteOrderMarks(const char *sql)
+{
+    const char mark[] = "\xef\xbb\xbf";
+    const std::size_t length = sizeof mark - 1;
+    while (std::strncmp(sql, mark, length) == 0)
+        sql += length;
+    return sql;
+}
+
 // A generated column has the word AS, with or without GENERATED ALWAYS before it. Words within
 // quotes count as well, which libraries do not have.
 bool hasExpressions(const char *sql)
 {
     while (*sql) {
-        const char *word = sql;
+        const char *word = pastByteOrderMarks(sql);
+        sql = word;
         while (isNameCharacter(*sql))
             ++sql;
         const std::size_t length = static_cast<std::size_t>(sql - word);
         if (isWord(word, length, "as") || isWord(word, length, "check"))
             return true;
-        if (length == 0)
+        if (length == 0 && *sql)
             ++sql;
     }
     return false;

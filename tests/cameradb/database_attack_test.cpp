@@ -157,6 +157,10 @@ INSTANTIATE_TEST_SUITE_P(
                albumsDefined("Z_PK, ZTITLE, ZKIND, ZUUID, ZTRASHEDSTATE GENERATED ALWAYS AS "
                              "(random()) STORED"),
                {noAlbums}},
+        Attack{"AGeneratedColumnBehindAByteOrderMark",
+               albumsDefined("Z_PK, ZTITLE, ZKIND, ZUUID, ZTRASHEDSTATE \xef\xbb\xbf\xef\xbb\xbf"
+                             "AS (ZKIND || ZKIND)"),
+               {noAlbums}},
         Attack{"ACheckedColumn",
                albumsDefined("Z_PK, ZTITLE, ZKIND, ZUUID, ZTRASHEDSTATE check (ZKIND > 0)"),
                {noAlbums}},
