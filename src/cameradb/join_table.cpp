@@ -52,6 +52,16 @@ QByteArray assetsTableName(sqlite3 *db)
     return lookAlike;
 }
 
+// The name goes into the statement as it stands, so it can hold queries of its own. SQLite would
+// compile them without looking at the clock, and sort many of them at once.
+bool holdsQuery(const QByteArray &table)
+{
+    const QRegExp query(QString::fromLatin1("[(,]|(^|[^a-z0-9_$])(where|join|select|by|in)"
+                                            "($|[^a-z0-9_$])"),
+                        Qt::CaseInsensitive);
+    return query.indexIn(QString::fromLatin1(table.constData())) >= 0;
+}
+
 struct key_column {
     int index;
     bool isAlbum;
@@ -130,9 +140,7 @@ bool queryAlbumPhoto(sqlite3 *db, CameraDB *cameraDb)
     Log("PHOTOLIB", 1, "Got asset table name: %s", table.constData());
     char sql[sqlSize];
     sqlite3_snprintf(sqlSize, sql, "select * from %s", table.constData());
-    // The name goes into the statement as it stands, so it can hold queries of its own. SQLite
-    // would compile them without looking at the clock, and they can name each other.
-    if (table.contains('(')) {
+    if (holdsQuery(table)) {
         Log("PHOTOLIB", 2, "Can not parse camera photos: %s", sqlite3_errstr(SQLITE_AUTH));
         return false;
     }

@@ -281,14 +281,22 @@ INSTANTIATE_TEST_SUITE_P(
                  "authorization denied"},
         Injected{"IntegrityCheck", "Z_METADATA, pragma_integrity_check('t')--ASSETS",
                  "authorization denied"},
-        Injected{"QuickCheck", "Z_METADATA, pragma_quick_check--ASSETS", "not authorized"},
-        Injected{"PagesOfTheFile", "Z_METADATA, dbstat--ASSETS", "no such table: dbstat"},
+        Injected{"QuickCheck", "Z_METADATA, pragma_quick_check--ASSETS", "authorization denied"},
+        Injected{"PagesOfTheFile", "Z_METADATA, dbstat--ASSETS", "authorization denied"},
         Injected{"QueriesOfQueries", "Z_METADATA, (" + queriesOfQueries(14) + ")--ASSETS",
                  "authorization denied"},
-        Injected{"AnotherOperator", "Z_METADATA where 1 match 2--ASSETS",
-                 "not authorized to use function: match"},
-        Injected{"AnotherPattern", "Z_METADATA where Z_UUID glob Z_UUID--ASSETS",
-                 "not authorized to use function: glob"},
+        Injected{"AnotherOperator", "Z_METADATA where 1 match 2--ASSETS", "authorization denied"},
+        Injected{"AnotherPattern", "Z_METADATA\nWHERE Z_UUID glob Z_UUID--ASSETS",
+                 "authorization denied"},
+        Injected{"AnotherTable", "Z_METADATA natural join Z_METADATA x--ASSETS",
+                 "authorization denied"},
+        Injected{"AnotherTableBehindAByteOrderMark",
+                 "Z_METADATA \xef\xbb\xbfJOIN Z_METADATA x--ASSETS", "authorization denied"},
+        Injected{"AnotherQuery", "Z_METADATA/**/union/**/select/**/1,2,3--ASSETS",
+                 "authorization denied"},
+        Injected{"ALongSort", "Z_METADATA order by\"Z_UUID\"--ASSETS", "authorization denied"},
+        Injected{"AListThatIsATable", "Z_METADATA limit 1 in Z_METADATA--ASSETS",
+                 "authorization denied"},
         Injected{"AnotherStatement", "Z_x; drop table ZGENERICASSET--ASSETS",
                  "no such table: Z_x"}),
     rowName<Injected>);
@@ -466,6 +474,30 @@ TEST_F(PageAttack, KeepsNoLongValueOfEachColumn)
     pages.fillInner(pages.root(join.name), leaves);
 
     EXPECT_EQ(parseInBounds(pages.bytes()), 1);
+}
+
+// Each of them is sorted in memory of its own, and only then are they merged.
+TEST_F(PageAttack, SortsNoManyQueriesAtOnce)
+{
+    JoinTable named;
+    named.name = "ZA";
+    for (int i = 0; i < 20; ++i)
+        named.name += " union all select*from ZA";
+    named.name += " order by 1--ASSETS";
+    JoinTable sorted;
+    sorted.name = "ZA";
+    database.joinTables = {named, sorted};
+    RawPages pages = this->pages();
+    const int leaf = pages.add();
+    pages.fillLeaf(
+        leaf, {RawValue::number(3), RawValue::number(1), RawValue::text(QByteArray(15000, 'x'))},
+        4);
+    const int inner = pages.root("ZA");
+    pages.fillInner(inner, std::vector<int>(200, leaf));
+
+    EXPECT_EQ(parseInBounds(pages.bytes()), 0);
+
+    EXPECT_EQ(host.log().back(), notice("Parser_Ath_camera_DB extend info end"));
 }
 
 TEST_F(PageAttack, ReadsRowsOfAnyPageSizeInFull)
