@@ -34,6 +34,9 @@ const int longestValue = 1310720;
 // each two of its text.
 const int longestDefinition = 65536;
 
+// A library whose files were copied while it changed may lack some of its pages.
+const qint64 claimedBytesPerFileByte = 2;
+
 // Besides the file's own size: ten times what the schema of a library takes.
 const qint64 schemaBytesAlways = 8388608;
 
@@ -62,6 +65,13 @@ qint64 clockTime()
 #else
     return milliseconds(CLOCK_MONOTONIC);
 #endif
+}
+
+qint64 numberOf(sqlite3 *db, const char *pragma)
+{
+    sqlite_statement statement(db, pragma);
+    return statement.isPrepared() && statement.nextRow() ? sqlite3_column_int64(statement.get(), 0)
+                                                         : 0;
 }
 
 int execute(sqlite3 *db, const char *sql)
@@ -147,9 +157,10 @@ void sqlite_connection::limitWork()
 // SQLite knows no limit of memory for one connection, so these add up to one. With files of F
 // bytes: the schema F + 8 MiB; pages 2 MiB; what a sort collects, 24 MiB at the largest page size,
 // and the rows at the heads of the parts that it merges, no more than all parts, 3 F + 2 MiB; the
-// longest value of each of at most 15 columns before the sort and of 4 after it, 24 MiB. Together
-// less than 4 F + 64 MiB. A schema that is larger adds its last definition, at most 9 MiB, and what
-// else is read of it in 5 ms, but then nothing else is read.
+// longest value of each of at most 15 columns before the sort and of 4 after it, 24 MiB; before the
+// parts are merged, a key of an index, 2 F. Together less than 4 F + 64 MiB. A schema that is
+// larger adds its last definition, at most 9 MiB, and what else is read of it in 5 ms, but then
+// nothing else is read.
 void sqlite_connection::limitMemory()
 {
     sqlite3_limit(get(), SQLITE_LIMIT_LENGTH, longestValue);
@@ -161,9 +172,20 @@ void sqlite_connection::limitMemory()
     execute(get(), "PRAGMA cache_size = -2000");
 }
 
+// SQLite takes the key of an index to be as long as it says, up to all pages, and reads it in one
+// piece for each comparison. Of their number, only that in a write-ahead log goes unchecked.
+bool sqlite_connection::claimsTooManyPages() const
+{
+    const qint64 claimed =
+        numberOf(get(), "PRAGMA page_count") * numberOf(get(), "PRAGMA page_size");
+    return claimed > databaseBytes(get()) * claimedBytesPerFileByte;
+}
+
 // Statistics, which would be tables to read as well, are not used.
 void sqlite_connection::findPlainTables()
 {
+    if (claimsTooManyPages())
+        return;
     sqlite_statement schema(get(), "SELECT name, sql FROM sqlite_master");
     while (schema.isPrepared() && schema.nextRow()) {
         const char *name = schema.text(0);

@@ -26,6 +26,8 @@
 /// - a statement that names any other table does not compile: SQLITE_AUTH for a table with CHECK
 ///   constraints or generated columns, SQLITE_ERROR for views and virtual tables.
 ///
+/// No table can be read of a database whose write-ahead log claims far more pages than there are.
+///
 /// All statements share an allowance of work, of processor time and of temporary files in
 /// proportion to the size of the database's files; beyond it they end with SQLITE_INTERRUPT or
 /// SQLITE_FULL. The connection's own memory stays below four times the files and 64 MiB: see
@@ -58,6 +60,7 @@ private:
     int configure();
     void limitMemory();
     void limitWork();
+    bool claimsTooManyPages() const;
     void findPlainTables();
     bool isReadable(const char *table, const char *database) const;
     bool isSchemaTooLarge() const;

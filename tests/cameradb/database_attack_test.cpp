@@ -476,6 +476,33 @@ TEST_F(PageAttack, KeepsNoLongValueOfEachColumn)
     EXPECT_EQ(parseInBounds(pages.bytes()), 1);
 }
 
+// SQLite takes no key for longer than the pages that the database has, by what it says.
+TEST_F(PageAttack, ReadsNoDatabaseWhoseLogClaimsPagesThatAreNotThere)
+{
+    const quint32 claimed = 200 * mebibyte;
+    const int pageSize = 4096;
+    database.rows.sql = {"CREATE INDEX kinds ON ZGENERICASSET (ZKIND)"};
+    RawPages pages = this->pages(pageSize);
+    pages.fillIndex(pages.root("kinds"), claimed, pages.addEndlessOverflow());
+    QByteArray bytes = pages.bytes();
+    const QByteArray log = logThatClaims(bytes, claimed / pageSize + 1);
+    host.setHostFile(local("-wal"), log);
+
+    EXPECT_EQ(parseInBounds(bytes), 0);
+
+    EXPECT_EQ(host.log(), failedLog({noAlbums}));
+}
+
+TEST_F(PageAttack, ReadsADatabaseWhoseLogTellsItsPages)
+{
+    QByteArray bytes = pages(512).bytes();
+    host.setHostFile(local("-wal"), logThatClaims(bytes, static_cast<quint32>(bytes.size() / 512)));
+
+    EXPECT_EQ(parseInBounds(bytes), 1);
+
+    EXPECT_EQ(model->albums.value(3)->assetKeys, QList<quint64>{1});
+}
+
 // Each of them is sorted in memory of its own, and only then are they merged.
 TEST_F(PageAttack, SortsNoManyQueriesAtOnce)
 {

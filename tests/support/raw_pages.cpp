@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <QtEndian>
 
 #include <algorithm>
 #include <stdexcept>
@@ -12,6 +13,7 @@ namespace {
 
 const char leafOfATable = 0x0d;
 const char innerOfATable = 0x05;
+const char leafOfAnIndex = 0x0a;
 
 QByteArray bigEndian(quint64 value, int bytes)
 {
@@ -72,6 +74,50 @@ QByteArray inPagesOf(int pageSize, const QByteArray &database)
     return file.readAll();
 }
 
+namespace {
+
+// The sums that SQLite checks a log with, over the bytes as little-endian numbers.
+struct LogSums {
+    quint32 first = 0;
+    quint32 second = 0;
+
+    void add(const QByteArray &bytes)
+    {
+        for (int at = 0; at < bytes.size(); at += 8) {
+            first += number(bytes, at) + second;
+            second += number(bytes, at + 4) + first;
+        }
+    }
+
+    QByteArray bytes() const { return bigEndian(first, 4) + bigEndian(second, 4); }
+
+private:
+    static quint32 number(const QByteArray &bytes, int at)
+    {
+        return qFromLittleEndian<quint32>(bytes.constData() + at);
+    }
+};
+
+} // namespace
+
+QByteArray logThatClaims(QByteArray &database, quint32 pages)
+{
+    database.replace(18, 2, QByteArray("\2\2", 2));
+    const int pageSize = RawPages(database).pageSize();
+    const QByteArray page = database.left(pageSize).replace(28, 4, bigEndian(pages, 4));
+    const QByteArray salts = bigEndian(1, 4) + bigEndian(2, 4);
+    const QByteArray header = bigEndian(0x377f0682, 4) + bigEndian(3007000, 4) +
+                              bigEndian(static_cast<quint64>(pageSize), 4) + bigEndian(0, 4) +
+                              salts;
+    const QByteArray frame = bigEndian(1, 4) + bigEndian(pages, 4);
+    LogSums sums;
+    sums.add(header);
+    const QByteArray start = header + sums.bytes() + frame + salts;
+    sums.add(frame);
+    sums.add(page);
+    return start + sums.bytes() + page;
+}
+
 RawPages::RawPages(const QByteArray &database)
     : m_bytes(database), m_pageSize(static_cast<int>(fromBigEndian(database.mid(16, 2))))
 {
@@ -115,6 +161,13 @@ int RawPages::addOverflow(const QByteArray &content)
     return first;
 }
 
+int RawPages::addEndlessOverflow()
+{
+    const int page = add();
+    m_bytes.replace((page - 1) * m_pageSize, 4, bigEndian(static_cast<quint64>(page), 4));
+    return page;
+}
+
 // How much of a row its page holds is fixed by the file format.
 QByteArray RawPages::cell(const std::vector<RawValue> &row, int key, int overflow) const
 {
@@ -125,15 +178,20 @@ QByteArray RawPages::cell(const std::vector<RawValue> &row, int key, int overflo
         size += lengthOf(value.serialType);
     }
     const QByteArray start = varint(size) + varint(static_cast<quint64>(key));
+    return start + local(payload, size, static_cast<quint64>(m_pageSize) - 35, overflow);
+}
+
+QByteArray RawPages::local(const QByteArray &payload, quint64 size, quint64 most,
+                           int overflow) const
+{
+    if (size <= most)
+        return payload;
     const quint64 usable = static_cast<quint64>(m_pageSize);
-    if (size <= usable - 35)
-        return start + payload;
     const quint64 least = (usable - 12) * 32 / 255 - 23;
     const quint64 wanted = least + (size - least) % (usable - 4);
-    const quint64 local = wanted <= usable - 35 ? wanted : least;
-    payload = payload.left(static_cast<int>(local));
-    payload.append(QByteArray(static_cast<int>(local) - payload.size(), 'x'));
-    return start + payload + bigEndian(static_cast<quint64>(overflow), 4);
+    const int length = static_cast<int>(wanted <= most ? wanted : least);
+    return payload.left(length).leftJustified(length, 'x') +
+           bigEndian(static_cast<quint64>(overflow), 4);
 }
 
 void RawPages::write(int page, char type, const std::vector<QByteArray> &cells, int rightChild)
@@ -173,6 +231,14 @@ void RawPages::fillLeaf(int page, const std::vector<std::vector<RawValue>> &rows
     for (const std::vector<RawValue> &row : rows)
         cells.push_back(cell(row, static_cast<int>(cells.size()) + 1, overflow));
     write(page, leafOfATable, cells, 0);
+}
+
+void RawPages::fillIndex(int page, quint32 bytes, int overflow)
+{
+    const quint64 header = 8; // with its text's type of five bytes
+    const QByteArray payload = recordHeader({{8, ""}, {9, ""}, {13 + 2 * (bytes - header), ""}});
+    const quint64 most = static_cast<quint64>(m_pageSize - 12) * 64 / 255 - 23;
+    write(page, leafOfAnIndex, {varint(bytes) + local(payload, bytes, most, overflow)}, 0);
 }
 
 void RawPages::fillInner(int page, int child)

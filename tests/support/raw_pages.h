@@ -23,6 +23,10 @@ struct RawValue {
 /// The same database in pages of `pageSize` bytes.
 QByteArray inPagesOf(int pageSize, const QByteArray &database);
 
+/// A write-ahead log for `database`, which is switched to it: the first page again, saying that the
+/// database has `pages` pages.
+QByteArray logThatClaims(QByteArray &database, quint32 pages);
+
 /// Changes the pages of a database in ways in which SQLite never writes them: rows that share
 /// their bytes, so that few pages hold rows without number.
 class RawPages
@@ -41,6 +45,13 @@ public:
 
     /// Adds overflow pages that hold `content`; returns the first.
     int addOverflow(const QByteArray &content);
+
+    /// Adds an overflow page that goes on in itself; returns its number.
+    int addEndlessOverflow();
+
+    /// Makes `page` a leaf of an index with one key: a 0, a 1 and a text, of `bytes`
+    /// bytes in all.
+    void fillIndex(int page, quint32 bytes, int overflow);
 
     /// Makes `page` a leaf of as many equal rows as fit, at most `rows`, with keys from 1. What
     /// the page does not hold of a row is taken from `overflow`.
@@ -63,6 +74,7 @@ public:
 
 private:
     QByteArray cell(const std::vector<RawValue> &row, int key, int overflow) const;
+    QByteArray local(const QByteArray &payload, quint64 size, quint64 most, int overflow) const;
     void write(int page, char type, const std::vector<QByteArray> &cells, int rightChild);
 
     QByteArray m_bytes;
