@@ -15,7 +15,8 @@
 /// time. A null argument is warned about through `g_return_if_fail_warning` and gives
 /// the failure value. Double-quoted literals must be enabled on the connection. An
 /// error in the middle of the rows ends a query like the end of the rows, and so do rows
-/// that hold more than the database's files can. A record that a later row of the same key
+/// that hold more than the database's files can, on a connection that a parse opened; any
+/// other is its caller's own and has no limits. A record that a later row of the same key
 /// replaces is not freed, for `panoramas` may hold it. When memory runs out the failure
 /// value comes back without a log line.
 
