@@ -7,7 +7,9 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <functional>
+#include <set>
 #include <sys/stat.h>
 #include <system_error>
 #include <tuple>
@@ -62,6 +64,24 @@ bool isAnyOnTheWayUp(const QByteArray &path, const std::function<bool(const Uniq
     }
 }
 
+// Adds the folders in `folder` and in those: a mount may give one of them alone another name.
+void addFoldersBelow(const QByteArray &folder, std::set<Identity> *identities)
+{
+    namespace fs = std::filesystem;
+    constexpr int deepest = 1; // below the device's root, as DCIM/100APPLE
+    std::error_code error;
+    fs::recursive_directory_iterator each(folder.toStdString(),
+                                          fs::directory_options::skip_permission_denied, error);
+    for (; !error && each != fs::recursive_directory_iterator(); each.increment(error)) {
+        struct stat status = {};
+        if (::lstat(each->path().c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+            continue;
+        identities->insert({status.st_dev, status.st_ino});
+        if (each.depth() >= deepest)
+            each.disable_recursion_pending();
+    }
+}
+
 bool isDevice(const UniqueFd &folder)
 {
     FileError error;
@@ -80,9 +100,11 @@ bool isDevice(const UniqueFd &folder)
 
 bool liesIn(const QByteArray &path, const QByteArray &device)
 {
-    const Identity meant = identityOf(UniqueFd(::open(device.constData(), folderFlags)), device);
+    std::set<Identity> meant = {
+        identityOf(UniqueFd(::open(device.constData(), folderFlags)), device)};
+    addFoldersBelow(device, &meant);
     return isAnyOnTheWayUp(
-        path, [&](const UniqueFd &folder) { return identityOf(folder, path) == meant; });
+        path, [&](const UniqueFd &folder) { return meant.count(identityOf(folder, path)) > 0; });
 }
 
 void refuseInDevice(const QByteArray &path, const QByteArray &device, const QByteArray &named)

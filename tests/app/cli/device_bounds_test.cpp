@@ -72,6 +72,20 @@ TEST_F(DeviceBounds, HoldForAMountOfTheDevice)
     EXPECT_TRUE(isIn("place/device/DCIM", "mount"));
 }
 
+TEST_F(DeviceBounds, HoldForAMountOfAFolderInTheDevice)
+{
+    m_scratch.makeFolder("mount");
+    m_scratch.makeFolder("place/device/DCIM/100APPLE");
+    for (const char *folder : {"place/device/DCIM", "place/device/DCIM/100APPLE"}) {
+        const SecondName mount(m_scratch.path(folder), m_scratch.path("mount"));
+        if (!mount.isThere())
+            GTEST_SKIP() << "no mounts may be made here";
+        EXPECT_TRUE(isIn("mount", "place/device")) << folder;
+        EXPECT_TRUE(isIn("mount/new", "place/device")) << folder;
+    }
+    EXPECT_FALSE(isIn("mount", "place/device"));
+}
+
 TEST_F(DeviceBounds, AreUnknownOfADeviceThatIsGone)
 {
     EXPECT_THROW(liesIn(m_scratch.root(), m_scratch.path("none")), CommandError);
