@@ -6,13 +6,13 @@
 // and paddings (16 bits each) and its bytes.
 
 #include "boundary/photo_records.h"
-#include "classic/classic_ipod.h"
+#include "host/classic_ipod.h"
 #include "classic/ipod_photo_manager.h"
 #include "classic/pixel_formats.h"
-#include "devices/device.h"
+#include "host/device.h"
 #include "devices/local_file.h"
 #include "fuzz/fuzz_input.h"
-#include "services/log_output.h"
+#include "base/log_output.h"
 
 #include <QDir>
 #include <QFile>
@@ -150,7 +150,7 @@ void readDatabaseAndPictures(FuzzInput input)
 
 void unpack(FuzzInput &input)
 {
-    itdb_photo photo;
+    StoredPicture photo;
     photo.formatId = input.u16();
     photo.width = static_cast<qint16>(input.u16());
     photo.height = static_cast<qint16>(input.u16());

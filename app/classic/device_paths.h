@@ -1,7 +1,7 @@
 #ifndef PHOTOLIB_CLASSIC_DEVICE_PATHS_H
 #define PHOTOLIB_CLASSIC_DEVICE_PATHS_H
 
-#include "devices/case_blind_paths.h"
+#include "classic/case_blind_paths.h"
 
 #include <QString>
 

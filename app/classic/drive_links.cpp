@@ -1,6 +1,6 @@
 #include "classic/drive_links.h"
 
-#include "services/blocked_signals.h"
+#include "base/blocked_signals.h"
 
 #include <QFile>
 

@@ -1,9 +1,9 @@
 #include "classic/image_unpacker.h"
 
 #include "classic/new_image.h"
-#include "classic/picture_place.h"
+#include "classic/frame_crop.h"
 #include "classic/pixel_formats.h"
-#include "classic/row_length.h"
+#include "classic/stride_guess.h"
 #include "classic/yuv_image.h"
 
 #include <QBuffer>
@@ -68,7 +68,7 @@ QImage turnedRight(const QImage &image)
 
 // Of a format that is turned. Numbers of the turned frame tell of a writer that has turned it;
 // numbers of the upright frame do not tell, but the pixels do.
-QImage turnedPicture(const PixelFormat &format, const uchar *bytes, const PicturePlace &place)
+QImage turnedPicture(const PixelFormat &format, const uchar *bytes, const FrameCrop &place)
 {
     const QImage turned = frameOf(format.layout, bytes, format.frame().transposed());
     if (place.isInTurnedFrame)
@@ -78,7 +78,7 @@ QImage turnedPicture(const PixelFormat &format, const uchar *bytes, const Pictur
     return turnedRight(turned).copy(place.rectangle);
 }
 
-QImage pictureOf(const PixelFormat &format, const QByteArray &raw, const PicturePlace &place)
+QImage pictureOf(const PixelFormat &format, const QByteArray &raw, const FrameCrop &place)
 {
     const auto *bytes = reinterpret_cast<const uchar *>(raw.constData());
     if (format.turn != PixelTurn::None)
@@ -110,18 +110,18 @@ bool unpackJpeg(const QByteArray &raw, QByteArray *image, QString *cause)
     return true;
 }
 
-bool unpackPixels(const PixelFormat &format, const QByteArray &raw, const itdb_photo &photo,
+bool unpackPixels(const PixelFormat &format, const QByteArray &raw, const StoredPicture &photo,
                   QByteArray *image, QString *cause)
 {
-    PicturePlace place;
-    if (!isSizeOf(format, raw.size(), cause) || !findPlace(format, photo, &place, cause))
+    FrameCrop place;
+    if (!isSizeOf(format, raw.size(), cause) || !findFrameCrop(format, photo, &place, cause))
         return false;
     *image = bmpOf(pictureOf(format, raw, place));
     return true;
 }
 
 // A JPEG file has no frame to lie in.
-QSize sizeInDatabase(const itdb_photo &photo)
+QSize sizeInDatabase(const StoredPicture &photo)
 {
     const int left = photo.horizontalPadding;
     const int top = photo.verticalPadding;
@@ -131,21 +131,21 @@ QSize sizeInDatabase(const itdb_photo &photo)
 
 } // namespace
 
-QSize unpackedSize(const itdb_photo &photo)
+QSize unpackedSize(const StoredPicture &photo)
 {
     const PixelFormat *format = findPixelFormat(photo.formatId);
     if (format && format->layout == PixelLayout::Jpeg)
         return sizeInDatabase(photo);
     QString cause;
-    PicturePlace place;
+    FrameCrop place;
     if (!format || !isSizeOf(*format, photo.size, &cause) ||
-        !findPlace(*format, photo, &place, &cause))
+        !findFrameCrop(*format, photo, &place, &cause))
         return QSize();
     const QSize size = place.rectangle.size();
     return place.isInTurnedFrame ? size.transposed() : size;
 }
 
-bool unpackImage(const QByteArray &raw, const itdb_photo &photo, QByteArray *image, QString *error)
+bool unpackImage(const QByteArray &raw, const StoredPicture &photo, QByteArray *image, QString *error)
 {
     const PixelFormat *format = findPixelFormat(photo.formatId);
     if (!format) {

@@ -1,14 +1,14 @@
 #ifndef PHOTOLIB_CLASSIC_IMAGE_UNPACKER_H
 #define PHOTOLIB_CLASSIC_IMAGE_UNPACKER_H
 
-#include "host/device_database.h"
+#include "classic/stored_picture.h"
 
 class QSize;
 
 /// The size in pixels of the picture that `photo` describes, as it looks upright and without
 /// its padding, judged from the database alone; the empty size when the format is unknown or
 /// the numbers contradict each other. A JPEG picture has the size that the database tells.
-QSize unpackedSize(const itdb_photo &photo);
+QSize unpackedSize(const StoredPicture &photo);
 
 /// Decodes `raw`, the stored bytes of the picture that `photo` describes, and cuts its
 /// padding: into a BMP file with 24 bits a pixel, or, when they are a JPEG file, as they are.
@@ -20,6 +20,6 @@ QSize unpackedSize(const itdb_photo &photo);
 /// is not known, for bytes that are not as many as the format has, and for a picture that
 /// does not lie within its frame. Neither pointer may be null. May be called on any thread;
 /// throws std::bad_alloc only.
-bool unpackImage(const QByteArray &raw, const itdb_photo &photo, QByteArray *image, QString *error);
+bool unpackImage(const QByteArray &raw, const StoredPicture &photo, QByteArray *image, QString *error);
 
 #endif // PHOTOLIB_CLASSIC_IMAGE_UNPACKER_H

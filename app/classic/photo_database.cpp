@@ -124,9 +124,9 @@ qint32 pixels(quint16 stored)
     return static_cast<qint16>(stored);
 }
 
-itdb_photo storedPicture(const Chunk &image)
+StoredPicture storedPicture(const Chunk &image)
 {
-    itdb_photo picture;
+    StoredPicture picture;
     picture.formatId = static_cast<qint32>(image.u32(formatField));
     picture.offset = static_cast<qint32>(image.u32(20));
     picture.size = static_cast<qint32>(image.u32(24));
@@ -145,7 +145,7 @@ bool isFileName(const QString &name)
 // Of what can not be read nothing may be listed: it would be taken for the smallest or the
 // largest picture of its photo, and hide the ones that can. Numbers beyond the signed ones
 // have become negative.
-bool isReadable(const itdb_photo &picture)
+bool isReadable(const StoredPicture &picture)
 {
     const bool hasSize = picture.size > 0 && picture.size <= largestPicture;
     return picture.offset >= 0 && hasSize && isFileName(picture.fileName);
@@ -172,7 +172,7 @@ void LibraryReader::readImage(const Chunk &content, ClassicPhoto *photo)
 
 void LibraryReader::readVariant(const Chunk &image, ClassicPhoto *photo)
 {
-    itdb_photo picture = storedPicture(image);
+    StoredPicture picture = storedPicture(image);
     if (const std::optional<Chunk> name = fileNameOf(image))
         picture.fileName = sharedName(*name);
     if (isReadable(picture))

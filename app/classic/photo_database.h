@@ -1,7 +1,7 @@
 #ifndef PHOTOLIB_CLASSIC_PHOTO_DATABASE_H
 #define PHOTOLIB_CLASSIC_PHOTO_DATABASE_H
 
-#include "host/device_database.h"
+#include "classic/stored_picture.h"
 
 #include <QByteArray>
 #include <QList>
@@ -22,7 +22,7 @@ struct ClassicPhoto {
 
     /// The stored pictures, in the database's order, without the full-resolution file. Names
     /// and numbers are as the database has them; widths, heights and paddings may be negative.
-    QList<itdb_photo> variants;
+    QList<StoredPicture> variants;
 
     /// The full-resolution file in colon-separated form, ":Full Resolution:2005:08:06:x.jpg";
     /// empty when the database names none.
@@ -51,7 +51,7 @@ struct ClassicLibrary {
 ///
 /// A stored picture that nothing could read is no damage but left out of `variants`: one
 /// without a file name, with one that is longer than any path, of no bytes, of more than 64 MiB,
-/// or beyond 2 GiB in its file, as `itdb_photo` counts. A full-resolution file without such a name
+/// or beyond 2 GiB in its file, as `StoredPicture` counts. A full-resolution file without such a name
 /// is none. A header that ends before the dates is one of a photo without them.
 ///
 /// Returns false for a damaged file, fills `*error` with one line on what is wrong at which

@@ -1,6 +1,6 @@
 #include "classic/picture_files.h"
 
-#include "host/host_log.h"
+#include "base/log_output.h"
 
 #include <algorithm>
 #include <sys/resource.h>
@@ -20,8 +20,8 @@ size_t mostOpenFiles()
 
 void logRefusal(const QString &name, const QString &cause)
 {
-    Log("PHOTOLIB-HOST", 2, "The picture file \"%s\" is left out: %s", name.toUtf8().constData(),
-        cause.toUtf8().constData());
+    logLine("PHOTOLIB-HOST", failureLevel,
+            "The picture file \"" + name.toUtf8() + "\" is left out: " + cause.toUtf8());
 }
 
 // "/Photos/Thumbs/a" as the database would write it.
@@ -77,8 +77,9 @@ void PictureFiles::logLeftOut() const
 {
     const auto leftOut = static_cast<int>(std::count(m_links.begin(), m_links.end(), noLink));
     if (leftOut > 0)
-        Log("PHOTOLIB-HOST", 2, "%d picture files are left out: more than %d can not be held open",
-            leftOut, static_cast<int>(m_open.size()));
+        logLine("PHOTOLIB-HOST", failureLevel,
+                QByteArray::number(leftOut) + " picture files are left out: more than " +
+                    QByteArray::number(static_cast<int>(m_open.size())) + " cannot be held open");
 }
 
 QString PictureFiles::nameOnDrive(const QString &name) const

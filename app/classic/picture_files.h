@@ -3,7 +3,7 @@
 
 #include "classic/device_paths.h"
 #include "classic/drive_links.h"
-#include "devices/unique_fd.h"
+#include "base/unique_fd.h"
 
 #include <QMap>
 

@@ -2,10 +2,10 @@
 
 #include "boundary/photo_manager_int.h"
 #include "boundary/photo_records.h"
-#include "cli/library_ids.h"
+#include "engine/library_ids.h"
 #include "cli/text_table.h"
-#include "services/log_output.h"
-#include "services/printable.h"
+#include "base/log_output.h"
+#include "base/printable.h"
 
 // Unlike the names of files, titles arrive as they were written: there is no encoding to
 // undo.

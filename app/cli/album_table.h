@@ -18,7 +18,7 @@ QString albumKindText(qint32 type);
 /// `photos`. Of an album that the plug-in does not show, what it tells all the same.
 QStringList albumRow(photo_manager_int &library, quint64 id, const QSet<quint64> &photos);
 
-/// Writes the albums in display order. Throws CommandError like `output`.
+/// Writes the albums in display order. Throws Error like `output`.
 void writeAlbumTable(photo_manager_int &library, Output &output);
 
 #endif // PHOTOLIB_CLI_ALBUM_TABLE_H

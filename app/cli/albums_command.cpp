@@ -1,6 +1,6 @@
 #include "cli/album_table.h"
 #include "cli/library_command.h"
-#include "cli/library_session.h"
+#include "engine/library_session.h"
 #include "cli/output.h"
 
 #include <CLI/CLI.hpp>

@@ -1,9 +1,9 @@
 #include "cli/arguments.h"
 
 #include "cli/command.h"
-#include "cli/command_error.h"
+#include "base/error.h"
 #include "cli/output.h"
-#include "services/log_output.h"
+#include "base/log_output.h"
 
 #include <CLI/CLI.hpp>
 
@@ -178,7 +178,7 @@ int parse(CLI::App &app, int argc, char **argv)
     } catch (const CLI::CallForVersion &version) {
         return print(std::string(version.what()) + '\n');
     } catch (const CLI::ParseError &error) {
-        throw CommandError(CommandError::wrongUsage, usageError(app, error));
+        throw Error(Error::WrongUsage, usageError(app, error));
     }
 }
 
@@ -214,11 +214,11 @@ int runProgram(int argc, char **argv)
 {
     try {
         return parseAndRun(argc, argv);
-    } catch (const CommandError &error) {
-        return fail(error.exitCode(), error.what());
+    } catch (const Error &error) {
+        return fail(exitCodeOf(error.kind()), error.what());
     } catch (const std::bad_alloc &) {
-        return fail(CommandError::failed, "out of memory");
+        return fail(exitFailed, "out of memory");
     } catch (const std::exception &error) {
-        return fail(CommandError::failed, error.what());
+        return fail(exitFailed, error.what());
     }
 }

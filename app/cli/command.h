@@ -14,7 +14,7 @@ struct CommandContext {
     CommonOptions options; ///< complete once the whole command line is parsed
 
     /// The chosen command, set by its CLI11 callback and called after parsing. Returns the
-    /// process's exit code; throws CommandError for a failure that ends in one line on
+    /// process's exit code; throws Error for a failure that ends in one line on
     /// stderr and exit code 1.
     std::function<int()> run;
 };

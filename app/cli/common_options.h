@@ -1,7 +1,7 @@
 #ifndef PHOTOLIB_CLI_COMMON_OPTIONS_H
 #define PHOTOLIB_CLI_COMMON_OPTIONS_H
 
-#include "devices/device_kind.h"
+#include "host/device_kind.h"
 
 #include <string>
 

@@ -1,9 +1,9 @@
 #include "cli/library_command.h"
-#include "cli/library_session.h"
+#include "engine/library_session.h"
 #include "cli/output.h"
-#include "cli/photo_text.h"
-#include "services/log_output.h"
-#include "services/printable.h"
+#include "engine/photo_text.h"
+#include "base/log_output.h"
+#include "base/printable.h"
 
 #include <QCryptographicHash>
 

@@ -1,13 +1,13 @@
-#include "cli/album_editor.h"
+#include "engine/album_editor.h"
 #include "cli/album_table.h"
-#include "cli/command_error.h"
-#include "cli/edit_script.h"
+#include "base/error.h"
+#include "engine/edit_script.h"
 #include "cli/library_command.h"
-#include "cli/library_session.h"
+#include "engine/library_session.h"
 #include "cli/output.h"
 #include "cli/text_table.h"
-#include "devices/unique_fd.h"
-#include "services/printable.h"
+#include "base/unique_fd.h"
+#include "base/printable.h"
 
 #include <CLI/CLI.hpp>
 
@@ -43,7 +43,7 @@ constexpr int longestEdit = 60;         // letters of an edit that are shown wit
 
 [[noreturn]] void failToRead(const std::string &name)
 {
-    throw CommandError(name,
+    throw Error(name,
                        errno == ENOENT ? "no such file" : std::generic_category().message(errno));
 }
 
@@ -60,7 +60,7 @@ QByteArray readAll(int fd, const std::string &name)
         if (count > 0)
             bytes.append(block, static_cast<int>(count));
         if (bytes.size() > largestScript)
-            throw CommandError(name, "too large for a script");
+            throw Error(name, "too large for a script");
     }
 }
 
@@ -106,7 +106,7 @@ int runEdit(const CommandContext &context, const std::optional<std::string> &dev
     const auto write = [&edits, &refused](LibrarySession &session, Output &output) {
         // The plug-in takes them for done all the same.
         if (session.classicIpod())
-            throw CommandError(session.deviceName(),
+            throw Error(session.deviceName(),
                                "the albums of a classic iPod can not be edited");
         refused = applyEdits(session.library(), edits, output);
         output.write("\n");
@@ -115,7 +115,7 @@ int runEdit(const CommandContext &context, const std::optional<std::string> &dev
     };
     const int code = runOnLibrary(context, device, write);
     if (refused > 0)
-        throw CommandError(script, std::to_string(refused) + " of " + std::to_string(edits.size()) +
+        throw Error(script, std::to_string(refused) + " of " + std::to_string(edits.size()) +
                                        " edits refused");
     return code;
 }

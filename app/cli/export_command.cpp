@@ -1,17 +1,17 @@
-#include "cli/command_error.h"
-#include "cli/export_folder.h"
-#include "cli/export_items.h"
-#include "cli/folder_tools.h"
-#include "cli/id_list.h"
+#include "base/error.h"
+#include "engine/export_folder.h"
+#include "engine/export_items.h"
+#include "base/folders.h"
+#include "engine/id_list.h"
 #include "cli/interruptible_run.h"
 #include "cli/interruptible_task.h"
 #include "cli/library_command.h"
-#include "cli/library_ids.h"
-#include "cli/library_session.h"
+#include "engine/library_ids.h"
+#include "engine/library_session.h"
 #include "cli/output.h"
-#include "cli/photo_text.h"
+#include "engine/photo_text.h"
 #include "cli/progress_bar.h"
-#include "services/log_output.h"
+#include "base/log_output.h"
 
 #include <QElapsedTimer>
 
@@ -48,11 +48,11 @@ void splitArguments(ExportArguments &arguments)
 QList<quint64> chosenIds(const ExportArguments &arguments, LibrarySession &session)
 {
     if (arguments.chosen.ids.empty())
-        return eachOnce(chosenPhotoIds(session, *arguments.album));
+        return withoutDuplicates(chosenPhotoIds(session, *arguments.album));
     QList<quint64> ids;
     for (const std::string &id : arguments.chosen.ids)
         ids.append(knownPhotoId(id, session));
-    return eachOnce(ids);
+    return withoutDuplicates(ids);
 }
 
 QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids)
@@ -68,7 +68,7 @@ QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids)
         }
     };
     if (task.run(lookAtAll))
-        throw CommandError(CommandError::interrupted, "interrupted: nothing is copied yet");
+        throw Error(Error::Cancelled, "interrupted: nothing is copied yet");
     return items;
 }
 
@@ -78,7 +78,7 @@ void refuseDevice(const QByteArray &path)
     DeviceKind kind = DeviceKind::None;
     const auto files = FolderFileSystem::openFolder(path, &error);
     if (files && findDeviceKind(*files, &kind, &error) && kind != DeviceKind::None)
-        throw CommandError(path.toStdString(),
+        throw Error(path.toStdString(),
                            "a device, not a folder to copy to; name that one after it");
 }
 
@@ -135,8 +135,8 @@ bool runReported(PhotoExport &photos, bool showsProgress)
     try {
         return runInterruptible([&photos] { photos.run(); }, [&photos] { photos.cancel(); },
                                 [&report] { report.update(); });
-    } catch (const CommandError &error) {
-        throw CommandError(CommandError::failed,
+    } catch (const Error &error) {
+        throw Error(Error::Failed,
                            error.what() + ("; " + photos.counts().text().toStdString()));
     }
 }
@@ -153,12 +153,12 @@ int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession 
     const bool isInterrupted = runReported(photos, session.showsProgress());
     const ExportCounts counts = photos.counts();
     if (isInterrupted)
-        throw CommandError(CommandError::interrupted,
+        throw Error(Error::Cancelled,
                            "interrupted: " + counts.text().toStdString());
     ensured->keep();
     if (!isQuiet)
         output.writeLine(counts.text());
-    return counts.failed == 0 ? 0 : CommandError::failed;
+    return counts.failed == 0 ? 0 : exitFailed;
 }
 
 int runExport(const CommandContext &context, const ExportArguments &arguments)

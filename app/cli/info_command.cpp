@@ -1,10 +1,10 @@
-#include "cli/classic_photos.h"
+#include "engine/classic_photos.h"
 #include "cli/library_command.h"
-#include "cli/library_session.h"
+#include "engine/library_session.h"
 #include "cli/output.h"
-#include "cli/photo_text.h"
+#include "engine/photo_text.h"
 #include "cli/progress_bar.h"
-#include "services/printable.h"
+#include "base/printable.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,8 +1,8 @@
 #include "cli/interruptible_run.h"
 
-#include "cli/new_file.h"
-#include "devices/unique_fd.h"
-#include "services/blocked_signals.h"
+#include "base/atomic_file.h"
+#include "base/unique_fd.h"
+#include "base/blocked_signals.h"
 
 #include <cerrno>
 #include <csignal>

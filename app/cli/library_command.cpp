@@ -1,9 +1,9 @@
 #include "cli/library_command.h"
 
-#include "cli/command_error.h"
-#include "cli/library_session.h"
+#include "base/error.h"
+#include "engine/library_session.h"
 #include "cli/output.h"
-#include "services/log_output.h"
+#include "base/log_output.h"
 
 #include <CLI/CLI.hpp>
 
@@ -41,5 +41,5 @@ int workOnLibrary(const CommandContext &context, const std::optional<std::string
     if (unreadable.isEmpty())
         return exitCode;
     writeErrorLine("photolib: " + unreadable.toUtf8());
-    return CommandError::failed;
+    return exitFailed;
 }

@@ -1,6 +1,6 @@
 #include "cli/output.h"
 
-#include "cli/command_error.h"
+#include "base/error.h"
 
 #include <cerrno>
 #include <poll.h>
@@ -15,8 +15,8 @@ constexpr int bufferSize = 1 << 16;
 [[noreturn]] void fail(int code)
 {
     if (code == EPIPE)
-        throw CommandError(CommandError::failed, std::string());
-    throw CommandError("standard output", std::generic_category().message(code));
+        throw Error(Error::Failed, std::string());
+    throw Error("standard output", std::generic_category().message(code));
 }
 
 // A pipe that another program has set not to wait is waited for all the same.

@@ -7,7 +7,7 @@
 #include <functional>
 
 /// Buffered standard output that notices when it can not be written: then it throws
-/// CommandError. A reader that went away (a closed pipe) ends the program silently.
+/// Error. A reader that went away (a closed pipe) ends the program silently.
 class Output
 {
 public:

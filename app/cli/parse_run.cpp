@@ -2,7 +2,7 @@
 
 #include "boundary/photo_manager_int.h"
 #include "cli/interruptible_run.h"
-#include "cli/plugin.h"
+#include "host/plugin.h"
 
 ParseResult parseLibrary(photo_manager_int &library, const Plugin &plugin,
                          const std::function<void()> &tick)

@@ -1,9 +1,9 @@
-#include "cli/classic_photos.h"
+#include "engine/classic_photos.h"
 #include "cli/library_command.h"
-#include "cli/library_ids.h"
-#include "cli/library_session.h"
+#include "engine/library_ids.h"
+#include "engine/library_session.h"
 #include "cli/output.h"
-#include "cli/photo_text.h"
+#include "engine/photo_text.h"
 #include "cli/progress_bar.h"
 #include "cli/text_table.h"
 
@@ -28,7 +28,7 @@ QStringList classicRow(LibrarySession &session, quint64 id)
     photoItem item;
     session.library().getPhoto(id, &item);
     const ClassicPhoto &photo = *classicPhoto(session, id);
-    const itdb_photo *const largest = largestVariant(photo);
+    const StoredPicture *const largest = largestVariant(photo);
     return {QString::number(id), dateText(takenDate(item)),
             largest ? variantDimensionsText(*largest) : QString(),
             byteCountText(storedBytes(photo)), classicFileText(photo.originalName)};

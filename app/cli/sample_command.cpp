@@ -1,11 +1,11 @@
 #include "cli/command.h"
-#include "cli/command_error.h"
-#include "cli/device_bounds.h"
+#include "base/error.h"
+#include "engine/device_bounds.h"
 #include "cli/output.h"
 #include "cli/sample_run.h"
 #include "sample/classic_sample.h"
 #include "sample/sample_writer.h"
-#include "services/printable.h"
+#include "base/printable.h"
 
 #include <QFile>
 
@@ -69,7 +69,7 @@ int runSample(const SampleArguments &arguments, const CommonOptions &common)
     const QString folder = QFile::decodeName(bytes);
     // Qt names files in the locale's encoding; another name would end up elsewhere.
     if (QFile::encodeName(folder) != bytes)
-        throw CommandError(arguments.folder, "this locale has no such characters");
+        throw Error(arguments.folder, "this locale has no such characters");
     refuseInAnyDevice(bytes);
     write(folder, arguments);
     if (!common.quiet)

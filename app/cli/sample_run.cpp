@@ -1,6 +1,6 @@
 #include "cli/sample_run.h"
 
-#include "cli/command_error.h"
+#include "base/error.h"
 #include "cli/interruptible_run.h"
 
 #include <QThreadPool>
@@ -17,6 +17,6 @@ void runSampleWriter(const SampleWriter &write)
     if (isWritten)
         return;
     if (isInterrupted)
-        throw CommandError(CommandError::interrupted, "interrupted: no sample is written");
-    throw CommandError(error);
+        throw Error(Error::Cancelled, "interrupted: no sample is written");
+    throw Error(error);
 }

@@ -10,7 +10,7 @@
 /// `*isCancelled` brings about.
 using SampleWriter = std::function<bool(QString *error, const std::atomic<bool> *isCancelled)>;
 
-/// Runs `write`, which the signals of `runInterruptible` end. Throws CommandError when the
+/// Runs `write`, which the signals of `runInterruptible` end. Throws Error when the
 /// sample is not written; nothing is left of it then.
 void runSampleWriter(const SampleWriter &write);
 

@@ -1,19 +1,19 @@
 #include "cli/album_table.h"
-#include "cli/classic_photos.h"
-#include "cli/command_error.h"
-#include "cli/contact_sheet.h"
-#include "cli/folder_tools.h"
+#include "engine/classic_photos.h"
+#include "base/error.h"
+#include "engine/contact_sheet.h"
+#include "base/folders.h"
 #include "cli/interruptible_task.h"
 #include "cli/library_command.h"
-#include "cli/library_ids.h"
-#include "cli/library_session.h"
-#include "cli/new_file.h"
+#include "engine/library_ids.h"
+#include "engine/library_session.h"
+#include "base/atomic_file.h"
 #include "cli/output.h"
-#include "cli/photo_text.h"
-#include "cli/text_drawing.h"
-#include "cli/thumbnail.h"
-#include "services/log_output.h"
-#include "services/printable.h"
+#include "engine/photo_text.h"
+#include "engine/text_drawing.h"
+#include "engine/thumbnail.h"
+#include "base/log_output.h"
+#include "base/printable.h"
 
 #include <QBuffer>
 #include <QStringList>
@@ -85,7 +85,7 @@ QString countText(int count)
 class SheetWriter
 {
 public:
-    // Throws CommandError when there is no place for the pages.
+    // Throws Error when there is no place for the pages.
     SheetWriter(LibrarySession &session, const QByteArray &target, const QList<quint64> &ids,
                 const QString &album)
         : m_session(session), m_target(target), m_folder(openFolder(parentFolder(target))),
@@ -94,17 +94,17 @@ public:
           m_task(session.showsProgress(), QStringLiteral("Drawing the sheet"), ids.size())
     {
         if (isFolder(target))
-            throw CommandError(target.toStdString(), "a folder, not a file to write");
+            throw Error(target.toStdString(), "a folder, not a file to write");
         session.refuseInDevice(parentFolder(target));
         requireReplaceablePages();
     }
 
-    // Throws CommandError also when it is interrupted.
+    // Throws Error also when it is interrupted.
     void write()
     {
         const TextDrawing text(neededBytes()); // on the thread that Qt is to see as the main one
         if (m_task.run([this] { writePages(); }))
-            throw CommandError(CommandError::interrupted,
+            throw Error(Error::Cancelled,
                                "interrupted: wrote " + std::to_string(m_written.size()) + " of " +
                                    std::to_string(m_pages) + (m_pages == 1 ? " page" : " pages"));
     }
@@ -237,7 +237,7 @@ private:
         try {
             replaceFile(m_folder.get(), nameOf(path), asPng(image));
         } catch (const std::system_error &error) {
-            throw CommandError(path.toStdString(), error.code().message());
+            throw Error(path.toStdString(), error.code().message());
         }
     }
 

@@ -1,9 +1,9 @@
-#include "cli/classic_photos.h"
+#include "engine/classic_photos.h"
 #include "cli/library_command.h"
-#include "cli/library_ids.h"
-#include "cli/library_session.h"
+#include "engine/library_ids.h"
+#include "engine/library_session.h"
 #include "cli/output.h"
-#include "cli/photo_text.h"
+#include "engine/photo_text.h"
 #include "cli/progress_bar.h"
 
 #include <QVector>
@@ -80,7 +80,7 @@ QString originalText(LibrarySession &session, const ClassicPhoto &photo)
     return QStringLiteral("%1, %2").arg(name, failureText(error));
 }
 
-QString variantText(const itdb_photo &variant)
+QString variantText(const StoredPicture &variant)
 {
     QString dimensions = variantDimensionsText(variant);
     if (dimensions.isEmpty())
@@ -100,7 +100,7 @@ Lines classicLines(LibrarySession &session, quint64 id)
         {QStringLiteral("Taken"), isoText(takenDate(item))},
         {QStringLiteral("Original"), originalText(session, photo)},
     };
-    for (const itdb_photo &variant : photo.variants)
+    for (const StoredPicture &variant : photo.variants)
         lines.append({QStringLiteral("Stored"), variantText(variant)});
     return lines;
 }

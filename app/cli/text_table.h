@@ -24,7 +24,7 @@ public:
     /// Adds a row of as many cells as the header has.
     void addRow(const QStringList &cells);
 
-    /// Writes the table; throws CommandError like `output`.
+    /// Writes the table; throws Error like `output`.
     void write(Output &output) const;
 
 private:

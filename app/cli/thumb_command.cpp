@@ -1,17 +1,17 @@
-#include "cli/classic_photos.h"
-#include "cli/command_error.h"
-#include "cli/file_names.h"
-#include "cli/folder_tools.h"
-#include "cli/id_list.h"
+#include "engine/classic_photos.h"
+#include "base/error.h"
+#include "base/file_names.h"
+#include "base/folders.h"
+#include "engine/id_list.h"
 #include "cli/interruptible_task.h"
 #include "cli/library_command.h"
-#include "cli/library_ids.h"
-#include "cli/library_session.h"
-#include "cli/new_file.h"
+#include "engine/library_ids.h"
+#include "engine/library_session.h"
+#include "base/atomic_file.h"
 #include "cli/output.h"
-#include "cli/photo_text.h"
-#include "cli/thumbnail.h"
-#include "services/printable.h"
+#include "engine/photo_text.h"
+#include "engine/thumbnail.h"
+#include "base/printable.h"
 
 #include <QBuffer>
 
@@ -62,7 +62,7 @@ Target targetOf(const ThumbArguments &arguments, int thumbnails)
     if (isFolder(path) || thumbnails > 1)
         return folderTarget(arguments.target);
     if (path.endsWith('/'))
-        throw CommandError(arguments.target, "no such folder");
+        throw Error(arguments.target, "no such folder");
     return {path, parentFolder(path), path.mid(path.lastIndexOf('/') + 1)};
 }
 
@@ -105,7 +105,7 @@ void requireName(const Target &target, const char *extension)
     const char *const promised = formatOf(target.file.mid(nameStem(target.file).size() + 1));
     const char *const given = formatOf(extension);
     if (promised && promised != given)
-        throw CommandError(target.path.toStdString(),
+        throw Error(target.path.toStdString(),
                            std::string("the thumbnail is a ") + given + " picture");
 }
 
@@ -126,7 +126,7 @@ QByteArray asPng(const QByteArray &bytes)
 class ThumbWriter
 {
 public:
-    // Throws CommandError when the folder of `target` can not be used.
+    // Throws Error when the folder of `target` can not be used.
     ThumbWriter(LibrarySession &session, const Target &target, bool isPng, int thumbnails)
         : m_session(session), m_target(target), m_isPng(isPng), m_folder(openFolder(target.folder)),
           m_task(session.showsProgress(), QStringLiteral("Reading thumbnails"), thumbnails)
@@ -202,7 +202,7 @@ private:
         try {
             replaceFile(m_folder.get(), name, bytes);
         } catch (const std::system_error &error) {
-            throw CommandError(path.toStdString(), error.code().message());
+            throw Error(path.toStdString(), error.code().message());
         }
     }
 
@@ -222,7 +222,7 @@ QList<quint64> chosenIds(const ThumbArguments &arguments, LibrarySession &sessio
     QList<quint64> ids;
     for (const std::string &id : arguments.chosen.ids)
         ids.append(knownPhotoId(id, session));
-    return eachOnce(ids);
+    return withoutDuplicates(ids);
 }
 
 int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySession &session,
@@ -238,13 +238,13 @@ int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySessio
     const bool isPng = !arguments.format.empty() || target.file.toLower().endsWith(".png");
     ThumbWriter writer(session, target, isPng, ids.size());
     if (writer.writeAll(ids))
-        throw CommandError(CommandError::interrupted,
+        throw Error(Error::Cancelled,
                            "interrupted: " + writer.summary().toStdString());
     if (ensured)
         ensured->keep();
     if (!isQuiet)
         output.writeLine(writer.summary());
-    return writer.failed() == 0 ? 0 : CommandError::failed;
+    return writer.failed() == 0 ? 0 : exitFailed;
 }
 
 int runThumb(const CommandContext &context, const ThumbArguments &arguments)

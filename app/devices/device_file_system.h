@@ -1,7 +1,7 @@
 #ifndef PHOTOLIB_DEVICES_DEVICE_FILE_SYSTEM_H
 #define PHOTOLIB_DEVICES_DEVICE_FILE_SYSTEM_H
 
-#include "devices/unique_fd.h"
+#include "base/unique_fd.h"
 
 #include <QByteArray>
 #include <QList>

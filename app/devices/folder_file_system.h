@@ -2,7 +2,7 @@
 #define PHOTOLIB_DEVICES_FOLDER_FILE_SYSTEM_H
 
 #include "devices/device_file_system.h"
-#include "devices/unique_fd.h"
+#include "base/unique_fd.h"
 
 /// A folder of the host computer that is laid out as a device's media root: a mounted
 /// device or a copy of one.

@@ -2,7 +2,7 @@
 #define PHOTOLIB_DEVICES_LOCAL_FILE_H
 
 #include "devices/device_file_system.h"
-#include "devices/unique_fd.h"
+#include "base/unique_fd.h"
 
 /// Takes over `fd`, freshly opened without waiting (O_NONBLOCK), and gives it back when it is
 /// a regular file. Otherwise, and when it is -1 (the cause being in `errno`), closes it and

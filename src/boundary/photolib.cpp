@@ -4,7 +4,7 @@
 #include "host/host_log.h"
 #include "host/iipod.h"
 #include "ios/photo_manager.h"
-#include "no_throw.h"
+#include "host/exception_barrier.h"
 
 photo_manager_int *getPhotolib(IIPod *iPod)
 {

@@ -4,7 +4,7 @@
 #include "cameradb/prefetch.h"
 #include "cameradb/unique_dates.h"
 #include "host/host_log.h"
-#include "no_throw.h"
+#include "host/exception_barrier.h"
 #include "sqlite/row_allowance.h"
 #include "sqlite/sqlite_statement.h"
 

@@ -6,7 +6,7 @@
 #include "cameradb/join_table.h"
 #include "host/host_log.h"
 #include "host/iipod.h"
-#include "no_throw.h"
+#include "host/exception_barrier.h"
 #include "sqlite/row_allowance.h"
 #include "sqlite/sqlite_connection.h"
 #include "sqlite/sqlite_statement.h"

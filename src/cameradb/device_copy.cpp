@@ -4,7 +4,7 @@
 #include "host/device_files.h"
 #include "host/host_log.h"
 #include "host/iipod.h"
-#include "no_throw.h"
+#include "host/exception_barrier.h"
 
 #include <QByteArray>
 #include <QString>

@@ -4,7 +4,7 @@
 #include "host/device_database.h"
 #include "host/host_log.h"
 #include "host/iipod.h"
-#include "no_throw.h"
+#include "host/exception_barrier.h"
 
 #include <QFile>
 #include <QFileInfo>

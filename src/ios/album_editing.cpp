@@ -3,7 +3,7 @@
 #include "ios/key_lists.h"
 #include "ios/photo_manager.h"
 #include "ios/synthetic_albums.h"
-#include "no_throw.h"
+#include "host/exception_barrier.h"
 
 #include <QMutexLocker>
 

@@ -5,7 +5,7 @@
 #include "ios/library_merge.h"
 #include "ios/photo_manager.h"
 #include "ios/sync_plist.h"
-#include "no_throw.h"
+#include "host/exception_barrier.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include "host/device_files.h"
 #include "host/host_log.h"
 #include "ios/photo_manager.h"
-#include "no_throw.h"
+#include "host/exception_barrier.h"
 
 #include <QFile>
 #include <QMutexLocker>

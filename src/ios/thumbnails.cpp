@@ -5,7 +5,7 @@
 #include "ios/photo_manager.h"
 #include "ios/thread_buffer.h"
 #include "ios/thumbnail_rows.h"
-#include "no_throw.h"
+#include "host/exception_barrier.h"
 
 #include <QtEndian>
 

@@ -1,6 +1,6 @@
 #include "classic/drive_links.h"
 
-#include "devices/unique_fd.h"
+#include "base/unique_fd.h"
 #include "support/device_folder.h"
 #include "support/environment.h"
 #include "support/threads.h"

@@ -1,6 +1,6 @@
 #include "classic/image_unpacker.h"
 
-#include "cli/thumbnail.h"
+#include "engine/thumbnail.h"
 #include "support/row_name.h"
 
 #include <gtest/gtest.h>
@@ -15,9 +15,9 @@
 
 namespace {
 
-itdb_photo photoOf(int formatId, int bytes, const QSize &size, const QPoint &padding = QPoint())
+StoredPicture photoOf(int formatId, int bytes, const QSize &size, const QPoint &padding = QPoint())
 {
-    itdb_photo photo;
+    StoredPicture photo;
     photo.formatId = formatId;
     photo.size = bytes;
     photo.width = size.width();
@@ -27,7 +27,7 @@ itdb_photo photoOf(int formatId, int bytes, const QSize &size, const QPoint &pad
     return photo;
 }
 
-QByteArray unpacked(const QByteArray &raw, const itdb_photo &photo)
+QByteArray unpacked(const QByteArray &raw, const StoredPicture &photo)
 {
     QByteArray image;
     QString error;
@@ -36,7 +36,7 @@ QByteArray unpacked(const QByteArray &raw, const itdb_photo &photo)
     return image;
 }
 
-QString causeOf(const QByteArray &raw, const itdb_photo &photo)
+QString causeOf(const QByteArray &raw, const StoredPicture &photo)
 {
     QByteArray image = "as it was";
     QString error;
@@ -122,7 +122,7 @@ TEST_P(FullFrame, HasItsPixelsAtTheirPlaces)
 {
     const FrameRow &row = GetParam();
     const QSize size(row.width, row.height);
-    const itdb_photo photo = photoOf(row.formatId, row.bytes, size);
+    const StoredPicture photo = photoOf(row.formatId, row.bytes, size);
     const Bmp picture(unpacked(stored(row), photo));
     const int right = row.width - 1;
     const int bottom = row.height - 1;
@@ -190,7 +190,7 @@ TEST_P(SixteenBits, AreExpandedByRepetition)
     const bool is565 = GetParam().formatId == 1009;
     Frame frame(is565 ? 2520 : 12640);
     frame.put(0, GetParam().pixel);
-    const itdb_photo photo = photoOf(GetParam().formatId, frame.bytes().size(), QSize(1, 1));
+    const StoredPicture photo = photoOf(GetParam().formatId, frame.bytes().size(), QSize(1, 1));
     EXPECT_EQ(GetParam().expected, Bmp(unpacked(frame.bytes(), photo)).pixel(0, 0));
 }
 
@@ -262,7 +262,7 @@ TEST_P(TurnedFrame, IsTurnedRight)
     Frame frame(77440);
     frame.put(0, "07e0").put(350, "ffff").put(77088, "f800").put(77438, "001f");
     frame.put(218 * 352, "1234"); // above the red one
-    const itdb_photo photo = photoOf(row.formatId, 77440, row.size);
+    const StoredPicture photo = photoOf(row.formatId, 77440, row.size);
     EXPECT_EQ(QSize(220, 176), unpackedSize(photo));
     const Bmp picture(unpacked(frame.bytes(), photo));
     EXPECT_EQ(QSize(220, 176), picture.size());
@@ -331,7 +331,7 @@ protected:
 TEST_P(DrawnPicture, IsFoundTurnedOrNot)
 {
     const DrawnRow &row = GetParam();
-    const itdb_photo photo = photoOf(1013, 77440, row.size, row.padding);
+    const StoredPicture photo = photoOf(1013, 77440, row.size, row.padding);
     const Bmp picture(unpacked(stored(), photo));
     ASSERT_EQ(row.rectangle.size(), picture.size());
     EXPECT_EQ(row.rectangle.size(), unpackedSize(photo));
@@ -380,7 +380,7 @@ TEST(UnpackedSize, IsThatOfTheDatabaseForAJpegOfAnyShape)
 {
     EXPECT_EQ(QSize(480, 640), unpackedSize(photoOf(1081, 5000, QSize(480, 640))));
     EXPECT_EQ(QSize(1600, 1200), unpackedSize(photoOf(1081, 5000, QSize(1600, 1200))));
-    itdb_photo padded = photoOf(1081, 5000, QSize(640, 480));
+    StoredPicture padded = photoOf(1081, 5000, QSize(640, 480));
     padded.horizontalPadding = 40;
     padded.verticalPadding = 30;
     EXPECT_EQ(QSize(600, 450), unpackedSize(padded));
@@ -405,7 +405,7 @@ TEST(UnpackImage, CutsThePadding)
     Frame frame(2520);
     frame.put(84 * 4 + 2 * 10, "00f8").put(84 * 4 + 2 * 31, "e007");
     frame.put(84 * 25 + 2 * 10, "1f00").put(84 * 25 + 2 * 31, "ffff");
-    const itdb_photo photo = photoOf(1009, 2520, QSize(32, 26), QPoint(10, 4));
+    const StoredPicture photo = photoOf(1009, 2520, QSize(32, 26), QPoint(10, 4));
     EXPECT_EQ(QSize(22, 22), unpackedSize(photo));
     const Bmp picture(unpacked(frame.bytes(), photo));
     EXPECT_EQ(QSize(22, 22), picture.size());
@@ -419,7 +419,7 @@ TEST(UnpackImage, CutsOddPaddingsOfPixelsThatShareColors)
 {
     Frame frame(691200);
     frame.put(345600 + 4, "5a51f051"); // red in the columns 2 and 3 of row 1
-    const itdb_photo photo = photoOf(1019, 691200, QSize(6, 2), QPoint(3, 1));
+    const StoredPicture photo = photoOf(1019, 691200, QSize(6, 2), QPoint(3, 1));
     const Bmp picture(unpacked(frame.bytes(), photo));
     EXPECT_EQ(QSize(3, 1), picture.size());
     EXPECT_EQ(qRgb(254, 0, 0), picture.pixel(0, 0));
@@ -461,7 +461,7 @@ class RefusedPicture : public testing::TestWithParam<RefusedRow>
 TEST_P(RefusedPicture, IsRefusedWithTheCause)
 {
     const RefusedRow &row = GetParam();
-    const itdb_photo photo = photoOf(row.formatId, row.bytes, row.size, row.padding);
+    const StoredPicture photo = photoOf(row.formatId, row.bytes, row.size, row.padding);
     EXPECT_EQ(row.cause, causeOf(QByteArray(row.bytes, '\0'), photo));
     EXPECT_EQ(QSize(), unpackedSize(photo));
 }
@@ -511,7 +511,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(UnpackImage, RefusesWhatIsNoJpeg)
 {
-    const itdb_photo photo = photoOf(1081, 614400, QSize(640, 480));
+    const StoredPicture photo = photoOf(1081, 614400, QSize(640, 480));
     EXPECT_EQ("1081: not a JPEG file", causeOf(QByteArray(614400, '\0'), photo));
     EXPECT_EQ("1081: not a JPEG file", causeOf(QByteArray(), photo));
     EXPECT_EQ("1081: not a JPEG file", causeOf("\xff", photo));
@@ -533,7 +533,7 @@ QByteArray bytesOf(int formatId)
 
 // That a refusal leaves `image` alone and tells its cause in a line, and that what is unpacked
 // has the size that was told before.
-bool isUnpackedSoundly(const QByteArray &raw, const itdb_photo &photo)
+bool isUnpackedSoundly(const QByteArray &raw, const StoredPicture &photo)
 {
     QByteArray image = "as it was";
     QString cause;

@@ -1,7 +1,7 @@
 #include "classic/image_unpacker.h"
 #include "classic/photo_database.h"
-#include "cli/plugin.h"
-#include "devices/device.h"
+#include "host/plugin.h"
+#include "host/device.h"
 #include "devices/folder_file_system.h"
 #include "support/environment.h"
 #include "support/ipod_folder.h"
@@ -185,13 +185,13 @@ protected:
     }
 
     /// The stored bytes of `variant`.
-    QByteArray storedBytes(const itdb_photo &variant) const
+    QByteArray storedBytes(const StoredPicture &variant) const
     {
         const QString path = QString(variant.fileName).replace(':', '/');
         return m_scratch.read("device/Photos" + path.toUtf8()).mid(variant.offset, variant.size);
     }
 
-    QByteArray unpacked(const itdb_photo &variant) const
+    QByteArray unpacked(const StoredPicture &variant) const
     {
         QByteArray image;
         QString error;
@@ -266,7 +266,7 @@ TEST_P(IpodModels, ShowEachPhotoInEachOfTheirFormats)
     const ClassicLibrary library = readDatabase();
     ASSERT_EQ(m_plan.photos.size(), library.photos.size());
     for (int i = 0; i < library.photos.size(); ++i) {
-        const QList<itdb_photo> &variants = library.photos[i].variants;
+        const QList<StoredPicture> &variants = library.photos[i].variants;
         ASSERT_EQ(GetParam().formats.size(), variants.size());
         for (int j = 0; j < variants.size(); ++j) {
             const FormatRow &format = GetParam().formats[j];

@@ -12,9 +12,9 @@ namespace {
 
 constexpr QSysInfo::Endian byteOrders[] = {QSysInfo::LittleEndian, QSysInfo::BigEndian};
 
-itdb_photo variant(qint32 formatId, qint32 offset, const QString &fileName)
+StoredPicture variant(qint32 formatId, qint32 offset, const QString &fileName)
 {
-    itdb_photo picture;
+    StoredPicture picture;
     picture.formatId = formatId;
     picture.offset = offset;
     picture.size = 22880;
@@ -331,7 +331,7 @@ TEST_P(UnreadableVariant, IsLeftOutAndTheOthersStay)
 {
     const UnreadableRow &row = GetParam();
     const PhotoDatabaseChunks chunks;
-    itdb_photo unreadable = variant(1024, static_cast<qint32>(row.offset), row.fileName);
+    StoredPicture unreadable = variant(1024, static_cast<qint32>(row.offset), row.fileName);
     unreadable.size = static_cast<qint32>(row.size);
     const QByteArrayList entries{chunks.picture(2, unreadable),
                                  chunks.picture(2, variant(1036, 0x7fffffff, ":last.ithmb"))};
@@ -365,7 +365,7 @@ class ReadableVariant : public testing::TestWithParam<SizeRow>
 TEST_P(ReadableVariant, IsListedWithItsSize)
 {
     const PhotoDatabaseChunks chunks;
-    itdb_photo readable = variant(1024, 0, ":a.ithmb");
+    StoredPicture readable = variant(1024, 0, ":a.ithmb");
     readable.size = GetParam().size;
     const QByteArrayList entries{chunks.picture(2, readable)};
     const ClassicPhoto photo = readPhoto(photosOnly({chunks.photo(photoWithId(100), entries)}));

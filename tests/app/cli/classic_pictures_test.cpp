@@ -1,4 +1,4 @@
-#include "cli/contact_sheet.h"
+#include "engine/contact_sheet.h"
 #include "support/classic_fixture.h"
 #include "support/terminal.h"
 

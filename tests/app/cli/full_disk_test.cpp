@@ -3,7 +3,7 @@
 #include "support/row_name.h"
 
 #include "cli/output.h"
-#include "devices/unique_fd.h"
+#include "base/unique_fd.h"
 #include "sample/classic_sample.h"
 
 #include <gtest/gtest.h>

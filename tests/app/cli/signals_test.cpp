@@ -2,7 +2,7 @@
 #include "support/program_fixture.h"
 #include "support/row_name.h"
 
-#include "cli/new_file.h"
+#include "base/atomic_file.h"
 #include "sample/classic_sample.h"
 
 #include <gtest/gtest.h>
@@ -263,8 +263,8 @@ TEST(RemoveTemporaryFiles, LeavesNoNameOfAFileThatIsNotWhole)
     const pid_t child = ::fork();
     if (child == 0) {
         const UniqueFd folder(::open(scratch.root().constData(), O_RDONLY | O_DIRECTORY));
-        NewFile named(folder.get(), NewFile::Hiding::TemporaryName);
-        NewFile half(folder.get(), NewFile::Hiding::TemporaryName);
+        AtomicFile named(folder.get(), AtomicFile::Hiding::TemporaryName);
+        AtomicFile half(folder.get(), AtomicFile::Hiding::TemporaryName);
         half.write("half", 4);
         const bool hasName = named.giveName("whole");
         removeTemporaryFiles();

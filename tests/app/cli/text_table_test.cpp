@@ -1,7 +1,7 @@
 #include "cli/text_table.h"
 
 #include "cli/output.h"
-#include "cli/photo_text.h"
+#include "engine/photo_text.h"
 #include "cli/progress_bar.h"
 
 #include <gtest/gtest.h>

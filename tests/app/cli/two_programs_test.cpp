@@ -1,8 +1,8 @@
 #include "support/program_fixture.h"
 #include "support/row_name.h"
 
-#include "cli/folder_tools.h"
-#include "devices/unique_fd.h"
+#include "base/folders.h"
+#include "base/unique_fd.h"
 
 #include <gtest/gtest.h>
 

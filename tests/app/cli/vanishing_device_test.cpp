@@ -1,10 +1,10 @@
 #include "support/program_fixture.h"
 #include "support/row_name.h"
 
-#include "cli/command_error.h"
-#include "cli/database_copy.h"
-#include "cli/plugin.h"
-#include "devices/device.h"
+#include "base/error.h"
+#include "engine/database_copy.h"
+#include "host/plugin.h"
+#include "host/device.h"
 #include "devices/folder_file_system.h"
 
 #include <gtest/gtest.h>
@@ -381,7 +381,7 @@ protected:
             if (!copy.failure().isEmpty())
                 return copy.failure();
             return isParsed ? QByteArray::number(library->photoCnt()) : "not parsed";
-        } catch (const CommandError &error) {
+        } catch (const Error &error) {
             return error.what();
         }
     }

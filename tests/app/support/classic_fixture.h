@@ -48,7 +48,7 @@ protected:
     {
         const QString name = QStringLiteral("F%1_1.ithmb").arg(format);
         QByteArray &file = m_pictureFiles[name.toUtf8()];
-        itdb_photo variant;
+        StoredPicture variant;
         variant.formatId = format;
         variant.offset = file.size();
         variant.size = bytes.size();

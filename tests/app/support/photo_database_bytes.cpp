@@ -72,7 +72,7 @@ std::string describe(const ClassicLibrary &library)
     for (const ClassicPhoto &photo : library.photos) {
         out << "photo " << photo.id << " taken " << photo.taken << " original '"
             << photo.originalName.toStdString() << "'\n";
-        for (const itdb_photo &picture : photo.variants)
+        for (const StoredPicture &picture : photo.variants)
             out << "  format " << picture.formatId << " '" << picture.fileName.toStdString() << "' "
                 << picture.size << " bytes at " << picture.offset << ", " << picture.width << " x "
                 << picture.height << ", padding " << picture.horizontalPadding << ", "
@@ -148,12 +148,12 @@ QByteArray PhotoDatabaseChunks::photo(const ClassicPhoto &photo, const QByteArra
 {
     QByteArrayList children;
     if (!photo.originalName.isEmpty()) {
-        itdb_photo original;
+        StoredPicture original;
         original.formatId = 1;
         original.fileName = photo.originalName;
         children += picture(5, original);
     }
-    for (const itdb_photo &variant : photo.variants)
+    for (const StoredPicture &variant : photo.variants)
         children += picture(2, variant);
     children += others;
     const auto count = static_cast<quint32>(announced(children.size()));
@@ -177,7 +177,7 @@ QByteArray PhotoDatabaseChunks::album(const ClassicAlbum &album) const
                  content(children));
 }
 
-QByteArray PhotoDatabaseChunks::picture(int type, const itdb_photo &picture) const
+QByteArray PhotoDatabaseChunks::picture(int type, const StoredPicture &picture) const
 {
     QByteArrayList children;
     if (!picture.fileName.isNull())

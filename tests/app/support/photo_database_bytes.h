@@ -62,7 +62,7 @@ public:
 
     /// A photo's entry of the type 2, thumbnail, or 5, full resolution; without a name when
     /// that is null.
-    QByteArray picture(int type, const itdb_photo &picture) const;
+    QByteArray picture(int type, const StoredPicture &picture) const;
 
     /// A chunk mhod of the type 1, album name, or 3, file name, or of another one.
     QByteArray text(int type, const QString &text) const;

@@ -1,7 +1,7 @@
 #ifndef PHOTOLIB_TESTS_APP_TERMINAL_H
 #define PHOTOLIB_TESTS_APP_TERMINAL_H
 
-#include "devices/unique_fd.h"
+#include "base/unique_fd.h"
 
 #include <QByteArray>
 

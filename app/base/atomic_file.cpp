@@ -1,0 +1,245 @@
+#include "base/atomic_file.h"
+
+#include "base/error.h"
+#include "base/folders.h"
+
+#include <QList>
+#include <QPair>
+#include <QRandomGenerator>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <mutex>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <system_error>
+
+namespace {
+
+constexpr mode_t usualMode = 0666; // less what the umask takes
+
+[[noreturn]] void fail(int code)
+{
+    throw std::system_error(code, std::generic_category());
+}
+
+void check(int result)
+{
+    if (result < 0)
+        fail(errno);
+}
+
+QByteArray temporaryName()
+{
+    return ".photolib-" + QByteArray::number(QRandomGenerator::system()->generate64(), 16) +
+           ".part";
+}
+
+// The temporary names that there are, or are about to be, each with its folder.
+struct TemporaryNames {
+    std::mutex mutex;
+    QList<QPair<int, QByteArray>> names;
+};
+
+TemporaryNames &temporaryNames()
+{
+    static auto *const instance = new TemporaryNames; // outlives every thread
+    return *instance;
+}
+
+// What the link `name` says; empty when there is no such link.
+QByteArray linkTarget(int folder, const QByteArray &name)
+{
+    char target[PATH_MAX];
+    const ssize_t length = ::readlinkat(folder, name.constData(), target, sizeof target);
+    return QByteArray(target, static_cast<int>(qMax<ssize_t>(length, 0)));
+}
+
+// Such a link may lead to a regular file: to where standard output goes, say.
+bool leadsToAnOpenFile(int folder, const QByteArray &name)
+{
+    const QByteArray target = linkTarget(folder, name);
+    if (target.isEmpty())
+        return false;
+    const UniqueFd parent(
+        ::openat(folder, parentFolder(target).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    struct statfs status = {};
+    return parent.isOpen() && ::fstatfs(parent.get(), &status) == 0 &&
+           status.f_type == PROC_SUPER_MAGIC;
+}
+
+bool isReplaceable(int folder, const QByteArray &name)
+{
+    struct stat status = {};
+    if (leadsToAnOpenFile(folder, name))
+        return false;
+    return ::fstatat(folder, name.constData(), &status, 0) != 0 || S_ISREG(status.st_mode);
+}
+
+timespec timeOf(qint64 nanoseconds)
+{
+    constexpr qint64 second = 1000000000;
+    timespec time = {};
+    time.tv_sec = nanoseconds / second;
+    time.tv_nsec = nanoseconds % second;
+    if (time.tv_nsec < 0) { // before 1970
+        time.tv_nsec += second;
+        --time.tv_sec;
+    }
+    return time;
+}
+
+} // namespace
+
+AtomicFile::AtomicFile(int folder, Hiding hiding) : m_folder(folder)
+{
+    if (hiding == Hiding::BestAvailable)
+        m_fd = UniqueFd(::openat(m_folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, usualMode));
+    if (m_fd.isOpen())
+        return;
+    takeTemporaryName();
+    const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    m_fd = UniqueFd(::openat(m_folder, m_temporaryName.constData(), flags, usualMode));
+    if (m_fd.isOpen())
+        return;
+    const int code = errno;
+    dropTemporaryName();
+    fail(code);
+}
+
+AtomicFile::~AtomicFile()
+{
+    if (m_temporaryName.isEmpty())
+        return;
+    ::unlinkat(m_folder, m_temporaryName.constData(), 0);
+    dropTemporaryName();
+}
+
+void AtomicFile::takeTemporaryName()
+{
+    const QByteArray name = temporaryName();
+    const std::lock_guard<std::mutex> lock(temporaryNames().mutex);
+    temporaryNames().names.append({m_folder, name});
+    m_temporaryName = name;
+}
+
+void AtomicFile::dropTemporaryName()
+{
+    const std::lock_guard<std::mutex> lock(temporaryNames().mutex);
+    temporaryNames().names.removeOne({m_folder, m_temporaryName});
+    m_temporaryName.clear();
+}
+
+void AtomicFile::takePermissionsOf(const QByteArray &name)
+{
+    struct stat status = {};
+    if (::fstatat(m_folder, name.constData(), &status, 0) == 0 && S_ISREG(status.st_mode))
+        check(::fchmod(m_fd.get(), status.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO)));
+}
+
+void AtomicFile::write(const char *bytes, qint64 length)
+{
+    while (length > 0) {
+        const ssize_t count = ::write(m_fd.get(), bytes, static_cast<size_t>(length));
+        if (count < 0 && errno == EINTR)
+            continue;
+        check(static_cast<int>(count));
+        bytes += count;
+        length -= count;
+    }
+}
+
+void AtomicFile::setModified(qint64 nanoseconds)
+{
+    const timespec times[] = {{0, UTIME_NOW}, timeOf(nanoseconds)};
+    check(::futimens(m_fd.get(), times));
+}
+
+bool AtomicFile::giveName(const QByteArray &name)
+{
+    if (m_temporaryName.isEmpty())
+        return linkTo(name);
+    return renameTo(name);
+}
+
+void AtomicFile::replace(const QByteArray &name)
+{
+    if (m_temporaryName.isEmpty()) {
+        takeTemporaryName();
+        if (!linkTo(m_temporaryName)) {
+            dropTemporaryName(); // it is somebody else's
+            fail(EEXIST);
+        }
+    }
+    close();
+    check(::renameat(m_folder, m_temporaryName.constData(), m_folder, name.constData()));
+    dropTemporaryName();
+}
+
+bool AtomicFile::linkTo(const QByteArray &name)
+{
+    const QByteArray self = "/proc/self/fd/" + QByteArray::number(m_fd.get());
+    if (::linkat(AT_FDCWD, self.constData(), m_folder, name.constData(), AT_SYMLINK_FOLLOW) == 0)
+        return true;
+    if (errno != EEXIST)
+        fail(errno);
+    return false;
+}
+
+// Disks that lack files without a name may be far away, and notice only now that they are
+// full.
+void AtomicFile::close()
+{
+    if (m_fd.isOpen())
+        check(::close(m_fd.release()));
+}
+
+bool AtomicFile::renameTo(const QByteArray &name)
+{
+    close();
+    const int result = ::renameat2(m_folder, m_temporaryName.constData(), m_folder,
+                                   name.constData(), RENAME_NOREPLACE);
+    if (result == 0) {
+        dropTemporaryName();
+        return true;
+    }
+    if (errno == EEXIST)
+        return false;
+    if (errno != EINVAL && errno != ENOSYS)
+        fail(errno);
+    return linkAndRemove(name);
+}
+
+// For disks and systems that can not rename without replacing.
+bool AtomicFile::linkAndRemove(const QByteArray &name)
+{
+    if (::linkat(m_folder, m_temporaryName.constData(), m_folder, name.constData(), 0) == 0)
+        return true; // the end of the object removes the temporary name
+    if (errno != EEXIST)
+        fail(errno);
+    return false;
+}
+
+void removeTemporaryFiles()
+{
+    temporaryNames().mutex.lock(); // for good
+    for (const auto &name : qAsConst(temporaryNames().names))
+        ::unlinkat(name.first, name.second.constData(), 0);
+}
+
+void requireReplaceable(int folder, const QByteArray &name, const QByteArray &path)
+{
+    if (!isReplaceable(folder, name))
+        throw Error(path.toStdString(), "not a regular file");
+}
+
+void replaceFile(int folder, const QByteArray &name, const QByteArray &bytes)
+{
+    AtomicFile file(folder);
+    file.takePermissionsOf(name); // before anybody could read what only some may
+    file.write(bytes.constData(), bytes.size());
+    file.replace(name);
+}

@@ -1,0 +1,56 @@
+#include "base/cache_folder.h"
+
+#include "base/error.h"
+#include "base/folders.h"
+
+#include <QCryptographicHash>
+
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+// Of a path that is not absolute it would depend on the current folder what is meant.
+bool isAbsolute(const QByteArray &path)
+{
+    return path.startsWith('/');
+}
+
+QByteArray homeFolder()
+{
+    QByteArray home = qgetenv("HOME");
+    if (home.isEmpty())
+        throw Error("HOME", "is not set, which tells where the user's cache folder is");
+    if (!isAbsolute(home))
+        throw Error("HOME", "is not an absolute path, but " + home.toStdString());
+    return home;
+}
+
+// `path` with links and ".." resolved; `path` itself when it does not exist.
+QByteArray canonicalPath(const QByteArray &path)
+{
+    const std::unique_ptr<char, decltype(&std::free)> resolved(
+        ::realpath(path.constData(), nullptr), &std::free);
+    return resolved ? QByteArray(resolved.get()) : path;
+}
+
+} // namespace
+
+QByteArray cacheFolder()
+{
+    const QByteArray chosen = qgetenv("XDG_CACHE_HOME");
+    const QByteArray caches = isAbsolute(chosen) ? chosen : homeFolder() + "/.cache";
+    return caches + "/photolib";
+}
+
+QByteArray defaultWorkFolder(const QByteArray &deviceFolder)
+{
+    const QByteArray cache = cacheFolder();
+    const QByteArray workFolders = cache + "/work";
+    requireOwnFolder(cache);
+    requireOwnFolder(workFolders);
+    const QByteArray hash =
+        QCryptographicHash::hash(canonicalPath(deviceFolder), QCryptographicHash::Sha256);
+    constexpr int digits = 16; // plenty to tell one user's devices apart
+    return workFolders + '/' + hash.toHex().left(digits);
+}

@@ -1,0 +1,23 @@
+#ifndef PHOTOLIB_BASE_FILE_NAMES_H
+#define PHOTOLIB_BASE_FILE_NAMES_H
+
+#include <QByteArray>
+#include <QString>
+
+/// A file's name made of `name`, which a device may have chosen: one name in UTF-8, never
+/// hidden, "." or "..", and none that looks like an option; not too long for a disk even with
+/// a number, without what other systems' disks refuse, and without anything that a terminal
+/// takes for a command. The extension is kept. "unnamed" when nothing is left.
+QByteArray safeFileName(const QString &name);
+
+/// "IMG_0001.JPG" without its extension: "IMG_0001".
+QByteArray nameStem(const QByteArray &name);
+
+/// The `number`th name like `name`: "IMG_0001 (2).JPG" for 2, and `name` itself for 1.
+QByteArray numberedName(const QByteArray &name, int number);
+
+/// What `name` is compared by, so that names are the same that some disk can not tell
+/// apart: regardless of case and of how accents are put together.
+QString comparedName(const QByteArray &name);
+
+#endif // PHOTOLIB_BASE_FILE_NAMES_H

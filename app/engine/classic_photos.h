@@ -1,0 +1,55 @@
+#ifndef PHOTOLIB_ENGINE_CLASSIC_PHOTOS_H
+#define PHOTOLIB_ENGINE_CLASSIC_PHOTOS_H
+
+#include "classic/photo_database.h"
+#include "devices/device_file_system.h"
+
+#include <QDateTime>
+
+class LibrarySession;
+class photoItem;
+
+// A photo of a classic iPod: stored in several sizes, each a picture of its own in a file of
+// many, and maybe in full resolution as a file of its own. The plug-in tells neither, so what
+// the program shows of them comes from the database.
+
+/// What the database tells of the photo `id`; null when it has none, as in an iOS device.
+const ClassicPhoto *classicPhoto(const LibrarySession &session, quint64 id);
+
+/// The stored picture that the plug-in gives for the thumbnail, and the one for the source
+/// photo; null when there is none.
+const StoredPicture *smallestVariant(const ClassicPhoto &photo);
+const StoredPicture *largestVariant(const ClassicPhoto &photo);
+
+/// Bytes of all stored pictures, without the full-resolution file.
+qint64 storedBytes(const ClassicPhoto &photo);
+
+/// "320 x 240", without padding; empty when it is not known.
+QString variantDimensionsText(const StoredPicture &variant);
+
+/// A file that the database names in colon-separated form, as its path below the device's
+/// root and safe to show: "Photos/Thumbs/F1019_1.ithmb". Empty for no file.
+QString classicFileText(const QString &name);
+
+/// The name of the file of `item`, of an iOS device or a classic iPod, which has names for
+/// full-resolution files only: empty without one. As it was written, so not safe to show.
+QString fileName(const LibrarySession &session, const photoItem &item);
+
+/// Whether the database names a full-resolution file.
+bool hasOriginal(const ClassicPhoto &photo);
+
+/// Looks at the full-resolution file, which the database names. Returns false and fills
+/// `*error` when it is no regular file of the device.
+bool findOriginal(LibrarySession &session, const ClassicPhoto &photo, QByteArray *path,
+                  FileInfo *info, FileError *error);
+
+/// Why the plug-in, which does not say, gives nothing for `variant`: with the file's name.
+FileError variantFailure(LibrarySession &session, const StoredPicture &variant);
+
+/// When the photo `item` of a classic iPod was taken; invalid when the database does not tell.
+QDateTime takenDate(const photoItem &item);
+
+/// What tells `item`, of an iOS device or a classic iPod, from others in a message.
+QString labelText(const LibrarySession &session, const photoItem &item);
+
+#endif // PHOTOLIB_ENGINE_CLASSIC_PHOTOS_H

@@ -1,0 +1,17 @@
+#ifndef PHOTOLIB_ENGINE_DEFAULT_DEVICE_H
+#define PHOTOLIB_ENGINE_DEFAULT_DEVICE_H
+
+#include <QByteArray>
+
+/// The folder of a sample device in the user's cache folder, for a person who named no
+/// device.
+struct DefaultDevice {
+    QByteArray folder;
+    bool isNew = false; ///< it has just been made
+};
+
+/// Finds the sample device, and makes it when it is not there: other programs and later
+/// runs see all of it or nothing. Throws Error.
+DefaultDevice defaultDevice();
+
+#endif // PHOTOLIB_ENGINE_DEFAULT_DEVICE_H

@@ -1,0 +1,300 @@
+#include "engine/photo_export.h"
+
+#include "base/error.h"
+#include "engine/export_folder.h"
+#include "base/file_names.h"
+#include "engine/photo_text.h"
+#include "cli/progress_bar.h"
+#include "devices/encoded_names.h"
+
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <system_error>
+
+namespace {
+
+constexpr int blockSize = 2 << 20;
+
+struct Cancelled {
+};
+
+// The file on the device is not what it was when its copy was begun.
+struct Changed {
+};
+
+// What keeps one file from being copied, and not the next one.
+struct FileFailure {
+    QString cause;
+};
+
+qint64 saturatedSum(qint64 a, qint64 b)
+{
+    qint64 sum = 0;
+    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<qint64>::max() : sum;
+}
+
+// Throws what a failure on the device means for the export.
+[[noreturn]] void failToRead(const FileError &error)
+{
+    if (error.kind == FileError::Disconnected)
+        throw Error("the device", error.text.toStdString());
+    throw FileFailure{failureText(error)};
+}
+
+// Whether a disk refuses the one file only, for its size or its name.
+bool concernsOneFile(const std::error_code &code)
+{
+    const int value = code.value();
+    return value == EFBIG || value == ENAMETOOLONG || value == EINVAL || value == EILSEQ;
+}
+
+class MemoryFile : public DeviceFile
+{
+public:
+    explicit MemoryFile(QByteArray bytes) : m_bytes(std::move(bytes)) {}
+
+    qint64 read(char *buffer, qint64 length, FileError *) override
+    {
+        const qint64 count = qBound<qint64>(0, m_bytes.size() - m_position, length);
+        if (count > 0)
+            std::memcpy(buffer, m_bytes.constData() + m_position, static_cast<size_t>(count));
+        m_position += count;
+        return count;
+    }
+
+    bool seek(qint64 offset, FileError *) override
+    {
+        m_position = offset;
+        return true;
+    }
+
+    qint64 tell() const override { return m_position; }
+    qint64 size(FileError *) override { return m_bytes.size(); }
+
+private:
+    const QByteArray m_bytes;
+    qint64 m_position = 0;
+};
+
+} // namespace
+
+// What is copied, and the copy of it once there is one.
+struct PhotoExport::Source {
+    QByteArray name;
+    qint64 size;
+    std::optional<qint64> modified;
+    std::unique_ptr<DeviceFile> file;
+    QByteArray path; // on the device; empty for what is made
+    FileInfo before; // of that, when it was opened
+    std::optional<AtomicFile> copy = std::nullopt;
+};
+
+QString ExportCounts::text() const
+{
+    const QString files = copied == 1 ? QStringLiteral("file") : QStringLiteral("files");
+    return QStringLiteral("copied %1 %2 (%3), %4 already there, %5 failed")
+        .arg(QString::number(copied), files, byteCountText(copiedBytes), QString::number(present),
+             QString::number(failed));
+}
+
+PhotoExport::PhotoExport(DeviceFileSystem &files, ExportFolder &folder, QVector<ExportItem> items)
+    : m_files(files), m_folder(folder), m_items(std::move(items)), m_block(blockSize, '\0'),
+      m_otherBlock(blockSize, '\0')
+{
+    for (const ExportItem &item : m_items)
+        m_totalBytes = saturatedSum(m_totalBytes, item.info.size);
+}
+
+void PhotoExport::run()
+{
+    try {
+        for (const ExportItem &item : m_items) {
+            handle(item);
+            m_position = 0;
+            m_doneBytes = saturatedSum(m_doneBytes, item.info.size);
+        }
+    } catch (const Cancelled &) {
+        return;
+    }
+}
+
+void PhotoExport::handle(const ExportItem &item)
+{
+    try {
+        if (!tryToStore(item) && !tryToStore(item))
+            throw FileFailure{QStringLiteral("changed while it was read, twice")};
+    } catch (const FileFailure &failure) {
+        addFailure(item, failure.cause);
+    } catch (const std::system_error &error) {
+        const QString cause = QString::fromStdString(error.code().message());
+        if (!concernsOneFile(error.code()))
+            throw Error(m_folder.path().toStdString(), cause.toStdString());
+        addFailure(item, cause);
+    }
+}
+
+// False when the file changed meanwhile.
+bool PhotoExport::tryToStore(const ExportItem &item)
+{
+    try {
+        Source source = item.make ? made(item) : opened(item);
+        store(source);
+        return true;
+    } catch (const Changed &) {
+        return false;
+    }
+}
+
+PhotoExport::Source PhotoExport::opened(const ExportItem &item)
+{
+    FileError error = item.failure;
+    FileInfo info;
+    std::unique_ptr<DeviceFile> file;
+    if (error.kind == FileError::None && deviceFileInfo(m_files, item.path, &info, &error))
+        file = openDeviceFile(m_files, item.path, &error);
+    if (!file)
+        failToRead(error);
+    return {item.name, info.size, info.modified, std::move(file), item.path, info};
+}
+
+PhotoExport::Source PhotoExport::made(const ExportItem &item)
+{
+    const MadeFile file = item.make();
+    if (file.failure.kind != FileError::None)
+        failToRead(file.failure);
+    return {file.name,     file.bytes.size(),
+            file.modified, std::make_unique<MemoryFile>(file.bytes),
+            QByteArray(),  FileInfo()};
+}
+
+void PhotoExport::store(Source &source)
+{
+    for (int number = m_folder.firstUnclaimed(source.name);; ++number) {
+        const QByteArray name = numberedName(source.name, number);
+        if (m_folder.isClaimed(name) || !storeAs(name, source))
+            continue;
+        m_folder.claim(name);
+        return;
+    }
+}
+
+// False when something else has the name.
+bool PhotoExport::storeAs(const QByteArray &name, Source &source)
+{
+    if (isPresentAs(name, source))
+        return true;
+    if (!m_folder.holding(name).isEmpty())
+        return false;
+    if (!source.copy) {
+        source.copy.emplace(m_folder.fd());
+        copy(source, *source.copy);
+    }
+    if (!source.copy->giveName(name))
+        return isPresentAs(name, source); // of another export that is running, say
+    count(&ExportCounts::copied);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_counts.copiedBytes += source.size;
+    return true;
+}
+
+bool PhotoExport::isPresentAs(const QByteArray &name, Source &source)
+{
+    for (const QByteArray &other : m_folder.holding(name)) {
+        if (isSameAs(other, source)) {
+            count(&ExportCounts::present);
+            return true;
+        }
+    }
+    return false;
+}
+
+void PhotoExport::copy(Source &source, AtomicFile &target)
+{
+    FileError error;
+    if (!source.file->seek(0, &error))
+        failToRead(error);
+    while (const qint64 count = readBlock(source))
+        target.write(m_block.constData(), count);
+    if (source.file->tell() != source.size || !isUnchanged(source))
+        throw Changed();
+    if (source.modified)
+        target.setModified(*source.modified);
+}
+
+// A file that is written over while it is read has a part of each.
+bool PhotoExport::isUnchanged(const Source &source)
+{
+    if (source.path.isEmpty())
+        return true;
+    FileInfo info;
+    FileError error;
+    if (deviceFileInfo(m_files, source.path, &info, &error))
+        return info.isSameAs(source.before);
+    if (!error.isMissing())
+        failToRead(error);
+    return false;
+}
+
+bool PhotoExport::isSameAs(const QByteArray &name, Source &source)
+{
+    FileError error;
+    const std::unique_ptr<DeviceFile> other = m_folder.open(name);
+    if (!other || other->size(&error) != source.size)
+        return false;
+    if (!source.file->seek(0, &error))
+        failToRead(error);
+    while (const qint64 count = readBlock(source)) {
+        const qint64 otherCount = other->read(m_otherBlock.data(), count, &error);
+        const auto length = static_cast<size_t>(count);
+        const char *const own = m_otherBlock.constData();
+        if (otherCount != count || std::memcmp(m_block.constData(), own, length) != 0)
+            return false;
+    }
+    return source.file->tell() == source.size;
+}
+
+// The bytes read into the block; 0 at the end of the file.
+qint64 PhotoExport::readBlock(Source &source)
+{
+    if (m_isCancelled)
+        throw Cancelled();
+    FileError error;
+    const qint64 count = source.file->read(m_block.data(), blockSize, &error);
+    if (count < 0)
+        failToRead(error);
+    m_position = source.file->tell();
+    return count;
+}
+
+void PhotoExport::count(int ExportCounts::*counter)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ++(m_counts.*counter);
+}
+
+void PhotoExport::addFailure(const ExportItem &item, const QString &cause)
+{
+    count(&ExportCounts::failed);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_failures.append((item.label + QLatin1String(": ") + cause).toUtf8());
+}
+
+qint64 PhotoExport::doneBytes() const
+{
+    return saturatedSum(m_doneBytes, m_position);
+}
+
+ExportCounts PhotoExport::counts() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_counts;
+}
+
+QList<QByteArray> PhotoExport::takeFailures()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    QList<QByteArray> failures;
+    failures.swap(m_failures);
+    return failures;
+}

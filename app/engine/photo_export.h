@@ -1,0 +1,118 @@
+#ifndef PHOTOLIB_ENGINE_PHOTO_EXPORT_H
+#define PHOTOLIB_ENGINE_PHOTO_EXPORT_H
+
+#include "base/atomic_file.h"
+#include "devices/device_file_system.h"
+
+#include <QList>
+#include <QVector>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+class ExportFolder;
+
+/// A file that the program makes of what a device stores in another form.
+struct MadeFile {
+    QByteArray name; ///< a safe file name
+    QByteArray bytes;
+    std::optional<qint64> modified; ///< nanoseconds since 1970-01-01 UTC, when it is known
+    FileError failure;              ///< why there is none, unless its kind is None
+};
+
+/// One file to copy off the device, or to make.
+struct ExportItem {
+    QString label;     ///< names it in messages
+    QByteArray name;   ///< for the copy: a safe file name
+    QByteArray path;   ///< on the device
+    FileInfo info;     ///< of the file
+    FileError failure; ///< why there is nothing to copy, unless its kind is None
+
+    /// Makes a file that is none of the device's, called by `PhotoExport::run` when it is its
+    /// turn; null for a file of the device. Of the members above, the label and the size
+    /// count then, which is an estimate for the progress.
+    std::function<MadeFile()> make;
+};
+
+/// How many files an export has dealt with.
+struct ExportCounts {
+    int copied = 0;
+    int present = 0; ///< were there already
+    int failed = 0;
+    qint64 copiedBytes = 0;
+
+    int all() const { return copied + present + failed; }
+
+    /// "copied 40 files (12.3 MiB), 3 already there, 2 failed".
+    QString text() const;
+};
+
+/// Copies files off a device into a folder, and writes those that are made.
+///
+/// A file that changes while it is copied is copied once more, and fails when it changes again.
+/// A copy has its content and its time of change before it gets its name, which replaces
+/// nothing: a name that is taken gets a number. A file of that name with the same content
+/// counts as the copy, once for each photo, so that running the export again copies only
+/// what is missing and leaves the same files.
+class PhotoExport
+{
+public:
+    /// Both must outlive the object.
+    PhotoExport(DeviceFileSystem &files, ExportFolder &folder, QVector<ExportItem> items);
+
+    /// Copies until all is done or cancelled. A file that can not be read is told by
+    /// `takeFailures`. Throws Error when the device is gone and when the folder can
+    /// not be written.
+    void run();
+
+    // The following may be called while another thread runs the export.
+
+    /// Makes `run` return soon; the file that it is at is not copied.
+    void cancel() { m_isCancelled = true; }
+
+    ExportCounts counts() const;
+    qint64 totalBytes() const { return m_totalBytes; }
+    int size() const { return m_items.size(); }
+
+    /// Bytes of the files that are dealt with, and of the part of the current one.
+    qint64 doneBytes() const;
+
+    /// The failures since the last call, "NAME: CAUSE" each.
+    QList<QByteArray> takeFailures();
+
+private:
+    struct Source;
+
+    void handle(const ExportItem &item);
+    bool tryToStore(const ExportItem &item);
+    Source opened(const ExportItem &item);
+    static Source made(const ExportItem &item);
+    void store(Source &source);
+    bool storeAs(const QByteArray &name, Source &source);
+    bool isPresentAs(const QByteArray &name, Source &source);
+    void copy(Source &source, AtomicFile &target);
+    bool isUnchanged(const Source &source);
+    bool isSameAs(const QByteArray &name, Source &source);
+    qint64 readBlock(Source &source);
+    void addFailure(const ExportItem &item, const QString &cause);
+    void count(int ExportCounts::*counter);
+
+    DeviceFileSystem &m_files;
+    ExportFolder &m_folder;
+    const QVector<ExportItem> m_items;
+    qint64 m_totalBytes = 0;
+    QByteArray m_block;
+    QByteArray m_otherBlock;
+
+    std::atomic<bool> m_isCancelled{false};
+    std::atomic<qint64> m_doneBytes{0};
+    std::atomic<qint64> m_position{0}; // in the current file
+    mutable std::mutex m_mutex;        // guards the members below
+    ExportCounts m_counts;
+    QList<QByteArray> m_failures;
+};
+
+#endif // PHOTOLIB_ENGINE_PHOTO_EXPORT_H

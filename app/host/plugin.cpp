@@ -1,0 +1,64 @@
+#include "host/plugin.h"
+
+#include "base/error.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLibrary>
+
+namespace {
+
+const char fileName[] = "libphotolib.so";
+
+QString findPlugin()
+{
+    const QString program = QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
+    const QString folder = QFileInfo(program).path();
+    const QStringList places = {folder, folder + QLatin1String("/" PHOTOLIB_PLUGIN_FOLDER)};
+    for (const QString &place : places) {
+        QString file = place + QLatin1Char('/') + QLatin1String(fileName);
+        if (QFile::exists(file))
+            return file;
+    }
+    throw Error(fileName, "not found beside the program nor in " + places[1].toStdString());
+}
+
+[[noreturn]] void failToLoad(const std::string &name, const QString &cause)
+{
+    throw Error(name, "not loadable as the plug-in (" + cause.toStdString() + ")");
+}
+
+QFunctionPointer find(QLibrary &library, const char *symbol)
+{
+    const QFunctionPointer function = library.resolve(symbol);
+    if (!function)
+        failToLoad(library.fileName().toStdString(),
+                   QStringLiteral("it lacks %1").arg(QLatin1String(symbol)));
+    return function;
+}
+
+} // namespace
+
+Plugin::Plugin(const std::string &file)
+{
+    const QString path = file.empty() ? findPlugin() : QFile::decodeName(file.c_str());
+    if (!QFile::exists(path))
+        throw Error(path.toStdString(), "no such file");
+    // The loader looks a name without a folder up elsewhere; here it is a file's name.
+    QLibrary library(QFileInfo(path).absoluteFilePath());
+    // A host service that the program lacked would otherwise show in the midst of a parse.
+    library.setLoadHints(QLibrary::ResolveAllSymbolsHint);
+    if (!library.load())
+        failToLoad(path.toStdString(), library.errorString());
+    m_makeLibrary = reinterpret_cast<MakeLibrary>(find(library, "getPhotolib"));
+    // A C++ function, so by its mangled name: void cancleParse().
+    m_cancelParse = find(library, "_Z11cancleParsev");
+}
+
+std::unique_ptr<photo_manager_int> Plugin::makeLibrary(IIPod *device) const
+{
+    std::unique_ptr<photo_manager_int> library(m_makeLibrary(device));
+    if (!library)
+        throw std::bad_alloc();
+    return library;
+}

@@ -1,0 +1,136 @@
+#include "base/atomic_file.h"
+
+#include "base/folders.h"
+#include "support/device_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <system_error>
+
+namespace {
+
+class NewFiles : public testing::TestWithParam<AtomicFile::Hiding>
+{
+protected:
+    NewFiles()
+    {
+        m_scratch.makeFolder("folder");
+        m_folder = openFolder(m_scratch.path("folder"));
+    }
+
+    int folder() const { return m_folder.get(); }
+
+    struct stat statusOf(const QByteArray &name) const
+    {
+        struct stat status = {};
+        EXPECT_EQ(0, ::lstat(m_scratch.path("folder/" + name).constData(), &status));
+        return status;
+    }
+
+    QList<QByteArray> names() const { return m_scratch.everythingIn("folder"); }
+
+    ScratchFolder m_scratch;
+    UniqueFd m_folder;
+};
+
+INSTANTIATE_TEST_SUITE_P(Hiding, NewFiles,
+                         testing::Values(AtomicFile::Hiding::BestAvailable,
+                                         AtomicFile::Hiding::TemporaryName),
+                         [](const testing::TestParamInfo<AtomicFile::Hiding> &info) {
+                             return info.param == AtomicFile::Hiding::BestAvailable ? "BestAvailable"
+                                                                                 : "TemporaryName";
+                         });
+
+TEST_P(NewFiles, HaveTheirContentWhenTheyGetTheirName)
+{
+    {
+        AtomicFile file(folder(), GetParam());
+        file.write("one", 3);
+        file.write("two", 3);
+        EXPECT_FALSE(m_scratch.exists("folder/name"));
+        EXPECT_TRUE(file.giveName("name"));
+    }
+    EXPECT_EQ("onetwo", m_scratch.read("folder/name"));
+    EXPECT_EQ(1, names().size());
+}
+
+TEST_P(NewFiles, AreGoneWithoutAName)
+{
+    {
+        AtomicFile file(folder(), GetParam());
+        file.write("text", 4);
+    }
+    EXPECT_EQ(QList<QByteArray>(), names());
+}
+
+TEST_P(NewFiles, ReplaceNothingThatHasTheName)
+{
+    m_scratch.write("folder/file", "old");
+    m_scratch.makeLink("folder/link", m_scratch.path("elsewhere"));
+    m_scratch.makeFolder("folder/folder");
+    {
+        AtomicFile file(folder(), GetParam());
+        file.write("new", 3);
+        for (const char *name : {"file", "link", "folder"})
+            EXPECT_FALSE(file.giveName(name)) << name;
+        EXPECT_TRUE(file.giveName("free"));
+    }
+    EXPECT_EQ("old", m_scratch.read("folder/file"));
+    EXPECT_EQ("new", m_scratch.read("folder/free"));
+    EXPECT_FALSE(m_scratch.exists("elsewhere"));
+    EXPECT_EQ(4, names().size());
+}
+
+TEST_P(NewFiles, ReplaceAFileOrLinkOnRequest)
+{
+    m_scratch.write("elsewhere", "untouched");
+    m_scratch.write("folder/file", "old");
+    m_scratch.makeLink("folder/link", m_scratch.path("elsewhere"));
+    for (const char *name : {"file", "link"}) {
+        AtomicFile file(folder(), GetParam());
+        file.write("new", 3);
+        file.replace(name);
+    }
+    EXPECT_EQ("new", m_scratch.read("folder/file"));
+    EXPECT_EQ("new", m_scratch.read("folder/link"));
+    EXPECT_EQ("untouched", m_scratch.read("elsewhere"));
+    EXPECT_EQ(2, names().size());
+}
+
+TEST_P(NewFiles, LeaveNothingWhenTheyCanNotReplace)
+{
+    m_scratch.makeFolder("folder/folder");
+    {
+        AtomicFile file(folder(), GetParam());
+        EXPECT_THROW(file.replace("folder"), std::system_error);
+    }
+    EXPECT_EQ(1, names().size());
+}
+
+TEST_P(NewFiles, KeepATimeToTheNanosecond)
+{
+    const qint64 times[] = {1580466030123456789, 0, -1, -1500000000};
+    for (const qint64 time : times) {
+        AtomicFile file(folder(), GetParam());
+        file.setModified(time);
+        file.replace("name");
+        const timespec modified = statusOf("name").st_mtim;
+        EXPECT_EQ(time, modified.tv_sec * 1000000000 + modified.tv_nsec);
+    }
+}
+
+TEST_P(NewFiles, HaveThePermissionsOfAnyNewFile)
+{
+    const mode_t before = ::umask(0027);
+    AtomicFile(folder(), GetParam()).giveName("name");
+    ::umask(before);
+    EXPECT_EQ(mode_t(0640), statusOf("name").st_mode & 07777);
+}
+
+TEST_P(NewFiles, FailWhereThereIsNoFolder)
+{
+    EXPECT_THROW(AtomicFile(-1, GetParam()), std::system_error);
+}
+
+} // namespace
