@@ -5,14 +5,15 @@
 // and the bytes of a file that it may name; or else a stored picture: its format, width, height
 // and paddings (16 bits each) and its bytes.
 
+#include "base/log_output.h"
 #include "boundary/photo_records.h"
-#include "host/classic_ipod.h"
 #include "classic/ipod_photo_manager.h"
 #include "classic/pixel_formats.h"
-#include "host/device.h"
 #include "devices/local_file.h"
+#include "devices/memory_file.h"
 #include "fuzz/fuzz_input.h"
-#include "base/log_output.h"
+#include "host/classic_ipod.h"
+#include "host/device.h"
 
 #include <QDir>
 #include <QFile>
@@ -27,33 +28,6 @@ constexpr int pictureBytes = 1 << 20;
 
 constexpr const char *picturesMark = "pictures";
 
-class BytesFile : public DeviceFile
-{
-public:
-    explicit BytesFile(QByteArray bytes) : m_bytes(std::move(bytes)) {}
-
-    qint64 read(char *buffer, qint64 length, FileError *) override
-    {
-        const QByteArray part = m_bytes.mid(static_cast<int>(m_position), static_cast<int>(length));
-        std::copy(part.begin(), part.end(), buffer);
-        m_position += part.size();
-        return part.size();
-    }
-
-    bool seek(qint64 offset, FileError *) override
-    {
-        m_position = offset;
-        return true;
-    }
-
-    qint64 tell() const override { return m_position; }
-    qint64 size(FileError *) override { return m_bytes.size(); }
-
-private:
-    const QByteArray m_bytes;
-    qint64 m_position = 0;
-};
-
 // A device whose photo database is in memory, and whose pictures are in a folder.
 class BytesDevice : public DeviceFileSystem
 {
@@ -62,7 +36,7 @@ public:
 
     std::unique_ptr<DeviceFile> open(const QByteArray &, FileError *) override
     {
-        return std::make_unique<BytesFile>(m_database);
+        return std::make_unique<MemoryFile>(m_database);
     }
 
     bool info(const QByteArray &, FileInfo *info, FileError *) override
@@ -76,6 +50,10 @@ public:
         names->clear();
         return true;
     }
+
+    void close() override {}
+    QByteArray id() const override { return "fuzz"; }
+    QByteArray name() const override { return "fuzz"; }
 
     UniqueFd openLocal(const QByteArray &path, FileError *error) override
     {
@@ -150,7 +128,7 @@ void readDatabaseAndPictures(FuzzInput input)
 
 void unpack(FuzzInput &input)
 {
-    StoredPicture photo;
+    itdb_photo photo;
     photo.formatId = input.u16();
     photo.width = static_cast<qint16>(input.u16());
     photo.height = static_cast<qint16>(input.u16());

@@ -26,14 +26,6 @@ QByteArray homeFolder()
     return home;
 }
 
-// `path` with links and ".." resolved; `path` itself when it does not exist.
-QByteArray canonicalPath(const QByteArray &path)
-{
-    const std::unique_ptr<char, decltype(&std::free)> resolved(
-        ::realpath(path.constData(), nullptr), &std::free);
-    return resolved ? QByteArray(resolved.get()) : path;
-}
-
 } // namespace
 
 QByteArray cacheFolder()
@@ -43,14 +35,13 @@ QByteArray cacheFolder()
     return caches + "/photolib";
 }
 
-QByteArray defaultWorkFolder(const QByteArray &deviceFolder)
+QByteArray defaultWorkFolder(const QByteArray &deviceId)
 {
     const QByteArray cache = cacheFolder();
     const QByteArray workFolders = cache + "/work";
     requireOwnFolder(cache);
     requireOwnFolder(workFolders);
-    const QByteArray hash =
-        QCryptographicHash::hash(canonicalPath(deviceFolder), QCryptographicHash::Sha256);
+    const QByteArray hash = QCryptographicHash::hash(deviceId, QCryptographicHash::Sha256);
     constexpr int digits = 16; // plenty to tell one user's devices apart
     return workFolders + '/' + hash.toHex().left(digits);
 }

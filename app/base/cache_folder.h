@@ -7,10 +7,10 @@
 /// closing "/". Throws Error when the environment does not tell where that is.
 QByteArray cacheFolder();
 
-/// Where the database of the device in `deviceFolder` is copied by default: a folder of
-/// its own in the cache folder, the same for every name of the device's folder. Throws
+/// Where the database of the device with the id `deviceId` is copied by default: a folder of
+/// its own in the cache folder. Throws
 /// Error like `cacheFolder`, and when a folder above it in the cache is a link or
 /// another user's.
-QByteArray defaultWorkFolder(const QByteArray &deviceFolder);
+QByteArray defaultWorkFolder(const QByteArray &deviceId);
 
 #endif // PHOTOLIB_BASE_CACHE_FOLDER_H

@@ -180,15 +180,3 @@ LockedFolder::LockedFolder(const QByteArray &path, const EnsuredFolder::Check &c
         m_lock = lockedFolder(path, beforeFirstWait);
     }
 }
-
-bool LockedFolder::lockAgain()
-{
-    if (m_lock.isOpen())
-        return true;
-    UniqueFd fd(::open(m_path.constData(), ownFolderFlags));
-    const bool isTaken = ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (isTaken || !isStillAt(fd, m_path))
-        return false;
-    m_lock = std::move(fd);
-    return true;
-}

@@ -67,12 +67,6 @@ public:
     /// A descriptor of the folder, as long as it is locked.
     int fd() const { return m_lock.get(); }
 
-    void unlock() { m_lock = UniqueFd(); }
-
-    /// Takes the lock unless it is held already. False when another program has it, and when
-    /// the folder is another one by now.
-    bool lockAgain();
-
     void keep() { m_folder->keep(); }
 
 private:

@@ -2,39 +2,27 @@
 
 #include "base/printable.h"
 
-#include <mutex>
+#include <atomic>
 #include <unistd.h>
 
 namespace {
 
+// The tag of the plug-in's own lines.
+constexpr char pluginTag[] = "PHOTOLIB";
+
 std::atomic<LogDetail> shownDetail{LogDetail::Failures};
-std::atomic<bool> isCapturing{false};
-
-// The failures of the current capture.
-struct CapturedLines {
-    std::mutex mutex;
-    QList<QByteArray> lines;
-};
-
-CapturedLines &captured()
-{
-    static CapturedLines instance;
-    return instance;
-}
-
-bool isShown(int level)
-{
-    const LogDetail detail = shownDetail;
-    if (detail == LogDetail::Everything)
-        return true;
-    return detail == LogDetail::Failures && level >= failureLevel && !isCapturing;
-}
+thread_local LogCapture *innermost = nullptr;
 
 } // namespace
 
 void setLogDetail(LogDetail detail)
 {
     shownDetail = detail;
+}
+
+LogDetail logDetail()
+{
+    return shownDetail;
 }
 
 void writeErrorLine(const QByteArray &line)
@@ -45,35 +33,28 @@ void writeErrorLine(const QByteArray &line)
         return;
 }
 
-LogCapture::LogCapture()
+LogCapture::LogCapture() : m_outer(innermost)
 {
-    isCapturing = true;
+    innermost = this;
 }
 
 LogCapture::~LogCapture()
 {
-    isCapturing = false;
-    const std::lock_guard<std::mutex> lock(captured().mutex);
-    captured().lines.clear();
-}
-
-QList<QByteArray> LogCapture::failures() const
-{
-    const std::lock_guard<std::mutex> lock(captured().mutex);
-    return captured().lines;
+    innermost = m_outer;
 }
 
 bool isLogged(int level)
 {
-    return isShown(level) || (isCapturing && level >= failureLevel);
+    return shownDetail == LogDetail::Everything || level >= failureLevel;
 }
 
 void logLine(const QByteArray &tag, int level, const QByteArray &text)
 {
-    if (isShown(level))
+    const bool isFailure = level >= failureLevel && tag != pluginTag;
+    LogCapture *const capture = isFailure ? innermost : nullptr;
+    if (capture)
+        capture->m_failures.append(text);
+    const LogDetail detail = shownDetail;
+    if (detail == LogDetail::Everything || (detail == LogDetail::Failures && isFailure && !capture))
         writeErrorLine(tag + ": " + text);
-    if (isCapturing && level >= failureLevel) {
-        const std::lock_guard<std::mutex> lock(captured().mutex);
-        captured().lines.append(text);
-    }
 }

@@ -14,12 +14,17 @@
 struct FileError {
     enum Kind {
         None,
-        NotFound,     ///< no such file or folder
-        Denied,       ///< the caller may not read it, or the device is locked
-        WrongType,    ///< a folder where a file is needed, or the other way round, or neither
-        Outside,      ///< the path leads out of the device
-        Disconnected, ///< the device is gone: every later operation will fail as well
-        Failed,       ///< anything else
+        NotFound,      ///< no such file or folder
+        Denied,        ///< the caller may not read it
+        WrongType,     ///< a folder where a file is needed, or the other way round, or neither
+        Outside,       ///< the path leads out of the device
+        Disconnected,  ///< the device is gone or was closed: every later operation fails as well
+        Locked,        ///< until a person unlocks the device
+        NotTrusted,    ///< until a person tells the device to trust this computer
+        NeedsPassword, ///< an encrypted backup, say
+        Damaged,       ///< what is stored is not what the device says of it
+        Cancelled,     ///< by the caller's own wish
+        Failed,        ///< anything else
     };
 
     Kind kind = None;
@@ -30,6 +35,9 @@ struct FileError {
 
     /// The error for a system call's `errno`.
     static FileError fromErrno(int code);
+
+    /// That of a device which `DeviceFileSystem::close` was called for.
+    static FileError closed();
 };
 
 /// What a device tells of a file or folder without opening it.
@@ -49,29 +57,31 @@ struct FileInfo {
     }
 };
 
-/// A file that is open for reading, with a position of its own that starts at 0.
+/// A file that is open for reading.
 ///
 /// One thread at a time. The file system that opened it outlives it. Each operation that
-/// fails fills `*error`, which must not be null, and leaves the position where it was.
+/// fails fills `*error`, which must not be null.
 class DeviceFile
 {
 public:
     virtual ~DeviceFile() {}
 
-    /// Reads up to `length` bytes and moves the position past them. Returns fewer only at
-    /// the end of the file or before an error that the next call reports; 0 at the end;
-    /// -1 on failure.
-    virtual qint64 read(char *buffer, qint64 length, FileError *error) = 0;
-
-    /// Moves the position to `offset` bytes from the start, also beyond the end. Returns
-    /// false for a negative offset and on failure.
-    virtual bool seek(qint64 offset, FileError *error) = 0;
-
-    /// The position in bytes from the start.
-    virtual qint64 tell() const = 0;
+    /// Reads up to `length` bytes from `offset`, both not negative, into `buffer`. Returns fewer
+    /// only at the end of the file or before an error that the next call reports; 0 at and beyond
+    /// the end; -1 on failure.
+    virtual qint64 read(qint64 offset, char *buffer, qint64 length, FileError *error) = 0;
 
     /// The file's size in bytes, or -1 on failure.
     virtual qint64 size(FileError *error) = 0;
+};
+
+/// Whether a device's files can be read now.
+enum class DeviceState {
+    Ready,
+    Locked,        ///< until a person unlocks the device
+    NotTrusted,    ///< until a person tells the device to trust this computer
+    NeedsPassword, ///< an encrypted backup, say
+    Gone,          ///< and will not come back
 };
 
 /// The files of one device, below its media root, for reading.
@@ -103,11 +113,23 @@ public:
     virtual bool info(const QByteArray &path, FileInfo *info, FileError *error) = 0;
 
     /// Fills `*names` with what a folder holds, in byte order, without "." and "..".
-    /// Returns false on failure.
+    /// Returns false on failure; a file is `FileError::WrongType`.
     virtual bool list(const QByteArray &path, QList<QByteArray> *names, FileError *error) = 0;
 
-    /// Whether the files must not be read now, for instance because the device is locked.
-    virtual bool isBlocked() { return false; }
+    /// Whether the files can be read now. May ask the device.
+    virtual DeviceState state() { return DeviceState::Ready; }
+
+    /// Ends the use of the device: operations that are going on soon fail with
+    /// `FileError::Disconnected`, and so does each that comes after. From any thread, as often as
+    /// one likes; returns at once.
+    virtual void close() = 0;
+
+    /// What tells this device from all others, the same each time that it is opened. Not for
+    /// people.
+    virtual QByteArray id() const = 0;
+
+    /// The device's name for people, in UTF-8 or the user's own bytes; not safe to show.
+    virtual QByteArray name() const = 0;
 
     /// Opens a regular file like `open`, for those who need a descriptor of the host computer.
     /// Not open on failure, and for a device whose files have none.

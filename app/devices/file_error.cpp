@@ -39,3 +39,8 @@ FileError FileError::fromErrno(int code)
         return {kind, QStringLiteral("a link that leads out of the device")};
     return {kind, QString::fromStdString(std::generic_category().message(code))};
 }
+
+FileError FileError::closed()
+{
+    return {Disconnected, QStringLiteral("closed")};
+}

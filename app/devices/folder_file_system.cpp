@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -151,6 +152,10 @@ FolderFileSystem::FolderFileSystem(QByteArray root, UniqueFd fd, Confinement con
 UniqueFd FolderFileSystem::openBelow(const QByteArray &path, int flags, FileError *error) const
 {
     const QList<QByteArray> names = namesOf(path);
+    if (m_isClosed) {
+        *error = FileError::closed();
+        return UniqueFd();
+    }
     if (names.contains("..")) {
         *error = {FileError::Outside, QStringLiteral("a path with \"..\" in it")};
         return UniqueFd();
@@ -184,7 +189,7 @@ bool FolderFileSystem::isRemoved() const
 std::unique_ptr<DeviceFile> FolderFileSystem::open(const QByteArray &path, FileError *error)
 {
     UniqueFd fd = openBelow(path, O_RDONLY, error);
-    return fd.isOpen() ? LocalFile::fromFd(std::move(fd), error) : nullptr;
+    return fd.isOpen() ? LocalFile::fromFd(std::move(fd), error, &m_isClosed) : nullptr;
 }
 
 UniqueFd FolderFileSystem::openLocal(const QByteArray &path, FileError *error)
@@ -210,11 +215,22 @@ bool FolderFileSystem::info(const QByteArray &path, FileInfo *info, FileError *e
     return true;
 }
 
+// The system has one word for a file in the middle of a path and one at its end.
+void FolderFileSystem::nameWrongType(const QByteArray &path, FileError *error)
+{
+    FileInfo found;
+    FileError ignored;
+    if (error->kind == FileError::NotFound && info(path, &found, &ignored))
+        error->kind = FileError::WrongType;
+}
+
 bool FolderFileSystem::list(const QByteArray &path, QList<QByteArray> *names, FileError *error)
 {
     UniqueFd fd = openBelow(path, O_RDONLY | O_DIRECTORY, error);
-    if (!fd.isOpen())
+    if (!fd.isOpen()) {
+        nameWrongType(path, error);
         return false;
+    }
     const FolderStream folder(::fdopendir(fd.get()));
     if (folder)
         fd.release(); // the stream owns it now
@@ -226,6 +242,13 @@ bool FolderFileSystem::list(const QByteArray &path, QList<QByteArray> *names, Fi
     std::sort(found.begin(), found.end());
     *names = found;
     return true;
+}
+
+QByteArray FolderFileSystem::id() const
+{
+    const std::unique_ptr<char, decltype(&std::free)> resolved(
+        ::realpath(m_root.constData(), nullptr), &std::free);
+    return resolved ? QByteArray(resolved.get()) : m_root;
 }
 
 QByteArray FolderFileSystem::displayName(const QByteArray &path) const

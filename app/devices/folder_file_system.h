@@ -1,8 +1,10 @@
 #ifndef PHOTOLIB_DEVICES_FOLDER_FILE_SYSTEM_H
 #define PHOTOLIB_DEVICES_FOLDER_FILE_SYSTEM_H
 
-#include "devices/device_file_system.h"
 #include "base/unique_fd.h"
+#include "devices/device_file_system.h"
+
+#include <atomic>
 
 /// A folder of the host computer that is laid out as a device's media root: a mounted
 /// device or a copy of one.
@@ -31,6 +33,14 @@ public:
     bool info(const QByteArray &path, FileInfo *info, FileError *error) override;
     bool list(const QByteArray &path, QList<QByteArray> *names, FileError *error) override;
     UniqueFd openLocal(const QByteArray &path, FileError *error) override;
+    void close() override { m_isClosed = true; }
+
+    /// The folder's path without links, so that every name of it gives the same id.
+    QByteArray id() const override;
+
+    /// As it was given.
+    QByteArray name() const override { return m_root; }
+
     QByteArray displayName(const QByteArray &path) const override;
 
 private:
@@ -38,11 +48,13 @@ private:
 
     UniqueFd openBelow(const QByteArray &path, int flags, FileError *error) const;
     FileError failure(int code) const;
+    void nameWrongType(const QByteArray &path, FileError *error);
     bool isRemoved() const;
 
     const QByteArray m_root;
     const UniqueFd m_fd;
     const bool m_kernelConfines;
+    std::atomic<bool> m_isClosed{false};
 };
 
 #endif // PHOTOLIB_DEVICES_FOLDER_FILE_SYSTEM_H

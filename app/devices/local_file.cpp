@@ -34,12 +34,13 @@ UniqueFd regularFile(UniqueFd fd, FileError *error)
     return fd;
 }
 
-std::unique_ptr<LocalFile> LocalFile::fromFd(UniqueFd fd, FileError *error)
+std::unique_ptr<LocalFile> LocalFile::fromFd(UniqueFd fd, FileError *error,
+                                             const std::atomic<bool> *isClosed)
 {
     UniqueFd file = regularFile(std::move(fd), error);
     if (!file.isOpen())
         return nullptr;
-    return std::unique_ptr<LocalFile>(new LocalFile(std::move(file)));
+    return std::unique_ptr<LocalFile>(new LocalFile(std::move(file), isClosed));
 }
 
 std::unique_ptr<LocalFile> LocalFile::openForReading(const QByteArray &path, FileError *error)
@@ -58,12 +59,23 @@ std::unique_ptr<LocalFile> LocalFile::openForWriting(const QByteArray &path, Fil
     return fromFd(std::move(fd), error);
 }
 
-qint64 LocalFile::read(char *buffer, qint64 length, FileError *error)
+// Between two system calls; a local disk answers each soon.
+bool LocalFile::isClosed(FileError *error) const
+{
+    const bool isClosed = m_isClosed && *m_isClosed;
+    if (isClosed)
+        *error = FileError::closed();
+    return isClosed;
+}
+
+qint64 LocalFile::read(qint64 offset, char *buffer, qint64 length, FileError *error)
 {
     qint64 done = 0;
     while (done < length) {
+        if (isClosed(error))
+            return -1;
         const ssize_t count =
-            ::pread(m_fd.get(), buffer + done, portion(length - done), m_position + done);
+            ::pread(m_fd.get(), buffer + done, portion(length - done), offset + done);
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0 && done == 0) {
@@ -74,16 +86,15 @@ qint64 LocalFile::read(char *buffer, qint64 length, FileError *error)
             break;
         done += count;
     }
-    m_position += done;
     return done;
 }
 
-qint64 LocalFile::write(const char *buffer, qint64 length, FileError *error)
+qint64 LocalFile::write(qint64 offset, const char *buffer, qint64 length, FileError *error)
 {
     qint64 done = 0;
     while (done < length) {
         const ssize_t count =
-            ::pwrite(m_fd.get(), buffer + done, portion(length - done), m_position + done);
+            ::pwrite(m_fd.get(), buffer + done, portion(length - done), offset + done);
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0) {
@@ -92,18 +103,7 @@ qint64 LocalFile::write(const char *buffer, qint64 length, FileError *error)
         }
         done += count;
     }
-    m_position += done;
     return done;
-}
-
-bool LocalFile::seek(qint64 offset, FileError *error)
-{
-    if (offset < 0) {
-        *error = FileError::fromErrno(EINVAL);
-        return false;
-    }
-    m_position = offset;
-    return true;
 }
 
 qint64 LocalFile::size(FileError *error)

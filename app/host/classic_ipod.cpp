@@ -3,8 +3,8 @@
 #include "classic/device_clock.h"
 #include "classic/picture_files.h"
 #include "host/device_kind.h"
-#include "host/host_log.h"
 #include "host/exception_barrier.h"
+#include "host/host_log.h"
 
 #include <QHash>
 
@@ -39,7 +39,7 @@ QByteArray readWhole(DeviceFileSystem &files, const QByteArray &path)
         throw Unreadable{QStringLiteral("a file of %1 bytes is no photo database").arg(size)};
     QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
     for (qint64 done = 0; done < size;) {
-        const qint64 count = file->read(bytes.data() + done, size - done, &error);
+        const qint64 count = file->read(done, bytes.data() + done, size - done, &error);
         if (count < 0)
             throw Unreadable{error.text};
         if (count == 0)

@@ -3,8 +3,8 @@
 
 #include "devices/device_file_system.h"
 #include "host/device_kind.h"
-#include "host/iipod.h"
 #include "host/device_registry.h"
+#include "host/iipod.h"
 
 class ClassicIpod;
 
@@ -25,7 +25,7 @@ public:
     /// Null for a device of another kind.
     ClassicIpod *classicIpod() const { return m_classicIpod.get(); }
 
-    bool isAccessBlocked() override { return m_files->isBlocked(); }
+    bool isAccessBlocked() override { return m_files->state() != DeviceState::Ready; }
 
     /// A name in ASCII that no other device of the process has, whatever the device's own
     /// name is: part of the plug-in passes it on in the locale's encoding.

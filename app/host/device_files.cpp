@@ -4,8 +4,8 @@
 #include "host/device_files.h"
 #pragma GCC visibility pop
 
-#include "host/device_handles.h"
 #include "devices/encoded_names.h"
+#include "host/device_handles.h"
 #include "host/exception_barrier.h"
 #include "host/transfer_monitor.h"
 
@@ -94,16 +94,19 @@ bool createFolders(const QByteArray &path)
 int readFile(VFile &file, char *buffer, int length)
 {
     FileError error;
-    const qint64 count = file.file->read(buffer, length, &error);
+    const qint64 count = file.file->read(file.position, buffer, length, &error);
     if (count < 0)
         transferObserver().failed(file.name, error);
+    else
+        file.position += count;
     return static_cast<int>(count);
 }
 
 int writeFile(VFile &file, const char *buffer, int length)
 {
     FileError error;
-    const qint64 count = file.writable->write(buffer, length, &error);
+    const qint64 count = file.writable->write(file.position, buffer, length, &error);
+    file.position += count;
     transferObserver().bytesWritten(count);
     if (count < length)
         transferObserver().failed(file.name, error);
@@ -128,10 +131,12 @@ qint64 seekFile(VFile &file, qint64 offset, int whence)
 {
     FileError error = FileError::fromErrno(EINVAL);
     const qint64 target = seekTarget(*file.file, offset, whence, &error);
-    if (target >= 0 && file.file->seek(target, &error))
-        return target;
-    transferObserver().failed(file.name, error);
-    return -1;
+    if (target < 0) {
+        transferObserver().failed(file.name, error);
+        return -1;
+    }
+    file.position = target;
+    return target;
 }
 
 } // namespace
@@ -195,7 +200,7 @@ qint64 vFileSeek(VFile *file, qint64 offset, int whence)
 
 qint64 vFileTell(VFile *file)
 {
-    return file ? file->file->tell() : -1;
+    return file ? file->position : -1;
 }
 
 void vFileClose(VFile *file)

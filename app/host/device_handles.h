@@ -17,6 +17,7 @@ struct VFile {
     std::unique_ptr<DeviceFile> file;
     LocalFile *writable = nullptr; ///< `file` when it is open for writing, else null
     QByteArray name;               ///< as a person knows it
+    qint64 position = 0;           ///< bytes from the start
 };
 
 /// A file system with its open files, for any number of threads. There is one for the host

@@ -1,7 +1,5 @@
 #include "host/transfer_monitor.h"
 
-#include <atomic>
-
 namespace {
 
 class NoObserver : public TransferObserver
@@ -10,7 +8,7 @@ class NoObserver : public TransferObserver
     void failed(const QByteArray &, const FileError &) override {}
 };
 
-std::atomic<TransferObserver *> current{nullptr};
+thread_local TransferObserver *current = nullptr;
 
 } // namespace
 
@@ -27,6 +25,5 @@ TransferWatch::~TransferWatch()
 TransferObserver &transferObserver()
 {
     static NoObserver none;
-    TransferObserver *const observer = current;
-    return observer ? *observer : none;
+    return current ? *current : none;
 }

@@ -18,8 +18,8 @@ public:
     virtual void failed(const QByteArray &name, const FileError &error) = 0;
 };
 
-/// Has `observer` told of every transfer in the process until the end of the scope. One at
-/// a time; transfers of other threads must not run while it begins or ends.
+/// Has `observer` told of every transfer on the thread that makes the object, until the end of the
+/// scope. One at a time on a thread.
 class TransferWatch
 {
 public:
@@ -30,7 +30,7 @@ public:
     TransferWatch &operator=(const TransferWatch &) = delete;
 };
 
-/// The observer in place, or one that ignores everything.
+/// The calling thread's observer, or one that ignores everything.
 TransferObserver &transferObserver();
 
 #endif // PHOTOLIB_HOST_TRANSFER_MONITOR_H

@@ -49,7 +49,7 @@ TEST_F(CacheFolder, MustNotBeALink)
     m_scratch.makeLink("cache/photolib", m_scratch.path("precious"));
     const QByteArray line = cache + ": a link, where a folder itself is needed";
     expectFailure({"info"}, line);
-    expectFailure({"info", device()}, line);
+    expectFailure({"info", "-d", device()}, line);
 }
 
 TEST_F(CacheFolder, HoldsNoLinksInPlaceOfItsFolders)
@@ -61,7 +61,7 @@ TEST_F(CacheFolder, HoldsNoLinksInPlaceOfItsFolders)
         m_scratch.makeLink("cache/photolib/" + name, m_scratch.path("precious"));
         const QByteArray line = path + ": a link, where a folder itself is needed";
         if (name == "work")
-            expectFailure({"info", device()}, line);
+            expectFailure({"info", "-d", device()}, line);
         else
             expectFailure({"info"}, line);
     }
@@ -77,7 +77,7 @@ TEST_F(CacheFolder, MustNotBeAnotherUsers)
     const QByteArray cache = m_scratch.path("cache/photolib");
     ASSERT_EQ(0, ::chown(cache.constData(), 12345, 12345));
     expectFailure({"info"}, cache + ": a folder of another user");
-    expectFailure({"info", device()}, cache + ": a folder of another user");
+    expectFailure({"info", "-d", device()}, cache + ": a folder of another user");
 }
 
 TEST_F(CacheFolder, IsInTheHomeFolderWhereNoAbsolutePathIsSet)
@@ -87,7 +87,7 @@ TEST_F(CacheFolder, IsInTheHomeFolderWhereNoAbsolutePathIsSet)
         const QByteArray home = m_scratch.path("home" + QByteArray::number(qstrlen(chosen)));
         setVariable("HOME", home);
         setVariable("XDG_CACHE_HOME", chosen);
-        EXPECT_EQ(0, run({"info", device()}).exitCode);
+        EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
         EXPECT_TRUE(QFileInfo::exists(QString::fromUtf8(home + "/.cache/photolib/work"))) << chosen;
     }
 }
@@ -99,7 +99,7 @@ TEST_F(CacheFolder, NeedsAHomeFolder)
     m_setup.unset.append("HOME");
     const QByteArray line = "HOME: is not set, which tells where the user's cache folder is";
     expectFailure({"info"}, line);
-    expectFailure({"info", device()}, line);
+    expectFailure({"info", "-d", device()}, line);
     m_setup.unset.clear();
     setVariable("HOME", "");
     expectFailure({"info"}, line);
@@ -112,14 +112,14 @@ TEST_F(CacheFolder, NeedsNoHomeFolderBesideANamedWorkFolder)
     writeTwoPhotos();
     setVariable("XDG_CACHE_HOME", "");
     m_setup.unset.append("HOME");
-    EXPECT_EQ(0, run({"info", device(), "--work-dir", m_scratch.path("work")}).exitCode);
+    EXPECT_EQ(0, run({"info", "-d", device(), "--work-dir", m_scratch.path("work")}).exitCode);
 }
 
 TEST_F(CacheFolder, AndANamedWorkFolderAreNoLinks)
 {
     writeTwoPhotos();
     m_scratch.makeLink("work", m_scratch.path("precious"));
-    expectFailure({"info", device(), "--work-dir", m_scratch.path("work")},
+    expectFailure({"info", "-d", device(), "--work-dir", m_scratch.path("work")},
                   m_scratch.path("work") + ": a link, where a folder itself is needed");
 }
 

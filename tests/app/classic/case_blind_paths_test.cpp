@@ -96,6 +96,9 @@ public:
 
     std::unique_ptr<DeviceFile> open(const QByteArray &, FileError *) override { return nullptr; }
     bool info(const QByteArray &, FileInfo *, FileError *) override { return false; }
+    void close() override {}
+    QByteArray id() const override { return "listed"; }
+    QByteArray name() const override { return "listed"; }
     QByteArray displayName(const QByteArray &path) const override { return path; }
 };
 

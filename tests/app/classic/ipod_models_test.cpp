@@ -1,8 +1,8 @@
 #include "classic/image_unpacker.h"
 #include "classic/photo_database.h"
-#include "host/plugin.h"
-#include "host/device.h"
 #include "devices/folder_file_system.h"
+#include "host/device.h"
+#include "host/plugin.h"
 #include "support/environment.h"
 #include "support/ipod_folder.h"
 #include "support/picture_comparison.h"
@@ -209,7 +209,10 @@ protected:
         return result.output.trimmed().split('\n');
     }
 
-    Json dumped() { return Json::parse(linesOf({"dump", device()}).join('\n').toStdString()); }
+    Json dumped()
+    {
+        return Json::parse(linesOf({"dump", "-d", device()}).join('\n').toStdString());
+    }
 
     IpodPlan m_plan;
     WrittenIpod m_written;
@@ -356,15 +359,15 @@ TEST_P(IpodModels, AreDumpedByTheProgram)
 TEST_P(IpodModels, AreListedByTheProgram)
 {
     write(threePhotos());
-    const QList<QByteArray> photos = linesOf({"photos", device()});
+    const QList<QByteArray> photos = linesOf({"photos", "-d", device()});
     ASSERT_EQ(4, photos.size());
     EXPECT_TRUE(photos[1].contains("2005-01-01 00:00")) << photos[1].constData();
     EXPECT_TRUE(photos[2].contains("2006-12-31 23:59")) << photos[2].constData();
     for (const WrittenIpod::Album &album : m_written.albums) {
         const QByteArray id = QByteArray::number(album.id);
-        EXPECT_EQ(album.photoIDs, firstNumbers(linesOf({"photos", device(), "--album", id})));
+        EXPECT_EQ(album.photoIDs, firstNumbers(linesOf({"photos", "-d", device(), "--album", id})));
     }
-    const QList<QByteArray> albums = linesOf({"albums", device()});
+    const QList<QByteArray> albums = linesOf({"albums", "-d", device()});
     ASSERT_EQ(4, albums.size());
     for (int i = 0; i < m_written.albums.size(); ++i) {
         EXPECT_TRUE(albums[i + 1].contains(m_written.albums[i].name.toUtf8()))
@@ -378,7 +381,7 @@ TEST_P(IpodModels, HaveTheSmallestPictureForAThumbnail)
     for (int i = 0; i < m_written.photoIDs.size(); ++i) {
         const QByteArray id = QByteArray::number(m_written.photoIDs[i]);
         const QByteArray file = id + ".bmp";
-        linesOf({"thumb", device(), id, "-o", m_scratch.path(file)});
+        linesOf({"thumb", "-d", device(), id, "-o", m_scratch.path(file)});
         expectLike(m_plan.photos[i].picture, smallest(GetParam()), m_scratch.read(file));
     }
 }
@@ -386,7 +389,7 @@ TEST_P(IpodModels, HaveTheSmallestPictureForAThumbnail)
 TEST_P(IpodModels, HaveTheLargestPictureExported)
 {
     write(threePhotos());
-    linesOf({"export", device(), m_scratch.path("out")});
+    linesOf({"export", "-d", device(), m_scratch.path("out")});
     EXPECT_EQ(m_written.photoIDs.size(), m_scratch.everythingIn("out").size());
     for (int i = 0; i < m_written.photoIDs.size(); ++i) {
         const QByteArray file = "out/" + QByteArray::number(m_written.photoIDs[i]) + ".bmp";

@@ -52,7 +52,7 @@ protected:
         if (!file)
             return "not opened: " + error.text.toUtf8();
         QByteArray bytes(1000, '\0');
-        const qint64 count = file->read(bytes.data(), bytes.size(), &error);
+        const qint64 count = file->read(0, bytes.data(), bytes.size(), &error);
         return bytes.left(static_cast<int>(count));
     }
 
@@ -279,22 +279,57 @@ TEST_P(FolderDevice, ReadsBeyondTwoGibibytes)
     const auto file = m_files->open("large.mov", &error);
     ASSERT_TRUE(file);
     EXPECT_EQ(offset + 3, file->size(&error));
-    ASSERT_TRUE(file->seek(offset - 1, &error));
     char bytes[10] = {};
-    EXPECT_EQ(4, file->read(bytes, sizeof(bytes), &error));
+    EXPECT_EQ(4, file->read(offset - 1, bytes, sizeof(bytes), &error));
     EXPECT_EQ(QByteArray("\0end", 4), QByteArray(bytes, 4));
-    EXPECT_EQ(offset + 3, file->tell());
-    EXPECT_EQ(0, file->read(bytes, sizeof(bytes), &error));
+    EXPECT_EQ(0, file->read(offset + 3, bytes, sizeof(bytes), &error));
+    EXPECT_EQ(0, file->read(offset + 100, bytes, sizeof(bytes), &error));
 }
 
-TEST_P(FolderDevice, KeepsThePositionAfterAFailedSeek)
+TEST_P(FolderDevice, AnswersNothingOnceItIsClosed)
 {
     m_scratch.write("device/a.jpg", "picture");
     FileError error;
     const auto file = m_files->open("a.jpg", &error);
-    ASSERT_TRUE(file && file->seek(3, &error));
-    EXPECT_FALSE(file->seek(-1, &error));
-    EXPECT_EQ(3, file->tell());
+    ASSERT_TRUE(file);
+    m_files->close();
+
+    char bytes[10] = {};
+    EXPECT_EQ(-1, file->read(0, bytes, sizeof(bytes), &error));
+    EXPECT_EQ(FileError::Disconnected, error.kind);
+    EXPECT_EQ(FileError::Disconnected, infoError("a.jpg"));
+    QList<QByteArray> names;
+    EXPECT_FALSE(m_files->list("/", &names, &error));
+    EXPECT_EQ(FileError::Disconnected, error.kind);
+    EXPECT_FALSE(m_files->open("a.jpg", &error));
+    EXPECT_EQ(FileError::Disconnected, error.kind);
+}
+
+TEST_P(FolderDevice, TakesAFileForNoFolderToList)
+{
+    m_scratch.write("device/a.jpg", "picture");
+    FileError error;
+    QList<QByteArray> names;
+    EXPECT_FALSE(m_files->list("a.jpg", &names, &error));
+    EXPECT_EQ(FileError::WrongType, error.kind);
+    EXPECT_FALSE(m_files->list("a.jpg/x", &names, &error));
+    EXPECT_EQ(FileError::NotFound, error.kind);
+}
+
+TEST(FolderFileSystem, HasOneIdByWhateverNameItIsOpened)
+{
+    const ScratchFolder scratch;
+    scratch.makeFolder("real");
+    scratch.makeFolder("other");
+    scratch.makeLink("link", "real");
+    FileError error;
+    const auto real = FolderFileSystem::openFolder(scratch.path("real"), &error);
+    const auto link = FolderFileSystem::openFolder(scratch.path("link/"), &error);
+    const auto other = FolderFileSystem::openFolder(scratch.path("other"), &error);
+    EXPECT_EQ(real->id(), link->id());
+    EXPECT_NE(real->id(), other->id());
+    EXPECT_EQ(scratch.path("link/"), link->name());
+    EXPECT_EQ(DeviceState::Ready, real->state());
 }
 
 TEST_P(FolderDevice, OutlivesARenameOfItsFolder)
@@ -345,7 +380,7 @@ TEST(FolderFileSystem, FollowsALinkInsideTheFolderWhereTheKernelConfinesIt)
     if (!file)
         GTEST_SKIP() << "this kernel does not confine links: " << error.text.toStdString();
     char bytes[10] = {};
-    EXPECT_EQ(7, file->read(bytes, sizeof(bytes), &error));
+    EXPECT_EQ(7, file->read(0, bytes, sizeof(bytes), &error));
 }
 
 TEST(FolderFileSystem, RefusesALinkInsideTheFolderWhereTheKernelConfinesNone)
@@ -392,7 +427,7 @@ int readAndList(FolderFileSystem &files, int number)
     FileError error;
     QByteArray bytes(2000, '\0');
     const auto file = files.open("DCIM/" + QByteArray::number(number), &error);
-    const qint64 count = file ? file->read(bytes.data(), bytes.size(), &error) : -1;
+    const qint64 count = file ? file->read(0, bytes.data(), bytes.size(), &error) : -1;
     const bool isRead = count == 1000 && bytes.startsWith(QByteArray(1000, char('a' + number)));
     QList<QByteArray> names;
     const bool isListed = files.list("/DCIM", &names, &error) && names.size() == 8;

@@ -1,9 +1,9 @@
 #include "host/device_database.h"
 
+#include "base/log_output.h"
+#include "devices/folder_file_system.h"
 #include "host/classic_ipod.h"
 #include "host/device.h"
-#include "devices/folder_file_system.h"
-#include "base/log_output.h"
 #include "support/device_folder.h"
 #include "support/environment.h"
 #include "support/photo_database_bytes.h"
@@ -21,9 +21,9 @@ using Confinement = FolderFileSystem::Confinement;
 
 constexpr char thumbsName[] = ":Thumbs:F1036_1.ithmb";
 
-itdb_photo variantIn(const QString &fileName)
+StoredPicture variantIn(const QString &fileName)
 {
-    itdb_photo variant;
+    StoredPicture variant;
     variant.formatId = 1036;
     variant.size = 4100;
     variant.width = 50;
@@ -400,9 +400,8 @@ TEST_F(DeviceDatabase, HoldsEachFileOpenOnceAndNoMoreThanItMay)
             ++reachable;
     }
     EXPECT_EQ(2 * DriveLinks::most, reachable);
-    EXPECT_EQ(
-        QList<QByteArray>{"50 picture files are left out: more than 256 can not be held open"},
-        log.failures());
+    EXPECT_EQ(QList<QByteArray>{"50 picture files are left out: more than 256 cannot be held open"},
+              log.failures());
 }
 
 TEST_F(DeviceDatabase, LetsGoOfItsFilesWhenItIsReleased)
@@ -441,7 +440,12 @@ TEST(ThumbnailUnpacker, MakesAnImageFile)
 {
     QByteArray raw(4100, '\0');
     QByteArray out;
-    EXPECT_EQ(0, unpackiThmb(nullptr, raw, variantIn(QString()), out));
+    itdb_photo variant;
+    variant.formatId = 1036;
+    variant.size = 4100;
+    variant.width = 50;
+    variant.height = 41;
+    EXPECT_EQ(0, unpackiThmb(nullptr, raw, variant, out));
     EXPECT_TRUE(out.startsWith("BM"));
 }
 

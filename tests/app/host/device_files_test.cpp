@@ -1,7 +1,7 @@
 #include "host/device_files.h"
 
-#include "host/device.h"
 #include "devices/folder_file_system.h"
+#include "host/device.h"
 #include "host/device_registry.h"
 #include "host/transfer_monitor.h"
 #include "support/device_folder.h"

@@ -13,7 +13,7 @@ protected:
     // What `info` says of the device's kind.
     QByteArray kind(const QList<QByteArray> &options)
     {
-        const ProgramResult result = run(QList<QByteArray>{"info", device()} + options);
+        const ProgramResult result = run(QList<QByteArray>{"info", "-d", device()} + options);
         EXPECT_EQ(0, result.exitCode) << result.errors.constData();
         for (const QByteArray &line : result.output.split('\n')) {
             if (line.startsWith("Kind:"))
@@ -55,21 +55,22 @@ TEST_F(ProgramOnAKindOfDevice, NamesTheDatabasesThatAreMissing)
 {
     m_scratch.makeFolder("device");
     const QByteArray line = device() + ": no photo database in it ";
-    expectFailure({"info", device()}, line + "(PhotoData/Photos.sqlite or Photos/Photo Database)");
-    expectFailure({"info", device(), "--kind", "ios"}, line + "(PhotoData/Photos.sqlite)");
-    expectFailure({"info", device(), "--kind", "classic"}, line + "(Photos/Photo Database)");
+    expectFailure({"info", "-d", device()},
+                  line + "(PhotoData/Photos.sqlite or Photos/Photo Database)");
+    expectFailure({"info", "-d", device(), "--kind", "ios"}, line + "(PhotoData/Photos.sqlite)");
+    expectFailure({"info", "-d", device(), "--kind", "classic"}, line + "(Photos/Photo Database)");
 }
 
 TEST_F(ProgramOnAKindOfDevice, DoesNotTakeTheOneDatabaseForTheOther)
 {
     writeThreePhotos();
-    expectFailure({"info", device(), "--kind", "ios"},
+    expectFailure({"info", "-d", device(), "--kind", "ios"},
                   device() + ": no photo database in it (PhotoData/Photos.sqlite)");
 }
 
 TEST_F(ProgramOnAKindOfDevice, RefusesAnotherKind)
 {
-    const ProgramResult result = run({"info", device(), "--kind", "nano"});
+    const ProgramResult result = run({"info", "-d", device(), "--kind", "nano"});
     EXPECT_EQ(2, result.exitCode);
     EXPECT_TRUE(result.errors.contains("nano")) << result.errors.constData();
 }
@@ -77,9 +78,9 @@ TEST_F(ProgramOnAKindOfDevice, RefusesAnotherKind)
 TEST_F(ProgramOnAKindOfDevice, TellsWhatIsWrongWithADamagedDatabaseInOneLine)
 {
     m_scratch.write("device/PHOTOS/Photo Database", "mhfd");
-    expectFailure({"info", device()}, device() +
-                                          "/PHOTOS/Photo Database: not readable as a photo library "
-                                          "(the file ends within the chunk at offset 0x0)");
+    expectFailure({"info", "-d", device()},
+                  device() + "/PHOTOS/Photo Database: not readable as a photo library "
+                             "(the file ends within the chunk at offset 0x0)");
 }
 
 TEST_F(ProgramOnAKindOfDevice, NamesADatabaseThatIsALinkToAnotherPlace)
@@ -89,15 +90,15 @@ TEST_F(ProgramOnAKindOfDevice, NamesADatabaseThatIsALinkToAnotherPlace)
     m_scratch.makeLink("device/Photos/Photo Database", m_scratch.path("elsewhere"));
     const QByteArray line =
         device() + "/Photos/Photo Database: a link that leads out of the device";
-    expectFailure({"info", device()}, line);
-    expectFailure({"info", device(), "--kind", "classic"}, line);
+    expectFailure({"info", "-d", device()}, line);
+    expectFailure({"info", "-d", device(), "--kind", "classic"}, line);
 }
 
 TEST_F(ProgramOnAKindOfDevice, TellsThatTheDriveCanNotBeNamed)
 {
     writeThreePhotos();
     setVariable("TMPDIR", "/no/such/folder");
-    expectFailure({"info", device()},
+    expectFailure({"info", "-d", device()},
                   "cannot make a temporary folder in /no/such/folder: No such file or directory");
 }
 
@@ -107,7 +108,7 @@ TEST_F(ProgramOnAKindOfDevice, LeavesNothingBesideTheDevice)
     m_scratch.makeFolder("tmp");
     setVariable("TMPDIR", m_scratch.path("tmp"));
     const QList<QByteArray> before = m_scratch.everythingIn();
-    EXPECT_EQ(0, run({"dump", device()}).exitCode);
+    EXPECT_EQ(0, run({"dump", "-d", device()}).exitCode);
     EXPECT_EQ(before, m_scratch.everythingIn());
 }
 
