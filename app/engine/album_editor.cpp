@@ -2,22 +2,21 @@
 
 #include "base/error.h"
 #include "engine/new_photo.h"
-#include "base/log_output.h"
 
 #include <QSet>
 
 namespace {
 
-// Why an edit is refused; without words of its own when the plug-in has said it.
-Error refusal(const QString &cause = QString())
+// Why an edit is refused.
+Error refusal(const QString &cause)
 {
     return Error(cause);
 }
 
-void requireSuccess(int result)
+void requireSuccess(int result, const char *cause)
 {
     if (result == -1)
-        throw refusal();
+        throw refusal(QString::fromLatin1(cause));
 }
 
 QList<quint64> idsFrom(const QVector<ScriptWord> &words)
@@ -66,24 +65,14 @@ bool takesPhotos(const albumItem &album)
     return album.type != panoramas && album.type != videos;
 }
 
-QString causeOf(const Error &error, const LogCapture &log)
-{
-    if (*error.what())
-        return QString::fromUtf8(error.what());
-    // The last line is about what was asked last.
-    return log.failures().isEmpty() ? QStringLiteral("no cause is known")
-                                    : QString::fromUtf8(log.failures().last());
-}
-
 } // namespace
 
 EditResult AlbumEditor::apply(const ScriptEdit &edit)
 {
-    const LogCapture log;
     try {
         return {true, run(edit)};
     } catch (const Error &error) {
-        return {false, QStringLiteral("refused: ") + causeOf(error, log)};
+        return {false, QStringLiteral("refused: ") + QString::fromUtf8(error.what())};
     }
 }
 
@@ -109,7 +98,7 @@ QString AlbumEditor::addAlbum(const ScriptEdit &edit)
     albumItem item;
     item.name = edit.arguments.first().text;
     item.photoIDs = knownPhotos(edit.arguments.mid(1));
-    requireSuccess(m_library.addAlbum(&item));
+    requireSuccess(m_library.addAlbum(&item), "the album cannot be made");
     m_made.append(item.id);
     return QStringLiteral("ok: album %1").arg(item.id);
 }
@@ -120,7 +109,7 @@ QString AlbumEditor::addPhoto(const ScriptEdit &edit)
     if (!takesPhotos(album(id)))
         throw refusal(QStringLiteral("the album takes no photos"));
     photoItem photo = photoFor(edit.arguments[0]);
-    requireSuccess(m_library.addPhoto2Album(&photo, id));
+    requireSuccess(m_library.addPhoto2Album(&photo, id), "the photo cannot be added");
     return QStringLiteral("ok: photo %1").arg(photo.id);
 }
 
@@ -150,7 +139,7 @@ QString AlbumEditor::removePhotos(const ScriptEdit &edit)
 
 QString AlbumEditor::removeAlbum(const ScriptEdit &edit)
 {
-    requireSuccess(m_library.rmAlbum(findAlbum(edit.arguments[0])));
+    requireSuccess(m_library.rmAlbum(findAlbum(edit.arguments[0])), "the album cannot be removed");
     return QStringLiteral("ok");
 }
 
@@ -158,13 +147,13 @@ albumItem AlbumEditor::album(quint64 id)
 {
     albumItem item;
     if (!m_library.getAlbum(id, &item))
-        throw refusal();
+        throw refusal(QStringLiteral("an album of a kind that is not shown"));
     return item;
 }
 
 void AlbumEditor::update(albumItem item)
 {
-    requireSuccess(m_library.updateAlbum(&item));
+    requireSuccess(m_library.updateAlbum(&item), "the album cannot be changed");
 }
 
 // A script can not know the id of an album that it makes, nor what names the device has:

@@ -1,12 +1,12 @@
 #include "engine/classic_photos.h"
 
+#include "base/printable.h"
 #include "boundary/photo_records.h"
-#include "host/classic_ipod.h"
 #include "classic/device_paths.h"
 #include "classic/image_unpacker.h"
 #include "engine/library_session.h"
 #include "engine/photo_text.h"
-#include "base/printable.h"
+#include "host/classic_ipod.h"
 
 #include <QSize>
 #include <QStringList>

@@ -80,15 +80,6 @@ QByteArray DatabaseCopy::failure() const
     return m_failure;
 }
 
-bool DatabaseCopy::isHarmless(const QByteArray &line) const
-{
-    for (const QByteArray &path : m_missing) {
-        if (line == "Can not open file: " + path)
-            return true;
-    }
-    return false;
-}
-
 void DatabaseCopy::failed(const QByteArray &name, const FileError &error)
 {
     if (!concerns(name))

@@ -42,10 +42,6 @@ public:
     /// well.
     QByteArray failure() const;
 
-    /// Whether `line` of the plug-in's log complains of a journal that the device simply
-    /// does not have.
-    bool isHarmless(const QByteArray &line) const;
-
     void bytesWritten(qint64 count) override { m_done += count; }
     void failed(const QByteArray &name, const FileError &error) override;
 

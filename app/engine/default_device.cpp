@@ -3,7 +3,6 @@
 #include "base/cache_folder.h"
 #include "base/error.h"
 #include "base/folders.h"
-#include "cli/sample_run.h"
 #include "sample/sample_writer.h"
 
 #include <QFile>
@@ -29,23 +28,26 @@ void removeAll(const QByteArray &path)
         throw Error(path.toStdString(), error.message());
 }
 
-void makeSample(const QByteArray &folder)
+void makeSample(const QByteArray &folder, const CancelToken &cancel)
 {
     // Beside its place first, so that a run that is cut short leaves no half of a sample
     // there. What such a run did leave is removed.
     const QByteArray partial = folder + ".partial";
     const QString partialName = QFile::decodeName(partial);
     removeAll(partial);
-    runSampleWriter([&](QString *error, const std::atomic<bool> *isCancelled) {
-        return writeSample(partialName, SampleOptions(), error, isCancelled);
-    });
+    QString error;
+    const bool isWritten = writeSample(partialName, SampleOptions(), &error, cancel.flag());
+    if (!isWritten && cancel.isCancelled())
+        throw Error(Error::Cancelled, "interrupted: no sample is written");
+    if (!isWritten)
+        throw Error(error);
     if (std::rename(partial.constData(), folder.constData()) != 0)
         throw Error(folder.toStdString(), std::generic_category().message(errno));
 }
 
 } // namespace
 
-DefaultDevice defaultDevice()
+DefaultDevice defaultDevice(const CancelToken &cancel)
 {
     DefaultDevice device;
     device.folder = cacheFolder() + "/sample";
@@ -56,7 +58,7 @@ DefaultDevice defaultDevice()
     LockedFolder parent(cacheFolder());
     device.isNew = !exists(device.folder); // or another program has made it meanwhile
     if (device.isNew)
-        makeSample(device.folder);
+        makeSample(device.folder, cancel);
     parent.keep();
     return device;
 }

@@ -2,8 +2,8 @@
 
 #include "base/error.h"
 #include "base/folders.h"
-#include "host/device_kind.h"
 #include "devices/folder_file_system.h"
+#include "host/device_kind.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -24,7 +24,7 @@ using Identity = std::tuple<dev_t, ino_t>;
 [[noreturn]] void failToTell(const QByteArray &path)
 {
     throw Error(path.toStdString(), "whether it lies in the device can not be told (" +
-                                               std::generic_category().message(errno) + ")");
+                                        std::generic_category().message(errno) + ")");
 }
 
 Identity identityOf(const UniqueFd &folder, const QByteArray &path)

@@ -1,7 +1,7 @@
 #include "engine/edit_script.h"
 
 #include "base/error.h"
-#include "engine/library_ids.h"
+#include "engine/photo_ids.h"
 
 #include <algorithm>
 #include <iterator>
@@ -130,7 +130,7 @@ void requireArguments(const EditForm &form, const QVector<ScriptWord> &arguments
         form.endsWithIds ? arguments.size() >= form.needed : arguments.size() == form.needed;
     if (!isEnough)
         throw Error(QLatin1String(form.name) + QStringLiteral(" takes ") +
-                           QLatin1String(form.usage));
+                    QLatin1String(form.usage));
     for (const ScriptWord &word : arguments) {
         if (word.text.isEmpty())
             throw Error(std::string(form.name), "an argument is empty");

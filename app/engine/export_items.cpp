@@ -1,13 +1,13 @@
 #include "engine/export_items.h"
 
+#include "base/file_names.h"
 #include "boundary/photo_records.h"
 #include "classic/image_unpacker.h"
+#include "devices/encoded_names.h"
 #include "engine/classic_photos.h"
-#include "base/file_names.h"
 #include "engine/library_session.h"
 #include "engine/photo_text.h"
 #include "engine/thumbnail.h"
-#include "devices/encoded_names.h"
 
 #include <QSize>
 

@@ -1,20 +1,19 @@
 #include "engine/library_session.h"
 
-#include "classic/photo_database.h"
+#include "base/byte_count.h"
 #include "base/cache_folder.h"
 #include "base/error.h"
-#include "engine/database_copy.h"
-#include "engine/default_device.h"
-#include "engine/device_bounds.h"
-#include "cli/parse_run.h"
-#include "engine/photo_text.h"
-#include "cli/progress_bar.h"
-#include "devices/folder_file_system.h"
+#include "classic/photo_database.h"
 #include "devices/encoded_names.h"
-#include "base/log_output.h"
+#include "devices/folder_file_system.h"
+#include "devices/local_file.h"
+#include "engine/database_copy.h"
+#include "engine/device_bounds.h"
+#include "engine/photo_text.h"
+#include "engine/work_folder.h"
+#include "host/transfer_monitor.h"
 
 #include <system_error>
-#include <unistd.h>
 
 namespace {
 
@@ -49,8 +48,26 @@ DeviceKind kindOf(DeviceFileSystem &files)
     FileError error;
     if (!findDeviceKind(files, &kind, &error))
         throw Error(files.displayName(libraryDatabase(files, kind)).toStdString(),
-                           error.text.toStdString());
+                    error.text.toStdString());
     return kind;
+}
+
+// Why a device in that state cannot be read.
+std::string stateText(DeviceState state)
+{
+    switch (state) {
+    case DeviceState::Ready:
+        break;
+    case DeviceState::Locked:
+        return "locked";
+    case DeviceState::NotTrusted:
+        return "does not trust this computer";
+    case DeviceState::NeedsPassword:
+        return "needs a password";
+    case DeviceState::Gone:
+        return "disconnected";
+    }
+    return "not readable";
 }
 
 // Throws Error unless the device holds the library database of a device of `kind`.
@@ -64,8 +81,8 @@ void requireLibrary(DeviceFileSystem &files, const std::string &name, DeviceKind
         throw Error(name, noDatabaseIn(kind));
     if (!isThere)
         throw Error(files.displayName(database).toStdString(), error.text.toStdString());
-    if (files.isBlocked())
-        throw Error(name, "locked");
+    if (files.state() != DeviceState::Ready)
+        throw Error(name, stateText(files.state()));
 }
 
 std::shared_ptr<DeviceFileSystem> openFolder(const std::string &name)
@@ -78,95 +95,119 @@ std::shared_ptr<DeviceFileSystem> openFolder(const std::string &name)
     return files;
 }
 
-// What the plug-in logged of a parse and matters to a person.
-QList<QByteArray> withoutHarmless(const QList<QByteArray> &failures, const DatabaseCopy &copy)
+// Tells how much of a database is copied.
+class CopyProgress : public TransferObserver
 {
-    QList<QByteArray> result;
-    for (const QByteArray &line : failures) {
-        if (!copy.isHarmless(line))
-            result.append(line);
+public:
+    CopyProgress(DatabaseCopy &copy, OpenObserver &observer) : m_copy(copy), m_observer(observer)
+    {
+        m_observer.copied(0, m_copy.total());
     }
-    return result;
+
+    void bytesWritten(qint64 count) override
+    {
+        m_copy.bytesWritten(count);
+        m_observer.copied(m_copy.done(), m_copy.total());
+    }
+
+    void failed(const QByteArray &name, const FileError &error) override
+    {
+        m_copy.failed(name, error);
+    }
+
+private:
+    DatabaseCopy &m_copy;
+    OpenObserver &m_observer;
+};
+
+// Another program has the work folder that was tried.
+struct FolderInUse {
+};
+
+// Whether the local file `path` begins as SQLite's files do; an empty one is a database, too.
+bool isDatabase(const QByteArray &path)
+{
+    FileError error;
+    const auto file = LocalFile::openForReading(path, &error);
+    char start[16] = {};
+    const qint64 count = file ? file->read(0, start, sizeof start, &error) : 0;
+    return count <= 0 || QByteArray(start, sizeof start) == QByteArray("SQLite format 3", 16);
 }
 
-[[noreturn]] void failInterrupted(const DatabaseCopy &copy)
+[[noreturn]] void failToParse(const QByteArray &database, const std::string &cause)
 {
-    throw Error(Error::Cancelled,
-                       "interrupted: " + byteCountsText(copy.done(), copy.total()).toStdString() +
-                           " of the database copied; the partial copy is " +
-                           copy.localDatabase().toStdString());
-}
-
-// The first line that was logged is the cause of the others.
-[[noreturn]] void failToParse(const QByteArray &database, const QList<QByteArray> &failures)
-{
-    const QByteArray cause = failures.isEmpty() ? "no cause is known" : failures.first();
-    throw Error(database.toStdString(),
-                       "not readable as a photo library (" + cause.toStdString() + ")");
+    throw Error(database.toStdString(), "not readable as a photo library" + cause);
 }
 
 } // namespace
 
-LibrarySession::LibrarySession(const CommonOptions &options,
-                               const std::optional<std::string> &device)
+LibrarySession::LibrarySession(const LibraryOptions &options, OpenObserver &observer,
+                               CancelToken &cancel)
     : m_options(options)
 {
-    chooseDevice(device);
-    m_files = openFolder(m_name);
+    if (m_options.device.isEmpty())
+        throw Error("device", "the name is empty");
+    m_files = openFolder(deviceName());
     const DeviceKind kind = m_options.kind == DeviceKind::None ? kindOf(*m_files) : m_options.kind;
-    requireLibrary(*m_files, m_name, kind);
+    requireLibrary(*m_files, deviceName(), kind);
     if (kind == DeviceKind::Classic)
-        openClassic();
+        openClassic(cancel);
     else
-        openIos();
+        openIos(observer, cancel);
 }
 
-void LibrarySession::chooseDevice(const std::optional<std::string> &device)
-{
-    if (device) {
-        if (device->empty())
-            throw Error("DEVICE", "the name is empty");
-        m_name = *device;
-        return;
-    }
-    const DefaultDevice sample = defaultDevice();
-    m_name = sample.folder.toStdString();
-    m_isSample = true;
-    m_isNewSample = sample.isNew;
-}
-
-QByteArray LibrarySession::workFolderName() const
-{
-    if (!m_options.workFolder.empty())
-        return QByteArray::fromStdString(m_options.workFolder);
-    return defaultWorkFolder(QByteArray::fromStdString(m_name));
-}
+LibrarySession::~LibrarySession() {}
 
 // All that can be found wrong without writing anything is looked at before the work folder
 // is touched, and again when other programs have left it.
-void LibrarySession::openIos()
+void LibrarySession::openIos(OpenObserver &observer, CancelToken &cancel)
 {
-    const QByteArray workFolder = workFolderName();
-    [[maybe_unused]] const DatabaseCopy firstLook(*m_files, workFolder + '/');
+    [[maybe_unused]] const DatabaseCopy firstLook(*m_files, QByteArray());
     m_plugin = std::make_unique<Plugin>(m_options.plugin);
-    const auto tellOfWait = [&] {
-        if (!m_options.quiet)
-            writeErrorLine("photolib: waiting for another program that uses " + workFolder);
-    };
-    const auto origin =
-        m_options.workFolder.empty() ? WorkFolder::Origin::Default : WorkFolder::Origin::Named;
-    m_workFolder = std::make_unique<WorkFolder>(workFolder, QByteArray::fromStdString(m_name),
-                                                origin, tellOfWait);
-    DatabaseCopy copy(*m_files, workFolder + '/');
+    m_workFolder = newWorkFolder(observer);
+    DatabaseCopy copy(*m_files, m_workFolder->localDataPath().toUtf8());
     m_workFolder->requireRoom(copy.total());
     m_device = std::make_unique<Device>(m_files, DeviceKind::Ios, m_workFolder->localDataPath());
     m_library = m_plugin->makeLibrary(m_device.get());
-    runParse(copy);
-    m_workFolder->unlock();
+    CopyProgress progress(copy, observer);
+    const TransferWatch watch(&progress);
+    const bool isParsed = parse(cancel);
+    if (cancel.isCancelled())
+        throw Error(Error::Cancelled,
+                    "interrupted: " + byteCountsText(copy.done(), copy.total()).toStdString() +
+                        " of the database copied");
+    // A parse may well succeed on a copy that is not complete.
+    copy.requireUnchanged(*m_files);
+    if (!copy.failure().isEmpty())
+        throw Error(Error::Failed, copy.failure().toStdString());
+    if (!isParsed)
+        failToParse(copy.deviceDatabase(), isDatabase(copy.localDatabase())
+                                               ? ": its tables cannot be read"
+                                               : ": not an SQLite database");
+}
+
+// By default a folder that no other session has, so that nobody waits; a folder that was named is
+// waited for.
+std::unique_ptr<WorkFolder> LibrarySession::newWorkFolder(OpenObserver &observer) const
+{
+    const QByteArray named = m_options.workFolder;
+    if (!named.isEmpty())
+        return std::make_unique<WorkFolder>(named, m_options.device, WorkFolder::Origin::Named,
+                                            [&] { observer.waiting(named); });
+    const QByteArray first = defaultWorkFolder(m_files->id());
+    for (int number = 1;; ++number) {
+        const QByteArray path = number == 1 ? first : first + '-' + QByteArray::number(number);
+        try {
+            return std::make_unique<WorkFolder>(path, m_options.device, WorkFolder::Origin::Default,
+                                                [] { throw FolderInUse(); });
+        } catch (const FolderInUse &) {
+            continue;
+        }
+    }
 }
 
 // The database is read where it is: nothing is copied.
-void LibrarySession::openClassic()
+void LibrarySession::openClassic(CancelToken &cancel)
 {
     m_plugin = std::make_unique<Plugin>(m_options.plugin);
     try {
@@ -174,79 +215,36 @@ void LibrarySession::openClassic()
     } catch (const std::system_error &error) {
         // It begins with the path.
         throw Error(Error::Failed,
-                           std::string("cannot make a temporary folder in ") + error.what());
+                    std::string("cannot make a temporary folder in ") + error.what());
     }
     m_library = m_plugin->makeLibrary(m_device.get());
-    QList<QByteArray> failures;
-    ParseResult result = ParseResult::Failed;
-    {
-        const LogCapture log;
-        result = parseLibrary(*m_library, *m_plugin, [] {});
-        failures = log.failures();
-    }
-    if (result == ParseResult::Interrupted)
+    const bool isParsed = parse(cancel);
+    if (cancel.isCancelled())
         throw Error(Error::Cancelled, "interrupted");
-    if (result == ParseResult::Failed)
-        failToParse(m_files->displayName(libraryDatabase(*m_files, DeviceKind::Classic)), failures);
-    passOn(failures);
+    if (!isParsed)
+        failToParse(m_files->displayName(libraryDatabase(*m_files, DeviceKind::Classic)),
+                    std::string());
 }
 
-// Shows what a parse that was captured logged, unless that was shown already.
-void LibrarySession::passOn(const QList<QByteArray> &failures) const
+// The plug-in's own cancel would end the parses of all sessions. A device that answers no more ends
+// this one.
+bool LibrarySession::parse(CancelToken &cancel)
 {
-    if (m_options.verbose)
-        return;
-    for (const QByteArray &line : failures)
-        logLine("PHOTOLIB", 2, line);
-}
-
-void LibrarySession::runParse(DatabaseCopy &copy)
-{
-    ParseResult result = ParseResult::Failed;
-    QList<QByteArray> failures;
-    {
-        const LogCapture log;
-        const TransferWatch watch(&copy);
-        ProgressBar bar(showsProgress(), QStringLiteral("Copying the database"));
-        result = parseLibrary(*m_library, *m_plugin, [&] {
-            bar.show(copy.done(), copy.total(), byteCountsText(copy.done(), copy.total()));
-        });
-        failures = withoutHarmless(log.failures(), copy);
-    }
-    if (result == ParseResult::Interrupted) {
-        m_workFolder->keep();
-        failInterrupted(copy);
-    }
-    // A parse may well succeed on a copy that is not complete.
-    copy.requireUnchanged(*m_files);
-    if (!copy.failure().isEmpty())
-        throw Error(Error::Failed, copy.failure().toStdString());
-    if (result == ParseResult::Failed)
-        failToParse(copy.deviceDatabase(), failures);
-    passOn(failures);
-}
-
-void LibrarySession::keepCopies()
-{
-    if (m_workFolder)
-        m_workFolder->keep();
+    const CancelHook hook(cancel, [this] { m_files->close(); });
+    return m_library->parseLib();
 }
 
 std::unique_ptr<EnsuredFolder> LibrarySession::folderOutside(const QByteArray &path) const
 {
-    const auto device = QByteArray::fromStdString(m_name);
-    const auto check = [&](const QByteArray &written) { ::refuseInDevice(written, device, path); };
+    const auto check = [&](const QByteArray &written) {
+        ::refuseInDevice(written, m_options.device, path);
+    };
     return std::make_unique<EnsuredFolder>(path, 0777, check);
 }
 
 void LibrarySession::refuseInDevice(const QByteArray &folder) const
 {
-    ::refuseInDevice(folder, QByteArray::fromStdString(m_name), folder);
-}
-
-bool LibrarySession::showsProgress() const
-{
-    return !m_options.quiet && !m_options.verbose && ::isatty(STDERR_FILENO);
+    ::refuseInDevice(folder, m_options.device, folder);
 }
 
 FileState LibrarySession::photo(quint64 id, photoItem *item)
@@ -302,14 +300,5 @@ void LibrarySession::requireDevice() const
 void LibrarySession::requireConnected(const FileError &error) const
 {
     if (error.kind == FileError::Disconnected)
-        throw Error(m_name, error.text.toStdString());
-}
-
-void LibrarySession::announce() const
-{
-    if (!m_isSample || m_options.quiet)
-        return;
-    const std::string note = m_isNewSample ? "no device named; made a sample device in "
-                                           : "no device named; showing the sample device in ";
-    writeErrorLine(QByteArray::fromStdString("photolib: " + note + m_name));
+        throw Error(deviceName(), error.text.toStdString());
 }

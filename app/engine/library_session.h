@@ -1,18 +1,17 @@
 #ifndef PHOTOLIB_ENGINE_LIBRARY_SESSION_H
 #define PHOTOLIB_ENGINE_LIBRARY_SESSION_H
 
+#include "base/cancel_token.h"
+#include "base/folders.h"
 #include "boundary/photo_manager_int.h"
 #include "boundary/photo_records.h"
-#include "cli/common_options.h"
-#include "host/plugin.h"
-#include "engine/work_folder.h"
 #include "host/device.h"
+#include "host/plugin.h"
 
 #include <memory>
-#include <optional>
 #include <string>
 
-class DatabaseCopy;
+class WorkFolder;
 
 /// Whether the device has the file of a photo or video.
 enum class FileState {
@@ -21,16 +20,43 @@ enum class FileState {
     Unreadable, ///< the device does not say, for it may not be asked or fails
 };
 
-/// The parsed photo library of one device, from opening the device to dropping it. For one
-/// thread.
+/// Which device to open, and how.
+struct LibraryOptions {
+    QByteArray device;                  ///< the folder, in the user's own bytes
+    DeviceKind kind = DeviceKind::None; ///< None to look what is in the folder
+    QByteArray workFolder;              ///< for the copy of its database; empty for the default
+    std::string plugin;                 ///< the plug-in's file; empty to search for it
+};
+
+/// Hears how the opening of a library goes, on the thread that opens it.
+class OpenObserver
+{
+public:
+    virtual ~OpenObserver() {}
+
+    /// Another program has the work folder, which is waited for.
+    virtual void waiting(const QByteArray &workFolder) = 0;
+
+    /// `done` bytes of `total` of the database are copied.
+    virtual void copied(qint64 done, qint64 total) = 0;
+};
+
+/// The parsed photo library of one device, from opening the device to dropping it. Any number may
+/// be open at a time, each for one thread at a time.
+///
+/// An iOS device's database is copied to a work folder of the session's own, which is locked and
+/// holds the copy as long as the session lives, and is gone afterwards.
 class LibrarySession
 {
 public:
-    /// Opens the device in the folder `device`, the sample device when it names none, and
-    /// parses its library with progress on stderr. Throws Error when that fails or
-    /// is interrupted; nothing is left behind then but the partial copy of an interrupted
-    /// parse. Neither is there after a success, unless `keepCopies` is called.
-    LibrarySession(const CommonOptions &options, const std::optional<std::string> &device);
+    /// Opens the device and parses its library, on the calling thread. Throws Error when that
+    /// fails, of the kind Cancelled once `cancel` is; nothing is left behind then. `observer` and
+    /// `cancel` are needed no longer than that.
+    LibrarySession(const LibraryOptions &options, OpenObserver &observer, CancelToken &cancel);
+    ~LibrarySession();
+
+    LibrarySession(const LibrarySession &) = delete;
+    LibrarySession &operator=(const LibrarySession &) = delete;
 
     photo_manager_int &library() { return *m_library; }
 
@@ -61,7 +87,7 @@ public:
     const ClassicIpod *classicIpod() const { return m_device->classicIpod(); }
 
     /// The device's folder as the user named it.
-    const std::string &deviceName() const { return m_name; }
+    std::string deviceName() const { return m_options.device.toStdString(); }
 
     /// The device's files; any thread may use them as long as the session lives.
     DeviceFileSystem &files() { return *m_files; }
@@ -75,29 +101,14 @@ public:
     /// never written.
     void refuseInDevice(const QByteArray &folder) const;
 
-    /// Whether progress is to be shown on stderr.
-    bool showsProgress() const;
-
-    /// Says on stderr that a sample is shown, if one is and nobody asked for quiet. To be
-    /// called once, when the result is about to be written: a failure stays one line.
-    void announce() const;
-
-    /// Leaves the copies of the database in the work folder, if there are any.
-    void keepCopies();
-
 private:
-    void chooseDevice(const std::optional<std::string> &device);
-    QByteArray workFolderName() const;
-    void openIos();
-    void runParse(DatabaseCopy &copy);
-    void openClassic();
+    void openIos(OpenObserver &observer, CancelToken &cancel);
+    std::unique_ptr<WorkFolder> newWorkFolder(OpenObserver &observer) const;
+    void openClassic(CancelToken &cancel);
+    bool parse(CancelToken &cancel);
     void requireConnected(const FileError &error) const;
-    void passOn(const QList<QByteArray> &failures) const;
 
-    const CommonOptions m_options;
-    std::string m_name;
-    bool m_isSample = false;
-    bool m_isNewSample = false;
+    const LibraryOptions m_options;
     QString m_firstUnreadable; // "NAME: CAUSE"
     int m_unreadable = 0;
 

@@ -1,11 +1,12 @@
 #include "engine/photo_export.h"
 
+#include "base/byte_count.h"
 #include "base/error.h"
-#include "engine/export_folder.h"
 #include "base/file_names.h"
-#include "engine/photo_text.h"
-#include "cli/progress_bar.h"
 #include "devices/encoded_names.h"
+#include "devices/memory_file.h"
+#include "engine/export_folder.h"
+#include "engine/photo_text.h"
 
 #include <cerrno>
 #include <cstring>
@@ -48,34 +49,6 @@ bool concernsOneFile(const std::error_code &code)
     const int value = code.value();
     return value == EFBIG || value == ENAMETOOLONG || value == EINVAL || value == EILSEQ;
 }
-
-class MemoryFile : public DeviceFile
-{
-public:
-    explicit MemoryFile(QByteArray bytes) : m_bytes(std::move(bytes)) {}
-
-    qint64 read(char *buffer, qint64 length, FileError *) override
-    {
-        const qint64 count = qBound<qint64>(0, m_bytes.size() - m_position, length);
-        if (count > 0)
-            std::memcpy(buffer, m_bytes.constData() + m_position, static_cast<size_t>(count));
-        m_position += count;
-        return count;
-    }
-
-    bool seek(qint64 offset, FileError *) override
-    {
-        m_position = offset;
-        return true;
-    }
-
-    qint64 tell() const override { return m_position; }
-    qint64 size(FileError *) override { return m_bytes.size(); }
-
-private:
-    const QByteArray m_bytes;
-    qint64 m_position = 0;
-};
 
 } // namespace
 
@@ -212,11 +185,10 @@ bool PhotoExport::isPresentAs(const QByteArray &name, Source &source)
 void PhotoExport::copy(Source &source, AtomicFile &target)
 {
     FileError error;
-    if (!source.file->seek(0, &error))
-        failToRead(error);
+    m_position = 0;
     while (const qint64 count = readBlock(source))
         target.write(m_block.constData(), count);
-    if (source.file->tell() != source.size || !isUnchanged(source))
+    if (m_position != source.size || !isUnchanged(source))
         throw Changed();
     if (source.modified)
         target.setModified(*source.modified);
@@ -242,16 +214,16 @@ bool PhotoExport::isSameAs(const QByteArray &name, Source &source)
     const std::unique_ptr<DeviceFile> other = m_folder.open(name);
     if (!other || other->size(&error) != source.size)
         return false;
-    if (!source.file->seek(0, &error))
-        failToRead(error);
+    m_position = 0;
     while (const qint64 count = readBlock(source)) {
-        const qint64 otherCount = other->read(m_otherBlock.data(), count, &error);
+        const qint64 otherCount =
+            other->read(m_position - count, m_otherBlock.data(), count, &error);
         const auto length = static_cast<size_t>(count);
         const char *const own = m_otherBlock.constData();
         if (otherCount != count || std::memcmp(m_block.constData(), own, length) != 0)
             return false;
     }
-    return source.file->tell() == source.size;
+    return m_position == source.size;
 }
 
 // The bytes read into the block; 0 at the end of the file.
@@ -260,10 +232,10 @@ qint64 PhotoExport::readBlock(Source &source)
     if (m_isCancelled)
         throw Cancelled();
     FileError error;
-    const qint64 count = source.file->read(m_block.data(), blockSize, &error);
+    const qint64 count = source.file->read(m_position, m_block.data(), blockSize, &error);
     if (count < 0)
         failToRead(error);
-    m_position = source.file->tell();
+    m_position += count;
     return count;
 }
 

@@ -1,8 +1,8 @@
 #include "engine/photo_text.h"
 
+#include "base/printable.h"
 #include "boundary/photo_records.h"
 #include "devices/encoded_names.h"
-#include "base/printable.h"
 
 QString writtenName(const QString &name)
 {

@@ -1,10 +1,10 @@
 #include "engine/thumbnail.h"
 
+#include "base/log_output.h"
+#include "base/qt_messages.h"
 #include "boundary/photo_records.h"
 #include "engine/classic_photos.h"
 #include "engine/library_session.h"
-#include "base/qt_messages.h"
-#include "base/log_output.h"
 #include "host/transfer_monitor.h"
 
 #include <QBuffer>

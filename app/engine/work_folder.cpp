@@ -1,8 +1,8 @@
 #include "engine/work_folder.h"
 
+#include "base/byte_count.h"
 #include "base/error.h"
 #include "engine/device_bounds.h"
-#include "cli/progress_bar.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -59,7 +59,7 @@ void requireOwnCopies(int folder, const QByteArray &path)
                                     [folder](const char *name) { return isThere(folder, name); });
     if (found != std::end(copyNames) && !isMarked(folder))
         throw Error(path.toStdString() + '/' + *found,
-                           "not a copy that photolib made; name another work folder");
+                    "not a copy that photolib made; name another work folder");
 }
 
 void mark(int folder, const QByteArray &path)
@@ -68,16 +68,15 @@ void mark(int folder, const QByteArray &path)
     const UniqueFd file(::openat(folder, markName, flags, 0600));
     if (!file.isOpen() || !isMarked(folder))
         throw Error(path.toStdString() + '/' + markName,
-                           file.isOpen() ? "not a regular file of the user's own"
-                                         : std::generic_category().message(errno));
+                    file.isOpen() ? "not a regular file of the user's own"
+                                  : std::generic_category().message(errno));
 }
 
 void removeCopies(int folder, const QByteArray &path)
 {
     for (const char *name : copyNames) {
         if (::unlinkat(folder, name, 0) != 0 && errno != ENOENT)
-            throw Error(path.toStdString() + '/' + name,
-                               std::generic_category().message(errno));
+            throw Error(path.toStdString() + '/' + name, std::generic_category().message(errno));
     }
 }
 
@@ -107,13 +106,6 @@ WorkFolder::WorkFolder(const QByteArray &path, const QByteArray &deviceFolder, O
 
 WorkFolder::~WorkFolder()
 {
-    if (m_isKept)
-        return;
-    // Another program that has had the lock has removed these copies and made its own.
-    if (!m_folder.lockAgain() || (m_copy && *m_copy != copy())) {
-        m_folder.keep();
-        return;
-    }
     for (const char *name : copyNames)
         ::unlinkat(m_folder.fd(), name, 0);
     ::unlinkat(m_folder.fd(), markName, 0);
@@ -127,26 +119,5 @@ void WorkFolder::requireRoom(qint64 bytes) const
     const QString amounts = QStringLiteral(" (the database takes %1, and %2 are free)")
                                 .arg(byteCountText(bytes), byteCountText(room));
     throw Error(m_path.toStdString(),
-                       std::generic_category().message(ENOSPC) + amounts.toStdString());
-}
-
-void WorkFolder::unlock()
-{
-    m_copy = copy();
-    m_folder.unlock();
-}
-
-void WorkFolder::keep()
-{
-    m_isKept = true;
-    m_folder.keep();
-}
-
-// A new file may well get the number of one that was removed, but not its time.
-WorkFolder::Copy WorkFolder::copy() const
-{
-    struct stat status = {};
-    if (::fstatat(m_folder.fd(), copyNames[0], &status, AT_SYMLINK_NOFOLLOW) != 0)
-        return {};
-    return {status.st_ino, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
+                std::generic_category().message(ENOSPC) + amounts.toStdString());
 }

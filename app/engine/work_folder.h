@@ -6,16 +6,13 @@
 #include <QString>
 
 #include <functional>
-#include <optional>
-#include <tuple>
 
-/// The folder that the plug-in copies a device's database to, for one parse.
+/// The folder that the plug-in copies a device's database to, as long as the object lives.
 ///
-/// What earlier parses left is removed first: a journal that the device no longer has
+/// What a program that was killed left is removed first: a journal that the device no longer has
 /// would be applied to its new database. A mark beside the copies, which goes with them, tells
-/// them from what is not the program's. The folder is locked until `unlock`, so that two
-/// programs do not copy over each other. Unless it is kept, the copies and what the object
-/// had to create are removed at its end; those that another program has made since stay.
+/// them from what is not the program's. The folder is locked, so that two programs do not copy
+/// over each other. The copies and what the object had to create are removed at its end.
 class WorkFolder
 {
 public:
@@ -46,20 +43,9 @@ public:
     /// would be full by the time that shows.
     void requireRoom(qint64 bytes) const;
 
-    /// Lets other programs have the folder: the parse is over.
-    void unlock();
-
-    void keep();
-
 private:
-    using Copy = std::tuple<quint64, qint64, qint64>; // what tells it from another copy
-
-    Copy copy() const;
-
     const QByteArray m_path;
     LockedFolder m_folder;
-    bool m_isKept = false;
-    std::optional<Copy> m_copy; // the database when the folder was unlocked
 };
 
 #endif // PHOTOLIB_ENGINE_WORK_FOLDER_H

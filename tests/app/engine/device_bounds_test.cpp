@@ -122,7 +122,7 @@ TEST_F(ProgramBesideADevice, LeavesTheDatabaseUnderASecondName)
     if (!m_mount->isThere())
         GTEST_SKIP() << "no mounts may be made here";
     const QByteArray work = m_scratch.path("mount/PhotoData");
-    expectFailure({"info", device(), "--work-dir", work},
+    expectFailure({"info", "-d", device(), "--work-dir", work},
                   work + ": the work folder must not lie in the device");
     expectFailure({"info", m_scratch.path("mount"), "--work-dir", device() + "/PhotoData"},
                   device() + "/PhotoData: the work folder must not lie in the device");
@@ -134,11 +134,11 @@ TEST_F(ProgramBesideADevice, WritesNothingIntoItUnderASecondName)
     if (!m_mount->isThere())
         GTEST_SKIP() << "no mounts may be made here";
     const QByteArray inside = m_scratch.path("mount/DCIM");
-    expectRefusalOfDevice({"export", device(), inside}, inside);
-    expectRefusalOfDevice({"export", device(), inside + "/new"}, inside + "/new");
-    expectRefusalOfDevice({"thumb", device(), "--all", inside}, inside);
-    expectRefusalOfDevice({"thumb", device(), "1", "-o", inside + "/1.jpg"}, inside);
-    expectRefusalOfDevice({"sheet", device(), "-o", inside + "/sheet.png"}, inside);
+    expectRefusalOfDevice({"export", "-d", device(), inside}, inside);
+    expectRefusalOfDevice({"export", "-d", device(), inside + "/new"}, inside + "/new");
+    expectRefusalOfDevice({"thumb", "-d", device(), "--all", inside}, inside);
+    expectRefusalOfDevice({"thumb", "-d", device(), "1", "-o", inside + "/1.jpg"}, inside);
+    expectRefusalOfDevice({"sheet", "-d", device(), "-o", inside + "/sheet.png"}, inside);
     expectRefusalOfDevice({"sample", inside + "/new"}, inside + "/new");
 }
 
@@ -154,7 +154,7 @@ TEST_F(ProgramBesideADevice, LeavesADatabaseInANamedWorkFolder)
     writeTwoPhotos();
     m_scratch.write("work/Photos.sqlite", "precious");
     const QByteArray work = m_scratch.path("work");
-    expectFailure({"info", device(), "--work-dir", work},
+    expectFailure({"info", "-d", device(), "--work-dir", work},
                   work + "/Photos.sqlite: not a copy that photolib made; name another work folder");
     EXPECT_EQ("precious", m_scratch.read("work/Photos.sqlite"));
 }

@@ -1,5 +1,7 @@
 #include "engine/photo_export.h"
 
+#include "devices/memory_file.h"
+
 #include "base/error.h"
 #include "engine/export_folder.h"
 #include "support/device_folder.h"
@@ -49,40 +51,27 @@ public:
     }
 
     bool list(const QByteArray &, QList<QByteArray> *, FileError *) override { return false; }
+    void close() override {}
+    QByteArray id() const override { return "memory"; }
+    QByteArray name() const override { return "memory"; }
     QByteArray displayName(const QByteArray &path) const override { return path; }
 
 private:
-    class File : public DeviceFile
+    class File : public MemoryFile
     {
     public:
-        File(MemoryDevice &device, QByteArray bytes) : m_device(device), m_bytes(std::move(bytes))
-        {
-        }
+        File(MemoryDevice &device, const QByteArray &bytes) : MemoryFile(bytes), m_device(device) {}
 
-        qint64 read(char *buffer, qint64 length, FileError *error) override
+        qint64 read(qint64 offset, char *buffer, qint64 length, FileError *error) override
         {
             *error = m_device.beforeRead();
             if (error->kind != FileError::None)
                 return -1;
-            const QByteArray part = m_bytes.mid(int(m_position), int(length));
-            std::copy(part.begin(), part.end(), buffer);
-            m_position += part.size();
-            return part.size();
+            return MemoryFile::read(offset, buffer, length, error);
         }
-
-        bool seek(qint64 offset, FileError *) override
-        {
-            m_position = offset;
-            return true;
-        }
-
-        qint64 tell() const override { return m_position; }
-        qint64 size(FileError *) override { return m_bytes.size(); }
 
     private:
         MemoryDevice &m_device;
-        const QByteArray m_bytes;
-        qint64 m_position = 0;
     };
 };
 

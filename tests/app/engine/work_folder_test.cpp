@@ -32,8 +32,7 @@ struct Places {
 TEST(WorkFolder, IsCreatedWithItsParentsForTheUserAlone)
 {
     const Places places;
-    WorkFolder folder(places.work, places.device, named);
-    folder.keep();
+    const WorkFolder folder(places.work, places.device, named);
     EXPECT_EQ(QString::fromUtf8(places.work) + '/', folder.localDataPath());
     EXPECT_TRUE(places.scratch.exists("cache/work/1"));
 }
@@ -61,26 +60,13 @@ TEST(WorkFolder, LeavesWhatWasThereBefore)
     EXPECT_EQ("text", places.scratch.read("cache/work/1/other"));
 }
 
-TEST(WorkFolder, KeepsTheCopiesOnRequest)
-{
-    const Places places;
-    {
-        WorkFolder folder(places.work, places.device, named);
-        places.scratch.write("cache/work/1/Photos.sqlite", "copy");
-        folder.unlock();
-        folder.keep();
-    }
-    EXPECT_EQ("copy", places.scratch.read("cache/work/1/Photos.sqlite"));
-}
-
 TEST(WorkFolder, ClearsTheCopiesOfAnEarlierParse)
 {
     const Places places;
     places.scratch.write(mark, "");
     for (const char *suffix : {"", "-wal", "-shm", "-journal"})
         places.scratch.write(QByteArray("cache/work/1/Photos.sqlite") + suffix, "old");
-    WorkFolder folder(places.work, places.device, named);
-    folder.keep();
+    const WorkFolder folder(places.work, places.device, named);
     EXPECT_EQ(QList<QByteArray>{places.scratch.path(mark)},
               places.scratch.everythingIn("cache/work/1"));
 }
@@ -116,17 +102,6 @@ TEST(WorkFolder, TakesNoLinkForItsMark)
     places.scratch.makeLink(mark, places.scratch.path("file"));
     EXPECT_THROW(WorkFolder(places.work, places.device, named), Error);
     EXPECT_EQ("precious", places.scratch.read("cache/work/1/Photos.sqlite"));
-}
-
-TEST(WorkFolder, KnowsItsCopiesAgainThatItKept)
-{
-    const Places places;
-    for (int round = 0; round < 2; ++round) {
-        WorkFolder folder(places.work, places.device, named);
-        EXPECT_FALSE(places.scratch.exists("cache/work/1/Photos.sqlite"));
-        places.scratch.write("cache/work/1/Photos.sqlite", "copy");
-        folder.keep();
-    }
 }
 
 TEST(WorkFolder, OfTheProgramsChoiceHoldsCopiesOfEarlierVersions)
@@ -171,8 +146,7 @@ TEST(WorkFolder, MustNotLieInTheDevice)
     for (const char *path : {"device", "device/PhotoData", "device/PhotoData/", "device/new/work",
                              "link", "cache/../device/PhotoData"}) {
         places.scratch.makeFolder("cache");
-        EXPECT_THROW(WorkFolder(places.scratch.path(path), places.device, named), Error)
-            << path;
+        EXPECT_THROW(WorkFolder(places.scratch.path(path), places.device, named), Error) << path;
     }
     EXPECT_EQ("database", places.scratch.read("device/PhotoData/Photos.sqlite"));
     EXPECT_FALSE(places.scratch.exists("device/new"));
@@ -201,13 +175,15 @@ TEST(WorkFolder, NeedsAFolderAndNotAFile)
     EXPECT_EQ("text", places.scratch.read("file"));
 }
 
-TEST(WorkFolder, IsLockedUntilTheParseIsOver)
+TEST(WorkFolder, IsLockedAsLongAsItIsUsed)
 {
     const Places places;
-    WorkFolder folder(places.work, places.device, named);
+    places.scratch.makeFolder("cache/work/1");
     const UniqueFd other(::open(places.work.constData(), O_RDONLY | O_DIRECTORY));
-    EXPECT_NE(0, ::flock(other.get(), LOCK_EX | LOCK_NB));
-    folder.unlock();
+    {
+        const WorkFolder folder(places.work, places.device, named);
+        EXPECT_NE(0, ::flock(other.get(), LOCK_EX | LOCK_NB));
+    }
     EXPECT_EQ(0, ::flock(other.get(), LOCK_EX | LOCK_NB));
 }
 
@@ -252,46 +228,6 @@ TEST(WorkFolder, HasRoomForWhatFitsOnItsDisk)
     EXPECT_THROW(folder.requireRoom(std::numeric_limits<qint64>::max()), Error);
 }
 
-TEST(WorkFolder, LeavesTheCopiesThatAnotherProgramIsMaking)
-{
-    const Places places;
-    places.scratch.makeFolder("cache/work/1");
-    std::optional<LockedFolder> other;
-    {
-        WorkFolder folder(places.work, places.device, named);
-        folder.unlock();
-        other.emplace(places.work);
-        places.scratch.write("cache/work/1/Photos.sqlite", "of the other one");
-    }
-    EXPECT_EQ("of the other one", places.scratch.read("cache/work/1/Photos.sqlite"));
-}
-
-TEST(WorkFolder, LeavesTheCopiesThatAnotherProgramHasMade)
-{
-    const Places places;
-    {
-        WorkFolder folder(places.work, places.device, named);
-        places.scratch.write("cache/work/1/Photos.sqlite", "own");
-        folder.unlock();
-        WorkFolder other(places.work, places.device, named);
-        places.scratch.write("cache/work/1/Photos.sqlite", "of the other one");
-        other.unlock();
-        other.keep();
-    }
-    EXPECT_EQ("of the other one", places.scratch.read("cache/work/1/Photos.sqlite"));
-}
-
-TEST(WorkFolder, StaysForAnotherProgramThatHasIt)
-{
-    const Places places;
-    std::optional<WorkFolder> folder;
-    folder.emplace(places.work, places.device, named);
-    folder->unlock();
-    const WorkFolder other(places.work, places.device, named);
-    folder.reset(); // which made the folder, and finds it empty
-    EXPECT_TRUE(places.scratch.exists("cache/work/1"));
-}
-
 // Each removes at its end what the others are about to use.
 TEST(WorkFolderThreads, IsThereForTheOneThatHasIt)
 {
@@ -299,15 +235,13 @@ TEST(WorkFolderThreads, IsThereForTheOneThatHasIt)
     std::atomic<int> missing{0};
     std::atomic<int> users{0};
     std::atomic<int> most{0};
-    const auto use = [&](int thread) {
+    const auto use = [&](int) {
         for (int round = 0; round < 100; ++round) {
-            WorkFolder folder(places.work, places.device, named);
+            const WorkFolder folder(places.work, places.device, named);
             most = std::max<int>(most, ++users);
             std::this_thread::yield();
             missing += places.scratch.exists("cache/work/1") ? 0 : 1;
             --users;
-            if ((round + thread) % 2 == 0)
-                folder.unlock();
         }
     };
     runOnThreads(4, use);
@@ -323,11 +257,10 @@ TEST(WorkFolderThreads, BelongsToOneAtATime)
     std::atomic<int> most{0};
     const auto use = [&](int) {
         for (int round = 0; round < 50; ++round) {
-            WorkFolder folder(places.work, places.device, named);
+            const WorkFolder folder(places.work, places.device, named);
             most = std::max<int>(most, ++users);
             std::this_thread::yield();
             --users;
-            folder.keep();
         }
     };
     runOnThreads(2, use);
