@@ -1,11 +1,10 @@
 #include "cli/album_table.h"
 
+#include "base/printable.h"
 #include "boundary/photo_manager_int.h"
 #include "boundary/photo_records.h"
-#include "engine/library_ids.h"
 #include "cli/text_table.h"
-#include "base/log_output.h"
-#include "base/printable.h"
+#include "engine/photo_ids.h"
 
 // Unlike the names of files, titles arrive as they were written: there is no encoding to
 // undo.
@@ -53,7 +52,6 @@ void writeAlbumTable(photo_manager_int &library, Output &output)
     constexpr int countColumn = 3;
     table.alignRight(idColumn);
     table.alignRight(countColumn);
-    const LogCapture log; // the table says what is not shown
     const QSet<quint64> photos = allPhotoIds(library);
     for (const quint64 id : library.albumIDs())
         table.addRow(albumRow(library, id, photos));

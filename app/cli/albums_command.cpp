@@ -1,7 +1,7 @@
 #include "cli/album_table.h"
 #include "cli/library_command.h"
-#include "engine/library_session.h"
 #include "cli/output.h"
+#include "engine/library_session.h"
 
 #include <CLI/CLI.hpp>
 
@@ -17,11 +17,9 @@ void writeAlbums(LibrarySession &session, Output &output)
 void addAlbumsCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command = app.add_subcommand("albums", "List the albums");
-    const auto device = addDeviceArgument(*command);
     command->footer("Examples:\n"
-                    "  photolib albums /media/phone\n"
-                    "  photolib photos /media/phone --album 12   what is in one of them");
-    command->callback([&context, device] {
-        context.run = [&context, device] { return runOnLibrary(context, *device, writeAlbums); };
-    });
+                    "  photolib albums -d /media/phone\n"
+                    "  photolib photos -d /media/phone --album 12   what is in one of them");
+    command->callback(
+        [&context] { context.run = [&context] { return runOnLibrary(context, writeAlbums); }; });
 }

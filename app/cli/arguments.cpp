@@ -1,43 +1,47 @@
 #include "cli/arguments.h"
 
-#include "cli/command.h"
 #include "base/error.h"
-#include "cli/output.h"
 #include "base/log_output.h"
+#include "cli/command.h"
+#include "cli/exit_codes.h"
+#include "cli/help_text.h"
+#include "cli/output.h"
+#include "cli/suggestion.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <new>
 
 namespace {
 
 const char examples[] = R"(Examples:
-  photolib info                       sum up a sample device, made on first use
-  photolib photos /media/phone        list what is on a mounted device
-  photolib albums /media/phone        list its albums
-  photolib show 42 ~/phone-copy       all about one photo
-  photolib dump ~/phone-copy | jq .   the whole library as JSON
-  photolib sheet -o sheet.png         a picture of them all, with their names
-  photolib thumb 42 ~/phone-copy -o thumb.png
-                                      write its thumbnail
-  photolib export /media/phone DIR    copy the photos and videos into a folder
-  photolib export /media/IPOD DIR     the same for a classic iPod
-  photolib edit ~/phone-copy edits.txt
-                                      try album edits, in memory only
-  photolib sample /tmp/phone --assets 500
-                                      write a sample device of one's own
+  photolib -d /media/phone info       summarize the photo library of a mounted device
+  photolib -d /media/phone photos     list its photos and videos
+  photolib -d /media/phone export ~/Pictures/phone
+                                      copy them all into a folder
+  photolib -d ~/phone-copy show 42    tell all about one photo
+  photolib -d ~/phone-copy sheet -o sheet.png
+                                      draw a contact sheet
+  photolib photos                     list a built-in sample, to try things out
 
 Exit codes: 0 done, 1 failed, 2 wrong usage, 130 interrupted.)";
 
 void addCommonOptions(CLI::App &app, CommonOptions &options)
 {
+    app.add_option_function<std::string>(
+           "-d,--device", [&options](const std::string &device) { options.device = device; },
+           "Folder laid out as an iOS device's media root or a classic iPod's disk: a mounted "
+           "device or a copy. \"sample\" is a built-in sample, which is shown without -d, too")
+        ->type_name("DEVICE")
+        ->envname("PHOTOLIB_DEVICE");
     CLI::Option *const verbose =
-        app.add_flag("-v,--verbose", options.verbose, "Log progress and notices, too");
+        app.add_flag("-v,--verbose", options.verbose, "Log progress and the plug-in's messages");
     app.add_flag("-q,--quiet", options.quiet, "Log nothing and show no progress")
         ->excludes(verbose);
     app.add_option("--work-dir", options.workFolder,
-                   "Where the device's database is copied to; Photos.sqlite in it is replaced. "
-                   "Default: a folder for each device in the user's cache folder")
+                   "Where the device's database is copied to while it is read. Default: a folder "
+                   "for each device in the user's cache folder")
         ->type_name("DIR");
     app.add_option_function<std::string>(
            "--kind",
@@ -55,7 +59,7 @@ void addCommonOptions(CLI::App &app, CommonOptions &options)
         ->envname("PHOTOLIB_PLUGIN");
 }
 
-// An argument that stands for several kinds has them as its option text.
+// An argument that stands for several has them as its option text.
 class UsageFormatter : public CLI::Formatter
 {
 public:
@@ -70,14 +74,69 @@ public:
         const bool isList = option->get_positional() && !option->get_option_text().empty();
         return isList ? std::string() : CLI::Formatter::make_option_opts(option);
     }
+
+    // A command takes the options of the program, too.
+    std::string make_help(const CLI::App *app, std::string name,
+                          CLI::AppFormatMode mode) const override
+    {
+        const CLI::App *const parent = app->get_parent();
+        if (!parent || mode == CLI::AppFormatMode::Sub)
+            return CLI::Formatter::make_help(app, name, mode);
+        const auto isCommon = [parent](const CLI::Option *option) {
+            return option->nonpositional() && option != parent->get_help_ptr() &&
+                   option != parent->get_version_ptr();
+        };
+        return make_description(app) + make_usage(app, parent->get_name() + ' ' + name) +
+               make_positionals(app) + make_groups(app, mode) +
+               make_group("Common options", false, parent->get_options(isCommon)) + '\n' +
+               make_footer(app);
+    }
 };
+
+int print(const std::string &text)
+{
+    Output output;
+    output.write(QByteArray::fromStdString(text));
+    output.flush();
+    return exitDone;
+}
+
+int printHelp(const CLI::App &app)
+{
+    const std::string help =
+        app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
+    return print(wrappedHelp(help, terminalWidth()));
+}
+
+std::vector<std::string> commandNames(const CLI::App &app)
+{
+    std::vector<std::string> names;
+    for (const CLI::App *command : app.get_subcommands({}))
+        names.push_back(command->get_name());
+    return names;
+}
+
+void addHelpCommand(CLI::App &app, CommandContext &context)
+{
+    CLI::App *const command = app.add_subcommand("help", "Show the help of a command");
+    const auto name = std::make_shared<std::string>();
+    command->add_option("COMMAND", *name, "The command; without it, the program's own help")
+        ->type_name("");
+    command->callback([&app, &context, name] {
+        const std::vector<std::string> names = commandNames(app);
+        if (!name->empty() && std::find(names.begin(), names.end(), *name) == names.end())
+            throw CLI::ValidationError(*name, "no such command" + suggestion(*name, names));
+        const CLI::App *const shown = name->empty() ? &app : app.get_subcommand(*name);
+        context.run = [shown] { return printHelp(*shown); };
+    });
+}
 
 void setUp(CLI::App &app, CommandContext &context)
 {
     app.name("photolib");
     app.formatter(std::make_shared<UsageFormatter>()); // before the commands, which inherit it
-    app.description(
-        "Lists the photos, videos and albums in the library of an iOS device or classic iPod.");
+    app.description("Lists, shows and saves the photos, videos and albums of an iOS device or a "
+                    "classic iPod.");
     app.footer(examples);
     app.set_version_flag("--version", "photolib " PHOTOLIB_VERSION);
     app.require_subcommand(1);
@@ -87,84 +146,58 @@ void setUp(CLI::App &app, CommandContext &context)
     addPhotosCommand(app, context);
     addAlbumsCommand(app, context);
     addShowCommand(app, context);
-    addDumpCommand(app, context);
     addSheetCommand(app, context);
     addThumbCommand(app, context);
     addExportCommand(app, context);
     addEditCommand(app, context);
+    addDumpCommand(app, context);
     addSampleCommand(app, context);
+    addHelpCommand(app, context);
 }
 
-int print(const std::string &text)
+// The command that the arguments have come to; the program itself before one.
+const CLI::App &currentApp(const CLI::App &app)
 {
-    Output output;
-    output.write(QByteArray::fromStdString(text));
-    output.flush();
-    return 0;
+    const std::vector<const CLI::App *> commands =
+        app.get_subcommands([](const CLI::App *command) { return command->parsed(); });
+    return commands.empty() ? app : *commands.front();
 }
 
-bool isOptionName(const std::string &argument)
+std::vector<std::string> optionNames(const CLI::App &app)
 {
-    return argument.compare(0, 1, "-") == 0;
-}
-
-// What is wrong with a command line without a command: CLI11 misses the command before it
-// looks at what stands in its place.
-std::string missingCommand(const std::vector<std::string> &unknown)
-{
-    if (unknown.empty())
-        return "a command is missing";
-    const bool isOption = isOptionName(unknown.front());
-    return unknown.front() + (isOption ? ": no such option" : ": no such command");
-}
-
-// The part of `text` before the last `mark`; all of it without one.
-std::string before(const std::string &text, const std::string &mark)
-{
-    return text.substr(0, text.rfind(mark));
-}
-
-std::string unexpected(const std::vector<std::string> &arguments)
-{
-    const bool isOption = isOptionName(arguments.front());
-    return arguments.front() + (isOption ? ": no such option" : ": not expected here");
-}
-
-std::string wrongCount(const std::string &text)
-{
-    const std::string name = text.substr(0, text.find(": "));
-    const bool isTooMany = text.find(": At Most ") != std::string::npos;
-    return name + (isTooMany ? ": given more than once" : ": its value is missing");
-}
-
-// CLI11's own words in the form THING: CAUSE. It tells the parts of a message by the type of
-// the error alone; what it has no type for stays as it is.
-std::string reworded(const CLI::App &app, const CLI::ParseError &error)
-{
-    std::string text = error.what();
-    const std::string excludes = " excludes ";
-    switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
-    case CLI::ExitCodes::RequiredError:
-        return before(text, " is required") + ": is missing";
-    case CLI::ExitCodes::ExtrasError:
-        return unexpected(app.remaining(true));
-    case CLI::ExitCodes::ExcludesError:
-        return before(text, excludes) + ": not together with " +
-               text.substr(text.rfind(excludes) + excludes.size());
-    case CLI::ExitCodes::ArgumentMismatch:
-        return wrongCount(text);
-    default:
-        return text;
+    std::vector<std::string> names;
+    for (const CLI::App *each = &app; each; each = each->get_parent()) {
+        for (const CLI::Option *option : each->get_options()) {
+            for (const std::string &name : option->get_lnames())
+                names.push_back("--" + name);
+        }
     }
+    return names;
+}
+
+// What is wrong with the first argument that nothing takes.
+std::string unexpected(const CLI::App &app, const std::string &argument)
+{
+    const CLI::App &current = currentApp(app);
+    if (argument.compare(0, 1, "-") == 0)
+        return argument + ": no such option" + suggestion(argument, optionNames(current));
+    if (&current == &app)
+        return argument + ": no such command" + suggestion(argument, commandNames(app));
+    return argument + ": not expected here";
 }
 
 std::string usageError(const CLI::App &app, const CLI::ParseError &error)
 {
-    const bool hasCommand = !app.get_subcommands().empty();
-    const bool isMissing =
-        !hasCommand && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
-    const std::string cause = isMissing ? missingCommand(app.remaining()) : reworded(app, error);
-    return cause + " (photolib --help shows the usage)";
+    const CLI::App &current = currentApp(app);
+    const std::vector<std::string> unknown = app.remaining(true);
+    std::string cause = error.what();
+    if (!unknown.empty())
+        cause = unexpected(app, unknown.front());
+    else if (&current == &app &&
+             error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError))
+        cause = "a command is missing";
+    const std::string command = &current == &app ? std::string() : current.get_name() + ' ';
+    return cause + " (photolib " + command + "--help shows the usage)";
 }
 
 // 0 and a set `context.run`, or the exit code of a program that has no more to do.
@@ -172,9 +205,9 @@ int parse(CLI::App &app, int argc, char **argv)
 {
     try {
         app.parse(argc, argv);
-        return 0;
+        return exitDone;
     } catch (const CLI::CallForHelp &) {
-        return print(app.help());
+        return printHelp(currentApp(app));
     } catch (const CLI::CallForVersion &version) {
         return print(std::string(version.what()) + '\n');
     } catch (const CLI::ParseError &error) {

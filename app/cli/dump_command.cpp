@@ -1,9 +1,8 @@
-#include "cli/library_command.h"
-#include "engine/library_session.h"
-#include "cli/output.h"
-#include "engine/photo_text.h"
-#include "base/log_output.h"
 #include "base/printable.h"
+#include "cli/library_command.h"
+#include "cli/output.h"
+#include "engine/library_session.h"
+#include "engine/photo_text.h"
 
 #include <QCryptographicHash>
 
@@ -113,7 +112,6 @@ void writeObjects(LibrarySession &session, const QList<quint64> &ids, ObjectMake
 {
     const char *separator = "\n";
     for (const quint64 id : ids) {
-        const LogCapture log; // the object says whether it failed
         output.write(separator + jsonText(make(session, id)));
         separator = ",\n";
     }
@@ -143,11 +141,9 @@ void writeLibrary(LibrarySession &session, Output &output)
 void addDumpCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command = app.add_subcommand("dump", "Print the whole library as JSON");
-    const auto device = addDeviceArgument(*command);
     command->footer("Examples:\n"
                     "  photolib dump > library.json\n"
-                    "  photolib dump ~/phone-copy | jq '.albums[].name'");
-    command->callback([&context, device] {
-        context.run = [&context, device] { return runOnLibrary(context, *device, writeLibrary); };
-    });
+                    "  photolib dump -d ~/phone-copy | jq '.albums[].name'");
+    command->callback(
+        [&context] { context.run = [&context] { return runOnLibrary(context, writeLibrary); }; });
 }

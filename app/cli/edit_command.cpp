@@ -1,13 +1,13 @@
-#include "engine/album_editor.h"
-#include "cli/album_table.h"
 #include "base/error.h"
-#include "engine/edit_script.h"
+#include "base/printable.h"
+#include "base/unique_fd.h"
+#include "cli/album_table.h"
 #include "cli/library_command.h"
-#include "engine/library_session.h"
 #include "cli/output.h"
 #include "cli/text_table.h"
-#include "base/unique_fd.h"
-#include "base/printable.h"
+#include "engine/album_editor.h"
+#include "engine/edit_script.h"
+#include "engine/library_session.h"
 
 #include <CLI/CLI.hpp>
 
@@ -43,8 +43,7 @@ constexpr int longestEdit = 60;         // letters of an edit that are shown wit
 
 [[noreturn]] void failToRead(const std::string &name)
 {
-    throw Error(name,
-                       errno == ENOENT ? "no such file" : std::generic_category().message(errno));
+    throw Error(name, errno == ENOENT ? "no such file" : std::generic_category().message(errno));
 }
 
 QByteArray readAll(int fd, const std::string &name)
@@ -98,35 +97,24 @@ int applyEdits(photo_manager_int &library, const QVector<ScriptEdit> &edits, Out
     return refused;
 }
 
-int runEdit(const CommandContext &context, const std::optional<std::string> &device,
-            const std::string &script)
+int runEdit(const CommandContext &context, const std::string &script)
 {
     const QVector<ScriptEdit> edits = readScript(script);
     int refused = 0;
     const auto write = [&edits, &refused](LibrarySession &session, Output &output) {
         // The plug-in takes them for done all the same.
         if (session.classicIpod())
-            throw Error(session.deviceName(),
-                               "the albums of a classic iPod can not be edited");
+            throw Error(session.deviceName(), "the albums of a classic iPod can not be edited");
         refused = applyEdits(session.library(), edits, output);
         output.write("\n");
         writeAlbumTable(session.library(), output);
         output.write("\nThe edits were made in memory only. The device is not changed.\n");
     };
-    const int code = runOnLibrary(context, device, write);
+    const int code = runOnLibrary(context, write);
     if (refused > 0)
         throw Error(script, std::to_string(refused) + " of " + std::to_string(edits.size()) +
-                                       " edits refused");
+                                " edits refused");
     return code;
-}
-
-// A single argument is the script, whose place is behind that of the device.
-void orderArguments(std::optional<std::string> *device, std::optional<std::string> *script)
-{
-    if (!*script)
-        std::swap(*device, *script);
-    if (!*script)
-        throw CLI::RequiredError("SCRIPT");
 }
 
 } // namespace
@@ -135,16 +123,12 @@ void addEditCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command =
         app.add_subcommand("edit", "Try album edits in memory; the device is not changed");
-    const auto device = addDeviceArgument(*command);
-    const auto script = std::make_shared<std::optional<std::string>>();
-    command
-        ->add_option_function<std::string>(
-            "SCRIPT", [script](const std::string &name) { *script = name; },
-            "File with the edits, or - for standard input")
+    const auto script = std::make_shared<std::string>();
+    command->add_option("SCRIPT", *script, "File with the edits, or - for standard input")
+        ->required()
         ->type_name("");
     command->footer(help);
-    command->callback([&context, device, script] {
-        orderArguments(device.get(), script.get());
-        context.run = [&context, device, script] { return runEdit(context, *device, **script); };
+    command->callback([&context, script] {
+        context.run = [&context, script] { return runEdit(context, *script); };
     });
 }

@@ -1,17 +1,20 @@
+#include "base/byte_count.h"
 #include "base/error.h"
-#include "engine/export_folder.h"
-#include "engine/export_items.h"
 #include "base/folders.h"
-#include "engine/id_list.h"
+#include "base/log_output.h"
+#include "cli/exit_codes.h"
+#include "cli/id_arguments.h"
 #include "cli/interruptible_run.h"
 #include "cli/interruptible_task.h"
 #include "cli/library_command.h"
-#include "engine/library_ids.h"
-#include "engine/library_session.h"
 #include "cli/output.h"
-#include "engine/photo_text.h"
 #include "cli/progress_bar.h"
-#include "base/log_output.h"
+#include "engine/export_folder.h"
+#include "engine/export_items.h"
+#include "engine/id_list.h"
+#include "engine/library_session.h"
+#include "engine/photo_ids.h"
+#include "engine/photo_text.h"
 
 #include <QElapsedTimer>
 
@@ -22,35 +25,34 @@ namespace {
 struct ExportArguments {
     std::vector<std::string> positionals;
     std::shared_ptr<std::optional<std::string>> album;
-    DeviceAndIds chosen; // taken out of the positionals
+    std::vector<std::string> ids; // taken out of the positionals, as is the folder
     std::string folder;
 };
 
-// The last argument is the folder. Named by mistake for a device or an id it would get a
-// copy of the sample.
+// The last argument is the folder, the others are ids.
 void splitArguments(ExportArguments &arguments)
 {
-    std::vector<std::string> others = arguments.positionals;
-    arguments.folder = others.back();
-    others.pop_back();
-    arguments.chosen = splitDeviceAndIds(others);
+    arguments.ids = arguments.positionals;
+    arguments.folder = arguments.ids.back();
+    arguments.ids.pop_back();
+    requireIds(arguments.ids);
     if (arguments.folder.empty())
         throw CLI::ValidationError("DIR", "the name is empty");
     if (isNumber(arguments.folder))
         throw CLI::ValidationError(arguments.folder,
                                    "an id where the folder to copy to is missing; write ./" +
                                        arguments.folder + " for a folder of that name");
-    if (*arguments.album && !arguments.chosen.ids.empty())
+    if (*arguments.album && !arguments.ids.empty())
         throw CLI::ValidationError("--album", "takes the place of ids");
 }
 
 // Each photo once, however often it was named or is in the album.
 QList<quint64> chosenIds(const ExportArguments &arguments, LibrarySession &session)
 {
-    if (arguments.chosen.ids.empty())
+    if (arguments.ids.empty())
         return withoutDuplicates(chosenPhotoIds(session, *arguments.album));
     QList<quint64> ids;
-    for (const std::string &id : arguments.chosen.ids)
+    for (const std::string &id : arguments.ids)
         ids.append(knownPhotoId(id, session));
     return withoutDuplicates(ids);
 }
@@ -59,8 +61,7 @@ QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids)
 {
     QVector<ExportItem> items;
     items.reserve(ids.size());
-    InterruptibleTask task(session.showsProgress(), QStringLiteral("Looking at the files"),
-                           ids.size());
+    InterruptibleTask task(showsProgress(), QStringLiteral("Looking at the files"), ids.size());
     const auto lookAtAll = [&] {
         for (int i = 0; i < ids.size(); ++i) {
             task.setDone(i);
@@ -70,16 +71,6 @@ QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids)
     if (task.run(lookAtAll))
         throw Error(Error::Cancelled, "interrupted: nothing is copied yet");
     return items;
-}
-
-void refuseDevice(const QByteArray &path)
-{
-    FileError error;
-    DeviceKind kind = DeviceKind::None;
-    const auto files = FolderFileSystem::openFolder(path, &error);
-    if (files && findDeviceKind(*files, &kind, &error) && kind != DeviceKind::None)
-        throw Error(path.toStdString(),
-                           "a device, not a folder to copy to; name that one after it");
 }
 
 // How the export goes, on stderr.
@@ -136,8 +127,7 @@ bool runReported(PhotoExport &photos, bool showsProgress)
         return runInterruptible([&photos] { photos.run(); }, [&photos] { photos.cancel(); },
                                 [&report] { report.update(); });
     } catch (const Error &error) {
-        throw Error(Error::Failed,
-                           error.what() + ("; " + photos.counts().text().toStdString()));
+        throw Error(Error::Failed, error.what() + ("; " + photos.counts().text().toStdString()));
     }
 }
 
@@ -147,14 +137,12 @@ int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession 
     const QVector<ExportItem> items = itemsFor(session, chosenIds(arguments, session));
     const auto path = QByteArray::fromStdString(arguments.folder);
     const std::unique_ptr<EnsuredFolder> ensured = session.folderOutside(path);
-    refuseDevice(path);
     ExportFolder folder(path);
     PhotoExport photos(session.files(), folder, items);
-    const bool isInterrupted = runReported(photos, session.showsProgress());
+    const bool isInterrupted = runReported(photos, showsProgress());
     const ExportCounts counts = photos.counts();
     if (isInterrupted)
-        throw Error(Error::Cancelled,
-                           "interrupted: " + counts.text().toStdString());
+        throw Error(Error::Cancelled, "interrupted: " + counts.text().toStdString());
     ensured->keep();
     if (!isQuiet)
         output.writeLine(counts.text());
@@ -166,18 +154,18 @@ int runExport(const CommandContext &context, const ExportArguments &arguments)
     const auto work = [&](LibrarySession &session, Output &output) {
         return exportPhotos(arguments, context.options.quiet, session, output);
     };
-    return workOnLibrary(context, arguments.chosen.device, work);
+    requireNamedDevice(context);
+    return workOnLibrary(context, work);
 }
 
 void addArguments(CLI::App &command, ExportArguments &arguments)
 {
     command
         .add_option("DIR", arguments.positionals,
-                    "[DEVICE] [ID...] DIR: the device's folder, without which the sample is "
-                    "copied;\nthe ids of what to copy, all without them; and the folder to copy "
-                    "to, made if need be")
+                    "[ID...] DIR: the ids of what to copy, all without them; and the folder to "
+                    "copy to, created if necessary")
         ->required()
-        ->option_text("[DEVICE] [ID...] DIR");
+        ->option_text("[ID...] DIR");
     arguments.album = addAlbumOption(command);
     command.footer("A name that is taken gets a number; a file that is there already is left as "
                    "it is, so that\na second run copies only what is missing.\n"
@@ -187,9 +175,9 @@ void addArguments(CLI::App &command, ExportArguments &arguments)
                    "it is stored so.\n"
                    "\n"
                    "Examples:\n"
-                   "  photolib export /media/phone ~/Pictures/phone\n"
-                   "  photolib export /media/phone 42 43 /tmp/two\n"
-                   "  photolib export /media/phone --album 7 /tmp/album");
+                   "  photolib export ~/Pictures/phone -d /media/phone\n"
+                   "  photolib export 42 43 /tmp/two -d /media/phone\n"
+                   "  photolib export --album 7 /tmp/album -d /media/phone");
 }
 
 } // namespace
@@ -197,7 +185,7 @@ void addArguments(CLI::App &command, ExportArguments &arguments)
 void addExportCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command =
-        app.add_subcommand("export", "Copy photos and videos off the device: [DEVICE] [ID...] DIR");
+        app.add_subcommand("export", "Copy photos and videos off the device into a folder");
     const auto arguments = std::make_shared<ExportArguments>();
     addArguments(*command, *arguments);
     command->callback([&context, arguments] {

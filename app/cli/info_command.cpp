@@ -1,10 +1,10 @@
-#include "engine/classic_photos.h"
-#include "cli/library_command.h"
-#include "engine/library_session.h"
-#include "cli/output.h"
-#include "engine/photo_text.h"
-#include "cli/progress_bar.h"
+#include "base/byte_count.h"
 #include "base/printable.h"
+#include "cli/library_command.h"
+#include "cli/output.h"
+#include "engine/classic_photos.h"
+#include "engine/library_session.h"
+#include "engine/photo_text.h"
 
 #include <CLI/CLI.hpp>
 
@@ -154,12 +154,10 @@ void writeSummary(LibrarySession &session, Output &output)
 
 void addInfoCommand(CLI::App &app, CommandContext &context)
 {
-    CLI::App *const command = app.add_subcommand("info", "Sum up the photo library");
-    const auto device = addDeviceArgument(*command);
+    CLI::App *const command = app.add_subcommand("info", "Summarize the photo library");
     command->footer("Examples:\n"
                     "  photolib info\n"
-                    "  photolib info /media/IPOD");
-    command->callback([&context, device] {
-        context.run = [&context, device] { return runOnLibrary(context, *device, writeSummary); };
-    });
+                    "  photolib info -d /media/IPOD");
+    command->callback(
+        [&context] { context.run = [&context] { return runOnLibrary(context, writeSummary); }; });
 }

@@ -1,8 +1,8 @@
 #include "cli/interruptible_run.h"
 
 #include "base/atomic_file.h"
-#include "base/unique_fd.h"
 #include "base/blocked_signals.h"
+#include "base/unique_fd.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,7 +1,7 @@
 #include "cli/interruptible_task.h"
 
-#include "cli/interruptible_run.h"
 #include "base/log_output.h"
+#include "cli/interruptible_run.h"
 
 namespace {
 

@@ -1,45 +1,143 @@
 #include "cli/library_command.h"
 
+#include "base/byte_count.h"
 #include "base/error.h"
-#include "engine/library_session.h"
-#include "cli/output.h"
 #include "base/log_output.h"
+#include "cli/exit_codes.h"
+#include "cli/interruptible_run.h"
+#include "cli/output.h"
+#include "cli/progress_bar.h"
+#include "engine/default_device.h"
+#include "engine/library_session.h"
 
-#include <CLI/CLI.hpp>
+#include <QThreadPool>
 
-std::shared_ptr<std::optional<std::string>> addDeviceArgument(CLI::App &command)
+#include <atomic>
+#include <optional>
+
+namespace {
+
+// The device that a command works on.
+struct ChosenDevice {
+    QByteArray folder;
+    bool isUnasked = false; ///< the sample, since none was named
+    bool isNew = false;     ///< the sample has just been made
+};
+
+ChosenDevice chosenDevice(const CommonOptions &options, const CancelToken &cancel)
 {
-    auto device = std::make_shared<std::optional<std::string>>();
-    command
-        .add_option_function<std::string>(
-            "DEVICE", [device](const std::string &name) { *device = name; },
-            "Folder laid out as an iOS device's media root or a classic iPod's disk: a mounted\n"
-            "device or a copy. "
-            "Without it, a sample device is made and shown")
-        ->type_name("");
+    ChosenDevice device;
+    if (options.device && *options.device != "sample") {
+        device.folder = QByteArray::fromStdString(*options.device);
+        return device;
+    }
+    const DefaultDevice sample = defaultDevice(cancel);
+    device.folder = sample.folder;
+    device.isUnasked = !options.device;
+    device.isNew = sample.isNew;
     return device;
 }
 
-int runOnLibrary(const CommandContext &context, const std::optional<std::string> &device,
+void announce(const ChosenDevice &device, const CommonOptions &options)
+{
+    if (!device.isUnasked || options.quiet)
+        return;
+    const QByteArray note = device.isNew ? "no device named with -d; made a sample device in "
+                                         : "no device named with -d; showing the sample device in ";
+    writeErrorLine("photolib: " + note + device.folder);
+}
+
+// Opens a library on a thread of its own, with a progress bar, until a signal ends it.
+class Opening : public OpenObserver
+{
+public:
+    explicit Opening(const CommonOptions &options)
+        : m_options(options), m_bar(showsProgress(), QStringLiteral("Copying the database"))
+    {
+    }
+
+    std::unique_ptr<LibrarySession> run()
+    {
+        // Painting uses Qt's pool of threads, which must not belong to one that ends before it.
+        QThreadPool::globalInstance();
+        runInterruptible([this] { open(); }, [this] { m_cancel.cancel(); }, [this] { update(); });
+        return std::move(m_session);
+    }
+
+    const ChosenDevice &device() const { return m_device; }
+
+    void waiting(const QByteArray &workFolder) override
+    {
+        if (!m_options.quiet)
+            writeErrorLine("photolib: waiting for another program that uses " + workFolder);
+    }
+
+    void copied(qint64 done, qint64 total) override
+    {
+        m_done = done;
+        m_total = total;
+    }
+
+private:
+    void open()
+    {
+        m_device = chosenDevice(m_options, m_cancel);
+        LibraryOptions options;
+        options.device = m_device.folder;
+        options.kind = m_options.kind;
+        options.workFolder = QByteArray::fromStdString(m_options.workFolder);
+        options.plugin = m_options.plugin;
+        m_session = std::make_unique<LibrarySession>(options, *this, m_cancel);
+    }
+
+    void update()
+    {
+        if (m_total > 0)
+            m_bar.show(m_done, m_total, byteCountsText(m_done, m_total));
+    }
+
+    const CommonOptions &m_options;
+    CancelToken m_cancel;
+    std::atomic<qint64> m_done{0};
+    std::atomic<qint64> m_total{0};
+    ProgressBar m_bar;
+    ChosenDevice m_device;
+    std::unique_ptr<LibrarySession> m_session;
+};
+
+} // namespace
+
+int runOnLibrary(const CommandContext &context,
                  const std::function<void(LibrarySession &, Output &)> &write)
 {
-    return workOnLibrary(context, device, [&write](LibrarySession &session, Output &output) {
+    return workOnLibrary(context, [&write](LibrarySession &session, Output &output) {
         write(session, output);
-        return 0;
+        return exitDone;
     });
 }
 
-int workOnLibrary(const CommandContext &context, const std::optional<std::string> &device,
+int workOnLibrary(const CommandContext &context,
                   const std::function<int(LibrarySession &, Output &)> &work)
 {
-    LibrarySession session(context.options, device);
-    Output output([&session] { session.announce(); });
-    const int exitCode = work(session, output);
+    ChosenDevice device;
+    std::unique_ptr<LibrarySession> session;
+    {
+        Opening opening(context.options);
+        session = opening.run();
+        device = opening.device();
+    }
+    Output output([&] { announce(device, context.options); });
+    const int exitCode = work(*session, output);
     output.flush();
-    session.keepCopies();
-    const QString unreadable = session.unreadableText();
+    const QString unreadable = session->unreadableText();
     if (unreadable.isEmpty())
         return exitCode;
     writeErrorLine("photolib: " + unreadable.toUtf8());
     return exitFailed;
+}
+
+void requireNamedDevice(const CommandContext &context)
+{
+    if (!context.options.device)
+        throw Error(Error::WrongUsage, "no device: name one with -d");
 }

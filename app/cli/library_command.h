@@ -4,24 +4,21 @@
 #include "cli/command.h"
 
 #include <functional>
-#include <memory>
-#include <optional>
-#include <string>
 
 class LibrarySession;
 class Output;
 
-/// Adds the argument DEVICE to `command`. The result is filled while the command line is
-/// parsed and stays empty when no device is named.
-std::shared_ptr<std::optional<std::string>> addDeviceArgument(CLI::App &command);
-
-/// Opens the library of `device`, has `write` write its result, and returns the exit code.
-/// `write` finds out what may be wrong before it writes anything.
-int runOnLibrary(const CommandContext &context, const std::optional<std::string> &device,
+/// Opens the library of the device that the command line names, the built-in sample's when it
+/// names none, has `write` write its result, and returns the exit code. `write` finds out what may
+/// be wrong before it writes anything. Ctrl-C ends the opening.
+int runOnLibrary(const CommandContext &context,
                  const std::function<void(LibrarySession &, Output &)> &write);
 
 /// The same for work that may fail in part: `work` returns the exit code.
-int workOnLibrary(const CommandContext &context, const std::optional<std::string> &device,
+int workOnLibrary(const CommandContext &context,
                   const std::function<int(LibrarySession &, Output &)> &work);
+
+/// Throws Error when no device is named: what is written to a person's files should be theirs.
+void requireNamedDevice(const CommandContext &context);
 
 #endif // PHOTOLIB_CLI_LIBRARY_COMMAND_H

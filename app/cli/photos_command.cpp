@@ -1,11 +1,12 @@
-#include "engine/classic_photos.h"
+#include "base/byte_count.h"
+#include "cli/id_arguments.h"
 #include "cli/library_command.h"
-#include "engine/library_ids.h"
-#include "engine/library_session.h"
 #include "cli/output.h"
-#include "engine/photo_text.h"
-#include "cli/progress_bar.h"
 #include "cli/text_table.h"
+#include "engine/classic_photos.h"
+#include "engine/library_session.h"
+#include "engine/photo_ids.h"
+#include "engine/photo_text.h"
 
 #include <CLI/CLI.hpp>
 
@@ -66,10 +67,9 @@ void writePhotos(LibrarySession &session, const QList<quint64> &ids, Output &out
     table.write(output);
 }
 
-int runPhotos(const CommandContext &context, const std::optional<std::string> &device,
-              const std::optional<std::string> &album)
+int runPhotos(const CommandContext &context, const std::optional<std::string> &album)
 {
-    return runOnLibrary(context, device, [&album](LibrarySession &session, Output &output) {
+    return runOnLibrary(context, [&album](LibrarySession &session, Output &output) {
         writePhotos(session, chosenPhotoIds(session, album), output);
     });
 }
@@ -79,12 +79,11 @@ int runPhotos(const CommandContext &context, const std::optional<std::string> &d
 void addPhotosCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command = app.add_subcommand("photos", "List the photos and videos");
-    const auto device = addDeviceArgument(*command);
     const auto album = addAlbumOption(*command);
     command->footer("Examples:\n"
                     "  photolib photos\n"
-                    "  photolib photos /media/phone --album 7");
-    command->callback([&context, device, album] {
-        context.run = [&context, device, album] { return runPhotos(context, *device, *album); };
+                    "  photolib photos -d /media/phone --album 7");
+    command->callback([&context, album] {
+        context.run = [&context, album] { return runPhotos(context, *album); };
     });
 }

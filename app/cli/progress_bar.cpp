@@ -1,6 +1,6 @@
 #include "cli/progress_bar.h"
 
-#include <QLocale>
+#include "base/log_output.h"
 
 #include <limits>
 #include <sys/ioctl.h>
@@ -28,15 +28,9 @@ int lineWidth()
 
 } // namespace
 
-QString byteCountText(qint64 bytes)
+bool showsProgress()
 {
-    return QLocale::c().formattedDataSize(bytes, bytes < 1024 ? 0 : 1);
-}
-
-QString byteCountsText(qint64 bytes, qint64 total)
-{
-    // The files may have grown since they were measured.
-    return QStringLiteral("%1 of %2").arg(byteCountText(bytes), byteCountText(qMax(bytes, total)));
+    return logDetail() == LogDetail::Failures && ::isatty(STDERR_FILENO);
 }
 
 ProgressBar::ProgressBar(bool isShown, const QString &task) : m_isShown(isShown), m_task(task) {}

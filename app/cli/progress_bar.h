@@ -5,11 +5,9 @@
 #include <QString>
 #include <QtGlobal>
 
-/// "3.0 MiB" for a number of bytes.
-QString byteCountText(qint64 bytes);
-
-/// "3.0 MiB of 12.3 MiB".
-QString byteCountsText(qint64 bytes, qint64 total);
+/// Whether progress is to be shown: on a terminal, unless it would stand among log lines or nobody
+/// wants any.
+bool showsProgress();
 
 /// One line on stderr that shows how much of a task is done.
 class ProgressBar

@@ -1,13 +1,15 @@
-#include "cli/command.h"
+#include "base/cancel_token.h"
 #include "base/error.h"
-#include "engine/device_bounds.h"
+#include "base/printable.h"
+#include "cli/command.h"
+#include "cli/interruptible_run.h"
 #include "cli/output.h"
-#include "cli/sample_run.h"
+#include "engine/device_bounds.h"
 #include "sample/classic_sample.h"
 #include "sample/sample_writer.h"
-#include "base/printable.h"
 
 #include <QFile>
+#include <QThreadPool>
 
 #include <CLI/CLI.hpp>
 
@@ -45,11 +47,23 @@ ClassicSampleOptions classicOptionsFrom(const SampleArguments &arguments)
 
 void write(const QString &folder, const SampleArguments &arguments)
 {
-    runSampleWriter([&](QString *error, const std::atomic<bool> *isCancelled) {
-        if (arguments.classic)
-            return writeClassicSample(folder, classicOptionsFrom(arguments), error, isCancelled);
-        return writeSample(folder, optionsFrom(arguments), error, isCancelled);
-    });
+    // Painting uses Qt's pool of threads, which must not belong to one that ends before it.
+    QThreadPool::globalInstance();
+    QString error;
+    bool isWritten = false;
+    CancelToken cancel;
+    const auto writeIt = [&] {
+        isWritten =
+            arguments.classic
+                ? writeClassicSample(folder, classicOptionsFrom(arguments), &error, cancel.flag())
+                : writeSample(folder, optionsFrom(arguments), &error, cancel.flag());
+    };
+    const bool isInterrupted = runInterruptible(
+        writeIt, [&] { cancel.cancel(); }, [] {});
+    if (!isWritten && isInterrupted)
+        throw Error(Error::Cancelled, "interrupted: no sample is written");
+    if (!isWritten)
+        throw Error(error);
 }
 
 void report(const SampleArguments &arguments)

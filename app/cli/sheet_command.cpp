@@ -1,19 +1,21 @@
-#include "cli/album_table.h"
-#include "engine/classic_photos.h"
-#include "base/error.h"
-#include "engine/contact_sheet.h"
-#include "base/folders.h"
-#include "cli/interruptible_task.h"
-#include "cli/library_command.h"
-#include "engine/library_ids.h"
-#include "engine/library_session.h"
 #include "base/atomic_file.h"
-#include "cli/output.h"
-#include "engine/photo_text.h"
-#include "engine/text_drawing.h"
-#include "engine/thumbnail.h"
+#include "base/error.h"
+#include "base/folders.h"
 #include "base/log_output.h"
 #include "base/printable.h"
+#include "cli/album_table.h"
+#include "cli/id_arguments.h"
+#include "cli/interruptible_task.h"
+#include "cli/library_command.h"
+#include "cli/output.h"
+#include "cli/progress_bar.h"
+#include "cli/text_drawing.h"
+#include "engine/classic_photos.h"
+#include "engine/contact_sheet.h"
+#include "engine/library_session.h"
+#include "engine/photo_ids.h"
+#include "engine/photo_text.h"
+#include "engine/thumbnail.h"
 
 #include <QBuffer>
 #include <QStringList>
@@ -25,7 +27,6 @@ namespace {
 constexpr int mostOnAPage = 400; // a page of so many takes some 80 MB
 
 struct SheetArguments {
-    std::shared_ptr<std::optional<std::string>> device;
     std::shared_ptr<std::optional<std::string>> album;
     std::string target;
 };
@@ -71,7 +72,6 @@ QString albumText(LibrarySession &session, const std::optional<std::string> &alb
     if (!album)
         return QStringLiteral("All photos and videos");
     albumItem item;
-    const LogCapture log;
     session.library().getAlbum(knownAlbumId(*album, session), &item);
     return QStringLiteral("Album \u201c%1\u201d").arg(albumNameText(item.name));
 }
@@ -91,7 +91,7 @@ public:
         : m_session(session), m_target(target), m_folder(openFolder(parentFolder(target))),
           m_ids(ids), m_album(album),
           m_pages(qMax(1, (ids.size() + mostOnAPage - 1) / mostOnAPage)),
-          m_task(session.showsProgress(), QStringLiteral("Drawing the sheet"), ids.size())
+          m_task(showsProgress(), QStringLiteral("Drawing the sheet"), ids.size())
     {
         if (isFolder(target))
             throw Error(target.toStdString(), "a folder, not a file to write");
@@ -104,9 +104,9 @@ public:
     {
         const TextDrawing text(neededBytes()); // on the thread that Qt is to see as the main one
         if (m_task.run([this] { writePages(); }))
-            throw Error(Error::Cancelled,
-                               "interrupted: wrote " + std::to_string(m_written.size()) + " of " +
-                                   std::to_string(m_pages) + (m_pages == 1 ? " page" : " pages"));
+            throw Error(Error::Cancelled, "interrupted: wrote " + std::to_string(m_written.size()) +
+                                              " of " + std::to_string(m_pages) +
+                                              (m_pages == 1 ? " page" : " pages"));
     }
 
     // A line for each page.
@@ -269,7 +269,7 @@ int runSheet(const CommandContext &context, const SheetArguments &arguments)
     const auto write = [&](LibrarySession &session, Output &output) {
         writeSheet(arguments, context.options.quiet, session, output);
     };
-    return runOnLibrary(context, *arguments.device, write);
+    return runOnLibrary(context, write);
 }
 
 } // namespace
@@ -279,7 +279,6 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
     CLI::App *const command =
         app.add_subcommand("sheet", "Draw a contact sheet of the photos and videos");
     const auto arguments = std::make_shared<SheetArguments>();
-    arguments->device = addDeviceArgument(*command);
     arguments->album = addAlbumOption(*command);
     command
         ->add_option("-o,--output", arguments->target,
@@ -294,7 +293,7 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
         "\n"
         "Examples:\n"
         "  photolib sheet -o sheet.png\n"
-        "  photolib sheet /media/phone --album 7 -o album.png");
+        "  photolib sheet -d /media/phone --album 7 -o album.png");
     command->callback([&context, arguments] {
         checkArguments(*arguments);
         context.run = [&context, arguments] { return runSheet(context, *arguments); };

@@ -1,10 +1,10 @@
-#include "engine/classic_photos.h"
+#include "base/byte_count.h"
 #include "cli/library_command.h"
-#include "engine/library_ids.h"
-#include "engine/library_session.h"
 #include "cli/output.h"
+#include "engine/classic_photos.h"
+#include "engine/library_session.h"
+#include "engine/photo_ids.h"
 #include "engine/photo_text.h"
-#include "cli/progress_bar.h"
 
 #include <QVector>
 
@@ -115,20 +115,9 @@ void writePhoto(LibrarySession &session, const std::string &idText, Output &outp
     }
 }
 
-// People name the device first as well: it is plain which of the two is the id, unless a
-// folder has a number for a name.
-void orderArguments(std::string *id, std::optional<std::string> *device)
+int runShow(const CommandContext &context, const std::string &id)
 {
-    if (*device && !isNumber(*id) && isNumber(**device))
-        std::swap(*id, **device);
-    if (!isNumber(*id))
-        throw CLI::ValidationError("ID", "not a number");
-}
-
-int runShow(const CommandContext &context, const std::string &id,
-            const std::optional<std::string> &device)
-{
-    return runOnLibrary(context, device, [&id](LibrarySession &session, Output &output) {
+    return runOnLibrary(context, [&id](LibrarySession &session, Output &output) {
         writePhoto(session, id, output);
     });
 }
@@ -141,13 +130,11 @@ void addShowCommand(CLI::App &app, CommandContext &context)
     const auto id = std::make_shared<std::string>();
     command->add_option("ID", *id, "Its id, as the command photos lists it")
         ->required()
+        ->check([](const std::string &text) { return isNumber(text) ? "" : "not a number"; })
         ->type_name("");
-    const auto device = addDeviceArgument(*command);
     command->footer("Examples:\n"
                     "  photolib show 42\n"
-                    "  photolib show 42 ~/phone-copy");
-    command->callback([&context, id, device] {
-        orderArguments(id.get(), device.get());
-        context.run = [&context, id, device] { return runShow(context, *id, *device); };
-    });
+                    "  photolib show 42 -d ~/phone-copy");
+    command->callback(
+        [&context, id] { context.run = [&context, id] { return runShow(context, *id); }; });
 }

@@ -1,17 +1,20 @@
-#include "engine/classic_photos.h"
+#include "base/atomic_file.h"
 #include "base/error.h"
 #include "base/file_names.h"
 #include "base/folders.h"
-#include "engine/id_list.h"
+#include "base/printable.h"
+#include "cli/exit_codes.h"
+#include "cli/id_arguments.h"
 #include "cli/interruptible_task.h"
 #include "cli/library_command.h"
-#include "engine/library_ids.h"
-#include "engine/library_session.h"
-#include "base/atomic_file.h"
 #include "cli/output.h"
+#include "cli/progress_bar.h"
+#include "engine/classic_photos.h"
+#include "engine/id_list.h"
+#include "engine/library_session.h"
+#include "engine/photo_ids.h"
 #include "engine/photo_text.h"
 #include "engine/thumbnail.h"
-#include "base/printable.h"
 
 #include <QBuffer>
 
@@ -20,22 +23,20 @@
 namespace {
 
 struct ThumbArguments {
-    std::vector<std::string> positionals;
+    std::vector<std::string> ids;
     std::string target;    ///< of --output
     std::string allFolder; ///< of --all
     std::string format;    ///< empty for what the plug-in gives
-
-    DeviceAndIds chosen; // taken out of the positionals
 
     bool isForAll() const { return !allFolder.empty(); }
 };
 
 void checkArguments(ThumbArguments &arguments)
 {
-    arguments.chosen = splitDeviceAndIds(arguments.positionals);
-    if (arguments.isForAll() && !arguments.chosen.ids.empty())
+    requireIds(arguments.ids);
+    if (arguments.isForAll() && !arguments.ids.empty())
         throw CLI::ValidationError("--all", "takes the place of ids");
-    if (!arguments.isForAll() && arguments.chosen.ids.empty())
+    if (!arguments.isForAll() && arguments.ids.empty())
         throw CLI::ValidationError("ID", "is missing; --all DIR is for all photos and videos");
     if (!arguments.isForAll() && arguments.target.empty())
         throw CLI::ValidationError("--output", "is missing: the file or folder to write to");
@@ -106,7 +107,7 @@ void requireName(const Target &target, const char *extension)
     const char *const given = formatOf(extension);
     if (promised && promised != given)
         throw Error(target.path.toStdString(),
-                           std::string("the thumbnail is a ") + given + " picture");
+                    std::string("the thumbnail is a ") + given + " picture");
 }
 
 QByteArray asPng(const QByteArray &bytes)
@@ -129,7 +130,7 @@ public:
     // Throws Error when the folder of `target` can not be used.
     ThumbWriter(LibrarySession &session, const Target &target, bool isPng, int thumbnails)
         : m_session(session), m_target(target), m_isPng(isPng), m_folder(openFolder(target.folder)),
-          m_task(session.showsProgress(), QStringLiteral("Reading thumbnails"), thumbnails)
+          m_task(showsProgress(), QStringLiteral("Reading thumbnails"), thumbnails)
     {
     }
 
@@ -220,7 +221,7 @@ QList<quint64> chosenIds(const ThumbArguments &arguments, LibrarySession &sessio
     if (arguments.isForAll())
         return session.library().photoIDs();
     QList<quint64> ids;
-    for (const std::string &id : arguments.chosen.ids)
+    for (const std::string &id : arguments.ids)
         ids.append(knownPhotoId(id, session));
     return withoutDuplicates(ids);
 }
@@ -238,8 +239,7 @@ int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySessio
     const bool isPng = !arguments.format.empty() || target.file.toLower().endsWith(".png");
     ThumbWriter writer(session, target, isPng, ids.size());
     if (writer.writeAll(ids))
-        throw Error(Error::Cancelled,
-                           "interrupted: " + writer.summary().toStdString());
+        throw Error(Error::Cancelled, "interrupted: " + writer.summary().toStdString());
     if (ensured)
         ensured->keep();
     if (!isQuiet)
@@ -252,16 +252,13 @@ int runThumb(const CommandContext &context, const ThumbArguments &arguments)
     const auto work = [&](LibrarySession &session, Output &output) {
         return writeThumbnails(arguments, context.options.quiet, session, output);
     };
-    return workOnLibrary(context, arguments.chosen.device, work);
+    requireNamedDevice(context);
+    return workOnLibrary(context, work);
 }
 
 void addArguments(CLI::App &command, ThumbArguments &arguments)
 {
-    command
-        .add_option("ID", arguments.positionals,
-                    "[DEVICE] ID...: the device's folder, without which the sample is shown, and "
-                    "the\nids of photos and videos")
-        ->option_text("[DEVICE] [ID...]");
+    command.add_option("ID", arguments.ids, "The ids of photos and videos")->option_text("[ID...]");
     CLI::Option *const output =
         command.add_option("-o,--output", arguments.target,
                            "The file to write, or a folder; for several ids it is a folder, made "
@@ -280,17 +277,16 @@ void addArguments(CLI::App &command, ThumbArguments &arguments)
                    "or \"42.bmp\" where a classic iPod knows no name.\n"
                    "\n"
                    "Examples:\n"
-                   "  photolib thumb 42 -o thumb.png\n"
-                   "  photolib thumb /media/phone 42 43 -o thumbs --format png\n"
-                   "  photolib thumb /media/phone --all thumbs");
+                   "  photolib thumb 42 -o thumb.png -d /media/phone\n"
+                   "  photolib thumb 42 43 -o thumbs --format png -d /media/phone\n"
+                   "  photolib thumb --all thumbs -d /media/phone");
 }
 
 } // namespace
 
 void addThumbCommand(CLI::App &app, CommandContext &context)
 {
-    CLI::App *const command =
-        app.add_subcommand("thumb", "Write thumbnails: [DEVICE] ID... -o FILE|DIR, or --all DIR");
+    CLI::App *const command = app.add_subcommand("thumb", "Write thumbnails to files");
     const auto arguments = std::make_shared<ThumbArguments>();
     addArguments(*command, *arguments);
     command->callback([&context, arguments] {

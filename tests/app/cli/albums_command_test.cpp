@@ -27,7 +27,7 @@ protected:
 TEST_F(ProgramAlbums, AreListedInDisplayOrder)
 {
     writeAlbums();
-    const ProgramResult result = run({"albums", device()});
+    const ProgramResult result = run({"albums", "-d", device()});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ(QByteArray(), result.errors);
     EXPECT_EQ("      ID  NAME                   KIND           PHOTOS\n"
@@ -44,7 +44,7 @@ TEST_F(ProgramAlbums, AreListedInDisplayOrder)
 TEST_F(ProgramAlbums, ListTheirPhotosInTheirOrder)
 {
     writeAlbums();
-    const ProgramResult result = run({"photos", device(), "--album", "7"});
+    const ProgramResult result = run({"photos", "-d", device(), "--album", "7"});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ("ID  NAME          KIND      SIZE  DIMENSIONS   MODIFIED (UTC)       PATH\n"
               " 2  IMG_0002.JPG  photo  missing  4032 x 3024                       "
@@ -52,7 +52,7 @@ TEST_F(ProgramAlbums, ListTheirPhotosInTheirOrder)
               " 1  IMG_0001.JPG  photo  7 bytes  4032 x 3024  2001-01-01 00:00:00  "
               "DCIM/100APPLE/IMG_0001.JPG\n",
               result.output);
-    const ProgramResult none = run({"photos", device(), "--album", "8"});
+    const ProgramResult none = run({"photos", "-d", device(), "--album", "8"});
     EXPECT_EQ(0, none.exitCode);
     EXPECT_EQ(1, none.output.count('\n'));
 }
@@ -68,18 +68,18 @@ TEST_F(ProgramAlbums, LeaveOutWhatTheLibraryDoesNotList)
         database.join().add(7, photo);
     writeDatabase(m_scratch, "device", database);
     m_scratch.write(twoPhotosPath, "picture");
-    const Json dump = Json::parse(run({"dump", device()}).output.toStdString());
+    const Json dump = Json::parse(run({"dump", "-d", device()}).output.toStdString());
     ASSERT_EQ(Json({1, 2}), dump["photoIds"]);
     ASSERT_EQ(Json({3, 1}), dump["albums"][1]["photoIds"]) << "nothing is left out";
 
-    const ProgramResult albums = run({"albums", device()});
+    const ProgramResult albums = run({"albums", "-d", device()});
     EXPECT_TRUE(albums.output.contains("Photo Library  photo library       1\n"));
-    const ProgramResult photos = run({"photos", device(), "--album", "16777215"});
+    const ProgramResult photos = run({"photos", "-d", device(), "--album", "16777215"});
     EXPECT_EQ(0, photos.exitCode);
     EXPECT_EQ(QByteArray(), photos.errors);
     EXPECT_EQ(2, photos.output.count('\n')) << photos.output.constData();
     const QByteArray folder = m_scratch.path("copies");
-    const ProgramResult copies = run({"export", device(), "--album", "16777215", folder});
+    const ProgramResult copies = run({"export", "-d", device(), "--album", "16777215", folder});
     EXPECT_EQ(0, copies.exitCode) << copies.errors.constData();
     EXPECT_EQ(QByteArray(), copies.errors);
 }
@@ -88,20 +88,21 @@ TEST_F(ProgramAlbums, AreKnownByTheirIdsAlone)
 {
     writeAlbums();
     for (const char *id : {"9", "1", "99999999999999999999999"})
-        expectFailure({"photos", "--album", id, device()},
+        expectFailure({"photos", "--album", id, "-d", device()},
                       id + (": no album with this id in " + device()));
-    const QByteArray hint = " (photolib --help shows the usage)";
-    expectFailure({"photos", device(), "--album", "7x"}, "--album: not a number" + hint, 2);
-    expectFailure({"photos", device(), "--album"}, "--album: its value is missing" + hint, 2);
+    const QByteArray hint = " (photolib photos --help shows the usage)";
+    expectFailure({"photos", "-d", device(), "--album", "7x"}, "--album: not a number" + hint, 2);
+    expectFailure({"photos", "-d", device(), "--album"}, "--album: 1 required ID missing" + hint,
+                  2);
 }
 
 TEST_F(ProgramAlbums, LogNothingOfThumbnailsThatAreMissing)
 {
     writeAlbums();
-    const ProgramResult quiet = run({"dump", device()});
+    const ProgramResult quiet = run({"dump", "-d", device()});
     EXPECT_EQ(QByteArray(), quiet.errors);
     EXPECT_EQ(-1, Json::parse(quiet.output.toStdString())["thumbnails"][0]["result"].get<int>());
-    const ProgramResult verbose = run({"dump", device(), "--verbose"});
+    const ProgramResult verbose = run({"dump", "-d", device(), "--verbose"});
     EXPECT_TRUE(verbose.errors.contains("PHOTOLIB: Can not decide teh iThmb file\n"));
     EXPECT_EQ(quiet.output, verbose.output);
 }
@@ -116,7 +117,7 @@ TEST_F(ProgramAlbums, HaveThumbnailsOfBothKindsInASample)
     int pictures = 0;
     for (const QByteArray &name : m_scratch.everythingIn("device/PhotoData/Thumbnails/V2"))
         pictures += name.endsWith("/5005.JPG");
-    const ProgramResult result = run({"dump", device()});
+    const ProgramResult result = run({"dump", "-d", device()});
     int found = 0;
     const Json json = Json::parse(result.output.toStdString());
     for (const Json &thumbnail : json["thumbnails"])

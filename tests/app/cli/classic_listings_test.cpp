@@ -20,7 +20,7 @@ protected:
 
     Json dumpOf(const QByteArray &folder)
     {
-        return Json::parse(outputOf({"dump", folder}).toStdString());
+        return Json::parse(outputOf({"dump", "-d", folder}).toStdString());
     }
 };
 
@@ -43,7 +43,7 @@ TEST_F(ClassicListings, SumUpTheLibrary)
                   "Albums:       2\n"
                   "Stored:       458.0 KiB\n"
                   "Taken:        2005-08-06 10:20:30 to 2006-01-01 00:00:00 (UTC)\n",
-              outputOf({"info", device()}));
+              outputOf({"info", "-d", device()}));
 }
 
 TEST_F(ClassicListings, SumUpAnEmptyLibraryAndOneWithoutDates)
@@ -54,10 +54,10 @@ TEST_F(ClassicListings, SumUpAnEmptyLibraryAndOneWithoutDates)
     const QByteArray rest = "Originals:    0 in full resolution\n"
                             "Albums:       0\n"
                             "Stored:       0 bytes\n";
-    EXPECT_EQ(heading + "Photos:       0\n" + rest, outputOf({"info", device()}));
+    EXPECT_EQ(heading + "Photos:       0\n" + rest, outputOf({"info", "-d", device()}));
     addPhoto(100);
     writeDevice();
-    EXPECT_EQ(heading + "Photos:       1\n" + rest, outputOf({"info", device()}));
+    EXPECT_EQ(heading + "Photos:       1\n" + rest, outputOf({"info", "-d", device()}));
 }
 
 TEST_F(ClassicListings, ListThePhotosWithTheirLargestPictures)
@@ -69,7 +69,7 @@ TEST_F(ClassicListings, ListThePhotosWithTheirLargestPictures)
               "101                       320 x 240   154.0 KiB\n"
               "104  2006-01-01 00:00:00  320 x 240   150.0 KiB  "
               "Photos/Full Resolution/2005/08/06/IMG_0042.JPG\n",
-              outputOf({"photos", device()}));
+              outputOf({"photos", "-d", device()}));
 }
 
 TEST_F(ClassicListings, ListAPhotoWithoutPicturesAndOneOfAnUnknownFormat)
@@ -80,7 +80,7 @@ TEST_F(ClassicListings, ListAPhotoWithoutPicturesAndOneOfAnUnknownFormat)
     EXPECT_EQ(" ID  TAKEN (UTC)  DIMENSIONS   STORED  ORIGINAL\n"
               "100                           0 bytes\n"
               "101                           3 bytes\n",
-              outputOf({"photos", device()}));
+              outputOf({"photos", "-d", device()}));
 }
 
 TEST_F(ClassicListings, ListAlbumsAndTheirPhotosInTheirOrder)
@@ -89,14 +89,15 @@ TEST_F(ClassicListings, ListAlbumsAndTheirPhotosInTheirOrder)
     EXPECT_EQ("ID  NAME          KIND        PHOTOS\n"
               " 1  Library       user album       3\n"
               " 2  Grün \\x1b[2J  user album       2\n",
-              outputOf({"albums", device()}));
+              outputOf({"albums", "-d", device()}));
     EXPECT_EQ(" ID  TAKEN (UTC)          DIMENSIONS     STORED  ORIGINAL\n"
               "104  2006-01-01 00:00:00  320 x 240   150.0 KiB  "
               "Photos/Full Resolution/2005/08/06/IMG_0042.JPG\n"
               "100  2005-08-06 10:20:30  320 x 240   154.0 KiB  "
               "Photos/Full Resolution/2005/08/06/IMG_0041.JPG\n",
-              outputOf({"photos", device(), "--album", "2"}));
-    expectFailure({"photos", device(), "--album", "9"}, "9: no album with this id in " + device());
+              outputOf({"photos", "-d", device(), "--album", "2"}));
+    expectFailure({"photos", "-d", device(), "--album", "9"},
+                  "9: no album with this id in " + device());
 }
 
 TEST_F(ClassicListings, LeaveOutMembersOfAlbumsThatAreNoPhotos)
@@ -106,7 +107,7 @@ TEST_F(ClassicListings, LeaveOutMembersOfAlbumsThatAreNoPhotos)
     writeDevice();
     EXPECT_EQ(" ID  TAKEN (UTC)  DIMENSIONS   STORED  ORIGINAL\n"
               "100                           0 bytes\n",
-              outputOf({"photos", device(), "--album", "1"}));
+              outputOf({"photos", "-d", device(), "--album", "1"}));
 }
 
 TEST_F(ClassicListings, ShowAPhotoWithAllThatIsStored)
@@ -118,21 +119,21 @@ TEST_F(ClassicListings, ShowAPhotoWithAllThatIsStored)
               "Stored:      format 1036, 50 x 41, 4100 bytes in Photos/Thumbs/F1036_1.ithmb\n"
               "Stored:      format 1024, 320 x 240, 153600 bytes in "
               "Photos/Thumbs/F1024_1.ithmb\n",
-              outputOf({"show", "100", device()}));
+              outputOf({"show", "100", "-d", device()}));
 }
 
 TEST_F(ClassicListings, ShowWhatIsMissingOfAPhoto)
 {
     writeThreePhotos();
-    EXPECT_TRUE(outputOf({"show", "104", device()})
+    EXPECT_TRUE(outputOf({"show", "104", "-d", device()})
                     .contains("Original:    Photos/Full Resolution/2005/08/06/IMG_0042.JPG, "
                               "missing on the device\n"));
-    EXPECT_TRUE(outputOf({"show", "101", device()})
+    EXPECT_TRUE(outputOf({"show", "101", "-d", device()})
                     .startsWith("ID:          101\n"
                                 "Taken:       \n"
                                 "Original:    none\n"
                                 "Stored:      format 1024, 320 x 240, "));
-    expectFailure({"show", "102", device()}, "102: no photo with this id in " + device());
+    expectFailure({"show", "102", "-d", device()}, "102: no photo with this id in " + device());
 }
 
 TEST_F(ClassicListings, FindAnOriginalWhoseNameDiffersByCaseOnTheDisk)
@@ -141,7 +142,7 @@ TEST_F(ClassicListings, FindAnOriginalWhoseNameDiffersByCaseOnTheDisk)
     addOriginal(photo, "img_0041.jpg", "original");
     photo.originalName = ":FULL RESOLUTION:2005:08:06:IMG_0041.JPG";
     writeDevice();
-    EXPECT_TRUE(outputOf({"show", "100", device()})
+    EXPECT_TRUE(outputOf({"show", "100", "-d", device()})
                     .contains("Photos/FULL RESOLUTION/2005/08/06/IMG_0041.JPG, 8 bytes"));
 }
 
@@ -158,8 +159,9 @@ TEST_F(ClassicListings, ShowHostileNamesHarmlessly)
               "Original:    Photos/Full Resolution/\\x1b[31m\\x0a.jpg, missing on the device\n"
               "Stored:      format 4711, unknown dimensions, 3 bytes in "
               "Photos/Thumbs/\\x1b]0;\\x07.ithmb\n",
-              outputOf({"show", "100", device()}));
-    EXPECT_TRUE(outputOf({"photos", device()}).contains("  Photos/Full Resolution/\\x1b[31m\\x0a"));
+              outputOf({"show", "100", "-d", device()}));
+    EXPECT_TRUE(
+        outputOf({"photos", "-d", device()}).contains("  Photos/Full Resolution/\\x1b[31m\\x0a"));
 }
 
 TEST_F(ClassicListings, TakeNoOriginalFromOutsideTheDevice)
@@ -183,7 +185,7 @@ TEST_F(ClassicListings, TakeNoOriginalFromOutsideTheDevice)
     writeDevice();
     id = 1;
     for (const Row &row : rows) {
-        const QByteArray output = outputOf({"show", QByteArray::number(id++), device()});
+        const QByteArray output = outputOf({"show", QByteArray::number(id++), "-d", device()});
         EXPECT_TRUE(output.contains("Original:    " + QByteArray(row.shown) + ", "));
         EXPECT_FALSE(output.contains("bytes")) << output.constData();
     }
@@ -214,7 +216,7 @@ TEST_F(ClassicListings, RefuseEditsAndDoNotClaimThem)
 {
     writeThreePhotos();
     m_scratch.write("edits", "add-album New 100\nrm-album 2\n");
-    expectFailure({"edit", device(), m_scratch.path("edits")},
+    expectFailure({"edit", "-d", device(), m_scratch.path("edits")},
                   device() + ": the albums of a classic iPod can not be edited");
 }
 

@@ -62,7 +62,7 @@ protected:
 TEST_F(ClassicPictures, AreWrittenAsThumbnailsThatAreNamedAfterIdAndOriginal)
 {
     writeThreePhotos();
-    const ProgramResult result = run({"thumb", device(), "--all", out()});
+    const ProgramResult result = run({"thumb", "-d", device(), "--all", out()});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ(QByteArray(), result.errors);
     EXPECT_EQ("wrote 3 thumbnails to " + out() + '\n', result.output);
@@ -76,9 +76,9 @@ TEST_F(ClassicPictures, AreWrittenAsTheThumbnailFileThatIsNamed)
 {
     writeThreePhotos();
     const QByteArray png = m_scratch.path("thumb.png");
-    EXPECT_EQ(0, run({"thumb", device(), "101", "-o", png}).exitCode);
+    EXPECT_EQ(0, run({"thumb", "-d", device(), "101", "-o", png}).exitCode);
     expectPicture("thumb.png", {50, 41}, Qt::green, "PNG");
-    expectFailure({"thumb", device(), "101", "-o", m_scratch.path("thumb.jpg")},
+    expectFailure({"thumb", "-d", device(), "101", "-o", m_scratch.path("thumb.jpg")},
                   m_scratch.path("thumb.jpg") + ": the thumbnail is a BMP picture");
 }
 
@@ -87,12 +87,12 @@ TEST_F(ClassicPictures, AreWrittenAsTheyAreWhenTheyAreJpeg)
     const QByteArray jpeg = jpegOf({64, 48});
     storeBytes(addPhoto(100), 1081, {64, 48}, jpeg);
     writeDevice();
-    EXPECT_EQ(0, run({"thumb", device(), "--all", out()}).exitCode);
+    EXPECT_EQ(0, run({"thumb", "-d", device(), "--all", out()}).exitCode);
     EXPECT_EQ(QList<QByteArray>{"100.jpg"}, names());
     EXPECT_EQ(jpeg, m_scratch.read("out/100.jpg"));
-    EXPECT_EQ(0, run({"export", device(), out()}).exitCode);
+    EXPECT_EQ(0, run({"export", "-d", device(), out()}).exitCode);
     EXPECT_EQ("copied 0 files (0 bytes), 1 already there, 0 failed\n",
-              run({"export", device(), out()}).output);
+              run({"export", "-d", device(), out()}).output);
 }
 
 TEST_F(ClassicPictures, AreToldThatGiveNoThumbnail)
@@ -108,7 +108,7 @@ TEST_F(ClassicPictures, AreToldThatGiveNoThumbnail)
     beyond.variants[0].offset += 1;
     writeDevice();
     ASSERT_EQ(0, ::unlink(m_scratch.path(iconFile).constData()));
-    const ProgramResult result = run({"thumb", device(), "--all", out()});
+    const ProgramResult result = run({"thumb", "-d", device(), "--all", out()});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ(QList<QByteArray>{"104-IMG_0042.bmp"}, names());
     EXPECT_EQ("wrote 1 thumbnail to " + out() + ", 6 failed\n", result.output);
@@ -134,7 +134,7 @@ TEST_F(ClassicPictures, AreExportedWithTheOriginals)
     const timespec times[] = {{0, UTIME_NOW}, {1580466030, 123456789}};
     const QByteArray original = m_scratch.path(originalsFolder + QByteArray("IMG_0041.JPG"));
     ASSERT_EQ(0, ::utimensat(AT_FDCWD, original.constData(), times, 0));
-    const ProgramResult result = run({"export", device(), out()});
+    const ProgramResult result = run({"export", "-d", device(), out()});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ(QByteArray(), result.errors);
     EXPECT_EQ("copied 5 files (675.2 KiB), 0 already there, 0 failed\n", result.output);
@@ -155,13 +155,13 @@ TEST_F(ClassicPictures, AreExportedOnce)
 {
     writeThreePhotos();
     m_scratch.write("device/Photos/Full Resolution/2005/08/06/IMG_0042.JPG", "other");
-    EXPECT_EQ(0, run({"export", device(), out()}).exitCode);
+    EXPECT_EQ(0, run({"export", "-d", device(), out()}).exitCode);
     const QList<QByteArray> all = names();
     EXPECT_EQ("copied 0 files (0 bytes), 5 already there, 0 failed\n",
-              run({"export", device(), out()}).output);
+              run({"export", "-d", device(), out()}).output);
     ASSERT_EQ(0, ::unlink((out() + "/IMG_0042.bmp").constData()));
     EXPECT_EQ("copied 1 file (225.1 KiB), 4 already there, 0 failed\n",
-              run({"export", device(), out()}).output);
+              run({"export", "-d", device(), out()}).output);
     EXPECT_EQ(all, names());
 }
 
@@ -179,21 +179,21 @@ TEST_F(ClassicPictures, AreExportedUnderNumberedNamesWhenTheirsAreTaken)
         photo.originalName = ':' + QString::fromLatin1(name).replace('/', ':');
     }
     writeDevice();
-    EXPECT_EQ(0, run({"export", device(), out()}).exitCode);
+    EXPECT_EQ(0, run({"export", "-d", device(), out()}).exitCode);
     const QList<QByteArray> all = {"IMG_0041 (2).JPG", "IMG_0041 (2).bmp", "IMG_0041 (3).JPG",
                                    "IMG_0041 (4).jpg", "IMG_0041.JPG",     "IMG_0041.bmp"};
     EXPECT_EQ(all, names());
     EXPECT_EQ("copied 0 files (0 bytes), 6 already there, 0 failed\n",
-              run({"export", device(), out()}).output);
+              run({"export", "-d", device(), out()}).output);
     EXPECT_EQ(all, names());
 }
 
 TEST_F(ClassicPictures, AreExportedOfTheIdsAndAlbumsThatAreNamed)
 {
     writeThreePhotos();
-    EXPECT_EQ(0, run({"export", device(), "101", "101", out()}).exitCode);
+    EXPECT_EQ(0, run({"export", "-d", device(), "101", "101", out()}).exitCode);
     EXPECT_EQ(QList<QByteArray>{"101.bmp"}, names());
-    EXPECT_EQ(1, run({"export", device(), "--album", "2", out()}).exitCode);
+    EXPECT_EQ(1, run({"export", "-d", device(), "--album", "2", out()}).exitCode);
     EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041.bmp", "IMG_0042.bmp"}),
               names());
 }
@@ -207,7 +207,7 @@ TEST_F(ClassicPictures, AreToldThatCanNotBeExported)
     storeBytes(damaged, screenFormat, {320, 240}, QByteArray(1000, 'x'));
     addOriginal(damaged, "IMG_0050.JPG", "whole");
     writeDevice();
-    const ProgramResult result = run({"export", device(), out()});
+    const ProgramResult result = run({"export", "-d", device(), out()});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041.bmp", "IMG_0042.bmp",
                                  "IMG_0050.JPG"}),
@@ -227,7 +227,7 @@ TEST_F(ClassicPictures, AreToldOneByOneWhenTheirFileIsMissing)
     writeThreePhotos();
     ASSERT_EQ(0, ::unlink(m_scratch.path(screenFile).constData()));
     const QByteArray cause = ": no picture (Photos/Thumbs/F1024_1.ithmb: missing on the device)\n";
-    expectFailures(run({"export", device(), out()}),
+    expectFailures(run({"export", "-d", device(), out()}),
                    "photolib: 100" + cause + "photolib: 101" + cause +
                        "photolib: Photos/Full Resolution/2005/08/06/IMG_0042.JPG: "
                        "missing on the device\n"
@@ -254,7 +254,7 @@ TEST_F(ClassicPictures, AreNeverExportedFromOrToElsewhere)
     store(named, screenFormat, Qt::red);
     named.originalName = ":Full Resolution:..";
     writeDevice();
-    const ProgramResult result = run({"export", device(), out()});
+    const ProgramResult result = run({"export", "-d", device(), out()});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_TRUE(result.output.endsWith(", 5 failed\n")) << result.output.constData();
     EXPECT_FALSE(result.errors.contains('\x1b'));
@@ -271,7 +271,7 @@ TEST_F(ClassicPictures, AreExportedUnderHarmlessNames)
     store(photo, screenFormat, Qt::red);
     addOriginal(photo, QString::fromUtf8("a\x1b[2J\n日本?.jpg"), "original");
     writeDevice();
-    const ProgramResult result = run({"export", device(), out()});
+    const ProgramResult result = run({"export", "-d", device(), out()});
     EXPECT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_EQ((QList<QByteArray>{"a_[2J_日本_.bmp", "a_[2J_日本_.jpg"}), names());
 }
@@ -279,8 +279,9 @@ TEST_F(ClassicPictures, AreExportedUnderHarmlessNames)
 TEST_F(ClassicPictures, AreNotExportedIntoTheDevice)
 {
     writeThreePhotos();
-    expectRefusalOfDevice({"export", device(), device() + "/copies"}, device() + "/copies");
-    expectRefusalOfDevice({"thumb", device(), "--all", device() + "/copies"}, device() + "/copies");
+    expectRefusalOfDevice({"export", "-d", device(), device() + "/copies"}, device() + "/copies");
+    expectRefusalOfDevice({"thumb", "-d", device(), "--all", device() + "/copies"},
+                          device() + "/copies");
 }
 
 TEST_F(ClassicPictures, StayWholeWhenTheirExportIsInterrupted)
@@ -293,7 +294,7 @@ TEST_F(ClassicPictures, StayWholeWhenTheirExportIsInterrupted)
     m_scratch.writeSparse(originalsFolder + QByteArray("large.mov"), qint64(1) << 40);
     writeDevice();
     m_setup.errorFd = terminal.slave();
-    Program program(m_setup, {"export", device(), out()});
+    Program program(m_setup, {"export", "-d", device(), out()});
     const QByteArray shown = terminal.shownUntil("MiB of 1.0 TiB");
     EXPECT_TRUE(shown.contains("] 1 of 2 files, ")) << shown.constData();
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
@@ -312,7 +313,7 @@ TEST_F(ClassicPictures, LeaveNothingInTheTemporaryFolderWhenTheirExportIsInterru
     writeDevice();
     m_scratch.makeFolder("tmp");
     m_setup.environment.append({"TMPDIR", QString::fromUtf8(m_scratch.path("tmp"))});
-    Program program(m_setup, {"export", device(), out()});
+    Program program(m_setup, {"export", "-d", device(), out()});
     while (!m_scratch.exists("out/100.bmp"))
         ASSERT_FALSE(program.waitForFinished(10)) << program.readAllStandardError().constData();
     EXPECT_NE(QList<QByteArray>(), m_scratch.everythingIn("tmp"));
@@ -333,7 +334,7 @@ TEST_F(ClassicPictures, AreLeftOutThatAreTooLargeForTheDisk)
 {
     writeThreePhotos();
     m_setup.largestFile = 100000;
-    const ProgramResult result = run({"export", device(), "100", out()});
+    const ProgramResult result = run({"export", "-d", device(), "100", out()});
     expectFailures(result, "photolib: 100: File too large\n");
     EXPECT_EQ(QList<QByteArray>{"IMG_0041.JPG"}, names());
 }
@@ -345,7 +346,7 @@ class ClassicSheet : public ClassicPictures
 protected:
     ProgramResult draw(const QByteArray &folder)
     {
-        return run({"sheet", folder, "-o", m_scratch.path("sheet.png")});
+        return run({"sheet", "-d", folder, "-o", m_scratch.path("sheet.png")});
     }
 
     QImage sheet() const

@@ -25,7 +25,7 @@ protected:
     ProgramResult edit(const QByteArray &script)
     {
         m_scratch.write("script", script);
-        return run({"edit", device(), m_scratch.path("script")});
+        return run({"edit", "-d", device(), m_scratch.path("script")});
     }
 
     // What became of a script of one line.
@@ -83,7 +83,7 @@ TEST_F(ProgramEdit, ReadsAScriptFromStandardInput)
 {
     m_scratch.write("script", "rm-album 7\n");
     m_setup.input = QString::fromUtf8(m_scratch.path("script"));
-    const ProgramResult result = run({"edit", device(), "-"});
+    const ProgramResult result = run({"edit", "-d", device(), "-"});
     EXPECT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_TRUE(result.output.contains("   1  rm-album 7  ok\n"));
 }
@@ -93,7 +93,7 @@ TEST_F(ProgramEdit, GoesOnAfterARefusedEdit)
     const ProgramResult result = edit("rm-album 16777215\nrm-album 99\nrm-album 7\n");
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("photolib: " + m_scratch.path("script") + ": 2 of 3 edits refused\n", result.errors);
-    EXPECT_TRUE(result.output.contains("refused: You can not remove the photo library\n"));
+    EXPECT_TRUE(result.output.contains("refused: the album cannot be removed\n"));
     EXPECT_TRUE(result.output.contains("refused: no album with the id 99\n"));
     EXPECT_TRUE(result.output.contains("   3  rm-album 7         ok\n"));
     EXPECT_EQ(QByteArray(), albumIn(result.output, "7"));
@@ -107,28 +107,28 @@ TEST_F(ProgramEdit, NeverChangesTheDevice)
     EXPECT_EQ(0, edit("add-album A 1\nrm-album 7\nremove-photo 16777215 1 2\n").exitCode);
     EXPECT_EQ(before, m_scratch.everythingIn("device"));
     EXPECT_EQ(database, m_scratch.read("device/PhotoData/Photos.sqlite"));
-    EXPECT_TRUE(run({"albums", device()}).output.contains("       7  Trip"));
+    EXPECT_TRUE(run({"albums", "-d", device()}).output.contains("       7  Trip"));
 }
 
 TEST_F(ProgramEdit, RunsNothingOfAScriptWithAWrongLine)
 {
     m_scratch.write("script", "rm-album 7\nrename 7\n");
-    expectFailure({"edit", device(), m_scratch.path("script")},
+    expectFailure({"edit", "-d", device(), m_scratch.path("script")},
                   m_scratch.path("script") + ":2: rename takes ALBUM NAME");
     m_scratch.write("script", "\xff");
-    expectFailure({"edit", device(), m_scratch.path("script")},
+    expectFailure({"edit", "-d", device(), m_scratch.path("script")},
                   m_scratch.path("script") + ":1: not UTF-8");
     m_setup.input = QString::fromUtf8(m_scratch.path("script"));
-    expectFailure({"edit", device(), "-"}, "standard input:1: not UTF-8");
+    expectFailure({"edit", "-d", device(), "-"}, "standard input:1: not UTF-8");
 }
 
 TEST_F(ProgramEdit, NamesAScriptThatCanNotBeRead)
 {
     const QByteArray none = m_scratch.path("none");
-    expectFailure({"edit", device(), none}, none + ": no such file");
-    expectFailure({"edit", device(), device()}, device() + ": Is a directory");
+    expectFailure({"edit", "-d", device(), none}, none + ": no such file");
+    expectFailure({"edit", "-d", device(), device()}, device() + ": Is a directory");
     m_scratch.writeSparse("large", 17 << 20);
-    expectFailure({"edit", device(), m_scratch.path("large")},
+    expectFailure({"edit", "-d", device(), m_scratch.path("large")},
                   m_scratch.path("large") + ": too large for a script");
     expectFailure({"edit"}, "SCRIPT: is missing (photolib --help shows the usage)", 2);
 }

@@ -17,7 +17,8 @@ protected:
 
     ProgramResult runExport(const QList<QByteArray> &further = {})
     {
-        return run(QList<QByteArray>{"export", device()} + further + QList<QByteArray>{out()});
+        return run(QList<QByteArray>{"export", "-d", device()} + further +
+                   QList<QByteArray>{out()});
     }
 
     /// Adds a photo called `name` in the device's folder `directory`, with its file unless
@@ -266,7 +267,7 @@ TEST_F(ExportProgramOnBadInput, StopsOnAFullDisk)
     m_scratch.makeFolder("out");
     // A small disk that only the program sees.
     const QByteArray mount = "mount -t tmpfs -o size=100k tmpfs \"$2\" 2>/dev/null || exit 77\n";
-    const QByteArray rest = "\"$0\" export \"$1\" \"$2\"; code=$?; ls \"$2\"; exit $code";
+    const QByteArray rest = "\"$0\" export -d \"$1\" \"$2\"; code=$?; ls \"$2\"; exit $code";
     m_setup.program = QStringLiteral("unshare");
     const ProgramResult result =
         run({"-Urm", "sh", "-c", mount + rest, PHOTOLIB_PROGRAM, device(), out()});
@@ -284,41 +285,43 @@ TEST_F(ExportProgramOnBadInput, NamesADeviceInPlaceOfTheFolder)
 {
     writeTwoPhotos();
     writeDatabase(m_scratch, "other", twoPhotos());
-    expectFailure({"export", device(), m_scratch.path("other")},
+    expectFailure({"export", "-d", device(), m_scratch.path("other")},
                   m_scratch.path("other") +
                       ": a device, not a folder to copy to; name that one after it");
     // The last one would be made on the way through a new folder that is none of it.
     for (const QByteArray &path : {device(), device() + "/new/folder", device() + "/DCIM/new",
                                    out() + "/new/../../device/DCIM/new"})
-        expectRefusalOfDevice({"export", device(), path}, path);
+        expectRefusalOfDevice({"export", "-d", device(), path}, path);
 }
 
 TEST_F(ExportProgramOnBadInput, NamesAFileInPlaceOfTheFolder)
 {
     writeTwoPhotos();
     m_scratch.write("out", "text");
-    expectFailure({"export", device(), out()}, out() + ": not a folder");
+    expectFailure({"export", "-d", device(), out()}, out() + ": not a folder");
 }
 
 TEST_F(ExportProgramOnBadInput, NamesAnUnknownId)
 {
     writeTwoPhotos();
-    expectFailure({"export", device(), "1", "9", out()}, "9: no photo with this id in " + device());
-    expectFailure({"export", device(), "--album", "9", out()},
+    expectFailure({"export", "-d", device(), "1", "9", out()},
+                  "9: no photo with this id in " + device());
+    expectFailure({"export", "-d", device(), "--album", "9", out()},
                   "9: no album with this id in " + device());
 }
 
 TEST_F(ExportProgramOnBadInput, ExitsWithTwoForWrongUsage)
 {
-    const QByteArray hint = " (photolib --help shows the usage)";
-    expectFailure({"export"}, "DIR: is missing" + hint, 2);
+    const QByteArray hint = " (photolib export --help shows the usage)";
+    expectFailure({"export"}, "DIR is required" + hint, 2);
     expectFailure({"export", ""}, "DIR: the name is empty" + hint, 2);
     expectFailure({"export", "42"},
                   "42: an id where the folder to copy to is missing; write ./42 for a folder of "
                   "that name" +
                       hint,
                   2);
-    expectFailure({"export", "a", "b", "c", "d"}, "b: not a number" + hint, 2);
+    expectFailure({"export", "a", "b", "c", "d"}, "a: not an id; a device is named with -d" + hint,
+                  2);
     expectFailure({"export", "--album", "1", "2", "c"}, "--album: takes the place of ids" + hint,
                   2);
 }
@@ -355,10 +358,10 @@ TEST_F(ExportProgramOnASample, CopiesEveryFileOnceInTwoRunsAtATime)
     QString error;
     ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
     const QByteArray alone = m_scratch.path("alone");
-    EXPECT_EQ(1, run({"export", device(), alone}).exitCode); // one photo's file is lost
+    EXPECT_EQ(1, run({"export", "-d", device(), alone}).exitCode); // one photo's file is lost
     const auto arguments = [this](const char *workFolder) {
-        return QList<QByteArray>{"export", device(), out(), "--work-dir",
-                                 m_scratch.path(workFolder)};
+        return QList<QByteArray>{"export", "-d",         device(),
+                                 out(),    "--work-dir", m_scratch.path(workFolder)};
     };
     Program first(m_setup, arguments("work1"));
     Program second(m_setup, arguments("work2"));
@@ -390,7 +393,7 @@ TEST_F(InterruptedExport, LeavesNoHalfFileAndSaysWhatWasDone)
         if (!terminal.isOpen())
             GTEST_SKIP() << "there are no pseudo-terminals here";
         m_setup.errorFd = terminal.slave();
-        Program program(m_setup, {"export", device(), out()});
+        Program program(m_setup, {"export", "-d", device(), out()});
         const QByteArray shown = terminal.shownUntil("MiB of 1.0 TiB");
         EXPECT_TRUE(shown.contains("\rCopying [")) << shown.constData();
         EXPECT_TRUE(shown.contains("] 1 of 2 files, ")) << shown.constData();
@@ -416,7 +419,7 @@ TEST_F(ExportProgramOnASample, MakesNoFolderWhenInterruptedBeforeItCopies)
     QString error;
     ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
     m_setup.errorFd = terminal.slave();
-    Program program(m_setup, {"export", device(), out()});
+    Program program(m_setup, {"export", "-d", device(), out()});
     terminal.shownUntil("Looking at the files [");
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
     EXPECT_EQ(130, program.waitForExitCode());
@@ -431,7 +434,7 @@ TEST_F(InterruptedExport, TellsTheTimeLeft)
     if (!terminal.isOpen())
         GTEST_SKIP() << "there are no pseudo-terminals here";
     m_setup.errorFd = terminal.slave();
-    Program program(m_setup, {"export", device(), out()});
+    Program program(m_setup, {"export", "-d", device(), out()});
     EXPECT_TRUE(terminal.shownUntil(" left").contains(" of 1.0 TiB, "));
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
     EXPECT_EQ(130, program.waitForExitCode());
@@ -444,7 +447,7 @@ TEST_F(InterruptedExport, KeepsItsBarOnOneLineOfTheTerminal)
         GTEST_SKIP() << "there are no pseudo-terminals here";
     terminal.setColumns(60);
     m_setup.errorFd = terminal.slave();
-    Program program(m_setup, {"export", device(), out()});
+    Program program(m_setup, {"export", "-d", device(), out()});
     QByteArray shown = terminal.shownUntil(" left");
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
     EXPECT_EQ(130, program.waitForExitCode());

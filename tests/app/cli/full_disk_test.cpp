@@ -2,8 +2,8 @@
 #include "support/program_fixture.h"
 #include "support/row_name.h"
 
-#include "cli/output.h"
 #include "base/unique_fd.h"
+#include "cli/output.h"
 #include "sample/classic_sample.h"
 
 #include <gtest/gtest.h>
@@ -123,15 +123,18 @@ std::vector<DiskRow> diskRows()
         QByteArray kept;
     };
     const std::vector<Written> all = {
-        {"Export", {"export", "DEVICE", "/disk/out"}, false, "/out"},
-        {"Thumbnails", {"thumb", "DEVICE", "--all", "/disk/out", "--format", "png"}, false, "/out"},
-        {"Thumbnail", {"thumb", "DEVICE", "1", "-o", "/disk/thumb.png"}, false, ""},
-        {"Sheet", {"sheet", "DEVICE", "-o", "/disk/sheet.png"}, false, ""},
+        {"Export", {"export", "-d", "DEVICE", "/disk/out"}, false, "/out"},
+        {"Thumbnails",
+         {"thumb", "-d", "DEVICE", "--all", "/disk/out", "--format", "png"},
+         false,
+         "/out"},
+        {"Thumbnail", {"thumb", "-d", "DEVICE", "1", "-o", "/disk/thumb.png"}, false, ""},
+        {"Sheet", {"sheet", "-d", "DEVICE", "-o", "/disk/sheet.png"}, false, ""},
         {"Sample", {"sample", "/disk/new", "--assets", "4"}, false, ""},
         {"ClassicSample", {"sample", "/disk/new", "--classic", "--assets", "4"}, true, ""},
-        {"ClassicExport", {"export", "DEVICE", "/disk/out"}, true, "/out"},
-        {"ClassicThumbnails", {"thumb", "DEVICE", "--all", "/disk/out"}, true, "/out"},
-        {"WorkFolder", {"info", "DEVICE", "--work-dir", "/disk/work"}, false, ""},
+        {"ClassicExport", {"export", "-d", "DEVICE", "/disk/out"}, true, "/out"},
+        {"ClassicThumbnails", {"thumb", "-d", "DEVICE", "--all", "/disk/out"}, true, "/out"},
+        {"WorkFolder", {"info", "-d", "DEVICE", "--work-dir", "/disk/work"}, false, ""},
     };
     std::vector<DiskRow> rows;
     for (const Written &each : all) {
@@ -162,7 +165,8 @@ TEST_P(ProgramWithALargeDatabase, FailsBeforeItFillsTheDisk)
     m_scratch.writeSparse("device/PhotoData/Photos.sqlite", GetParam().database);
     m_scratch.writeSparse("device/PhotoData/Photos.sqlite-wal", GetParam().journal);
     m_setup.largestFile = 0;
-    const ProgramResult result = run({"info", device(), "--work-dir", m_scratch.path("work")});
+    const ProgramResult result =
+        run({"info", "-d", device(), "--work-dir", m_scratch.path("work")});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_TRUE(result.errors.startsWith("photolib: " + m_scratch.path("work") +
                                          ": No space left on device (the database takes 8.0 TiB"))
@@ -185,8 +189,8 @@ TEST_F(FullDisk, IsFullFromThePageOnThatIsMissing)
     constexpr int page = 4096;
     for (const int pages : {2, 3}) {
         m_scratch.writeSparse("device/PhotoData/Photos.sqlite", pages * page);
-        const ProgramResult result =
-            runOnDisk(Disk::Small, {"info", device(), "--work-dir", m_scratch.path("disk/work")});
+        const ProgramResult result = runOnDisk(
+            Disk::Small, {"info", "-d", device(), "--work-dir", m_scratch.path("disk/work")});
         if (result.exitCode == 77)
             GTEST_SKIP() << "no disk can be mounted here";
         EXPECT_EQ(1, result.exitCode);

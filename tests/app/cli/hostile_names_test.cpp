@@ -125,7 +125,7 @@ protected:
                 ClassicProgramTest::addPhoto(100 + quint32(m_library.photos.size()));
             store(photo, iconFormat, Qt::red);
             photo.originalName = QStringLiteral(":Full Resolution:") + QString::fromUtf8(name);
-            itdb_photo missing = photo.variants.first();
+            StoredPicture missing = photo.variants.first();
             missing.fileName = QStringLiteral(":Thumbs:") + QString::fromUtf8(hostileText());
             missing.size = 1;
             photo.variants.append(missing);
@@ -218,8 +218,8 @@ TEST_F(HostileNames, BecomeHarmlessNamesOfFiles)
         const QByteArray out = device + "-out";
         write(device, isClassic);
         const QList<QByteArray> before = m_scratch.everythingIn(device);
-        run({"export", m_scratch.path(device), m_scratch.path(out)});
-        run({"thumb", m_scratch.path(device), "--all", m_scratch.path(out)});
+        run({"export", "-d", m_scratch.path(device), m_scratch.path(out)});
+        run({"thumb", "-d", m_scratch.path(device), "--all", m_scratch.path(out)});
         EXPECT_EQ(before, m_scratch.everythingIn(device));
         const QList<QByteArray> files = m_scratch.everythingIn(out);
         EXPECT_GE(files.size(), isClassic ? 18 : 8);

@@ -30,41 +30,42 @@ TEST_F(ProgramOnBadInput, NamesAFolderThatIsNotThere)
 TEST_F(ProgramOnBadInput, NamesAFileThatIsNoFolder)
 {
     m_scratch.write("file", "text");
-    expectFailure({"info", m_scratch.path("file")}, m_scratch.path("file") + ": not a folder");
+    expectFailure({"info", "-d", m_scratch.path("file")},
+                  m_scratch.path("file") + ": not a folder");
 }
 
 TEST_F(ProgramOnBadInput, NamesAFolderWithoutADatabase)
 {
     m_scratch.makeFolder("device");
-    expectFailure({"dump", device()}, device() +
-                                          ": no photo database in it "
-                                          "(PhotoData/Photos.sqlite or Photos/Photo Database)");
+    expectFailure({"dump", "-d", device()},
+                  device() + ": no photo database in it "
+                             "(PhotoData/Photos.sqlite or Photos/Photo Database)");
 }
 
 TEST_F(ProgramOnBadInput, RefusesAnEmptyName)
 {
-    expectFailure({"info", ""}, "DEVICE: the name is empty");
+    expectFailure({"info", "-d", ""}, "device: the name is empty");
 }
 
 TEST_F(ProgramOnBadInput, EscapesTheNameInTheLine)
 {
-    expectFailure({"info", "/no\n\x1b[2J"}, "/no\\x0a\\x1b[2J: no such folder");
+    expectFailure({"info", "-d", "/no\n\x1b[2J"}, "/no\\x0a\\x1b[2J: no such folder");
 }
 
 TEST_F(ProgramOnBadInput, NamesADatabaseThatIsNone)
 {
     m_scratch.write("device/PhotoData/Photos.sqlite", QByteArray(100000, 'x'));
-    expectFailure({"dump", device()},
+    expectFailure({"dump", "-d", device()},
                   device() + "/PhotoData/Photos.sqlite: not readable as a photo library"
-                             " (master sql error #26: file is not a database)");
+                             ": not an SQLite database");
 }
 
 TEST_F(ProgramOnBadInput, NamesAnEmptyDatabase)
 {
     m_scratch.write("device/PhotoData/Photos.sqlite", "");
-    expectFailure({"photos", device()},
+    expectFailure({"photos", "-d", device()},
                   device() + "/PhotoData/Photos.sqlite: not readable as a photo library"
-                             " (Can not parse camera album)");
+                             ": its tables cannot be read");
 }
 
 TEST_F(ProgramOnBadInput, NamesWhatALibraryLacks)
@@ -72,16 +73,17 @@ TEST_F(ProgramOnBadInput, NamesWhatALibraryLacks)
     PhotosDatabase database;
     database.schema.assets = false;
     writeDatabase(m_scratch, "device", database);
-    expectFailure({"info", device()},
+    expectFailure({"info", "-d", device()},
                   device() + "/PhotoData/Photos.sqlite: not readable as a photo library"
-                             " (photo sql error #1: no such table: ZGENERICASSET)");
+                             ": its tables cannot be read");
 }
 
 TEST_F(ProgramOnBadInput, NamesAPipeInPlaceOfTheDatabase)
 {
     m_scratch.makeFolder("device/PhotoData");
     m_scratch.makePipe("device/PhotoData/Photos.sqlite");
-    expectFailure({"info", device()}, device() + "/PhotoData/Photos.sqlite: not a regular file");
+    expectFailure({"info", "-d", device()},
+                  device() + "/PhotoData/Photos.sqlite: not a regular file");
 }
 
 TEST_F(ProgramOnBadInput, NamesADatabaseThatIsALinkToAnotherPlace)
@@ -90,8 +92,9 @@ TEST_F(ProgramOnBadInput, NamesADatabaseThatIsALinkToAnotherPlace)
     m_scratch.makeFolder("device/PhotoData");
     m_scratch.makeLink("device/PhotoData/Photos.sqlite",
                        m_scratch.path("elsewhere/PhotoData/Photos.sqlite"));
-    expectFailure({"info", device()}, device() + "/PhotoData/Photos.sqlite: a link that leads out "
-                                                 "of the device");
+    expectFailure({"info", "-d", device()}, device() +
+                                                "/PhotoData/Photos.sqlite: a link that leads out "
+                                                "of the device");
 }
 
 TEST_F(ProgramOnBadInput, NamesAnUnreadableDatabase)
@@ -101,7 +104,8 @@ TEST_F(ProgramOnBadInput, NamesAnUnreadableDatabase)
     m_setup.respectsPermissions = true;
     writeTwoPhotos();
     ASSERT_EQ(0, ::chmod((device() + "/PhotoData/Photos.sqlite").constData(), 0));
-    expectFailure({"info", device()}, device() + "/PhotoData/Photos.sqlite: Permission denied");
+    expectFailure({"info", "-d", device()},
+                  device() + "/PhotoData/Photos.sqlite: Permission denied");
 }
 
 TEST_F(ProgramOnBadInput, NamesAnUnreadableWriteAheadLog)
@@ -112,7 +116,8 @@ TEST_F(ProgramOnBadInput, NamesAnUnreadableWriteAheadLog)
     writeTwoPhotos();
     m_scratch.write("device/PhotoData/Photos.sqlite-wal", "log");
     ASSERT_EQ(0, ::chmod((device() + "/PhotoData/Photos.sqlite-wal").constData(), 0));
-    expectFailure({"info", device()}, device() + "/PhotoData/Photos.sqlite-wal: Permission denied");
+    expectFailure({"info", "-d", device()},
+                  device() + "/PhotoData/Photos.sqlite-wal: Permission denied");
 }
 
 TEST_F(ProgramOnBadInput, NamesAnUnreadableFolder)
@@ -122,7 +127,7 @@ TEST_F(ProgramOnBadInput, NamesAnUnreadableFolder)
     m_setup.respectsPermissions = true;
     writeTwoPhotos();
     ASSERT_EQ(0, ::chmod(device().constData(), 0));
-    const ProgramResult result = run({"info", device()});
+    const ProgramResult result = run({"info", "-d", device()});
     ::chmod(device().constData(), 0700);
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("photolib: " + device() + ": Permission denied\n", result.errors);
@@ -133,13 +138,14 @@ TEST_F(ProgramOnBadInput, NamesAnUnknownId)
 {
     writeTwoPhotos();
     for (const char *id : {"3", "0", "18446744073709551615", "99999999999999999999999"})
-        expectFailure({"show", id, device()}, id + (": no photo with this id in " + device()));
+        expectFailure({"show", id, "-d", device()},
+                      id + (": no photo with this id in " + device()));
 }
 
 TEST_F(ProgramOnBadInput, NamesAWorkFolderInTheDevice)
 {
     writeTwoPhotos();
-    expectFailure({"info", device(), "--work-dir", device() + "/PhotoData"},
+    expectFailure({"info", "-d", device(), "--work-dir", device() + "/PhotoData"},
                   device() + "/PhotoData: the work folder must not lie in the device");
 }
 
@@ -147,7 +153,7 @@ TEST_F(ProgramOnBadInput, NamesAWorkFolderThatIsAFile)
 {
     writeTwoPhotos();
     m_scratch.write("file", "text");
-    expectFailure({"info", device(), "--work-dir", m_scratch.path("file")},
+    expectFailure({"info", "-d", device(), "--work-dir", m_scratch.path("file")},
                   m_scratch.path("file") + ": not a folder");
 }
 
@@ -156,23 +162,25 @@ TEST_F(ProgramOnBadInput, TellsWhyTheCopyIsNotComplete)
     writeTwoPhotos();
     m_setup.largestFile = 5000; // fewer bytes than the database has
     const QByteArray work = m_scratch.path("work");
-    expectFailure({"info", device(), "--work-dir", work}, work + "/Photos.sqlite: File too large");
+    expectFailure({"info", "-d", device(), "--work-dir", work},
+                  work + "/Photos.sqlite: File too large");
 }
 
 TEST_F(ProgramOnBadInput, NamesAPlugInThatIsNotThere)
 {
     writeTwoPhotos();
-    expectFailure({"--plugin", "/none.so", "info", device()}, "/none.so: no such file");
+    expectFailure({"--plugin", "/none.so", "info", "-d", device()}, "/none.so: no such file");
     m_setup.environment = {{"PHOTOLIB_PLUGIN", "/variable.so"}};
-    expectFailure({"info", device()}, "/variable.so: no such file");
-    expectFailure({"--plugin", "/option.so", "info", device()}, "/option.so: no such file");
+    expectFailure({"info", "-d", device()}, "/variable.so: no such file");
+    expectFailure({"--plugin", "/option.so", "info", "-d", device()}, "/option.so: no such file");
 }
 
 TEST_F(ProgramOnBadInput, NamesAFileThatIsNotThePlugIn)
 {
     writeTwoPhotos();
     m_scratch.write("text.so", "text");
-    const ProgramResult result = run({"info", device(), "--plugin", m_scratch.path("text.so")});
+    const ProgramResult result =
+        run({"info", "-d", device(), "--plugin", m_scratch.path("text.so")});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_TRUE(result.errors.startsWith("photolib: " + m_scratch.path("text.so") +
                                          ": not loadable as the plug-in ("));
@@ -182,35 +190,95 @@ TEST_F(ProgramOnBadInput, NamesAFileThatIsNotThePlugIn)
 TEST_F(ProgramUsage, ExitsWithTwoWhenItIsWrong)
 {
     const QByteArray hint = " (photolib --help shows the usage)";
+    const QByteArray infoHint = " (photolib info --help shows the usage)";
+    const QByteArray showHint = " (photolib show --help shows the usage)";
     expectFailure({}, "a command is missing" + hint, 2);
     expectFailure({"-v"}, "a command is missing" + hint, 2);
     expectFailure({"nonsense"}, "nonsense: no such command" + hint, 2);
     expectFailure({"--nonsense"}, "--nonsense: no such option" + hint, 2);
-    expectFailure({"show"}, "ID: is missing" + hint, 2);
-    expectFailure({"show", "1x"}, "ID: not a number" + hint, 2);
-    expectFailure({"show", "-1"}, "ID: not a number" + hint, 2);
-    expectFailure({"info", "a", "b"}, "b: not expected here" + hint, 2);
-    expectFailure({"-q", "-v", "info"}, "--verbose: not together with --quiet" + hint, 2);
-    expectFailure({"info", "--nonsense"}, "--nonsense: no such option" + hint, 2);
-    expectFailure({"info", "a", "b", "c"}, "b: not expected here" + hint, 2);
-    expectFailure({"info", "--work-dir"}, "--work-dir: its value is missing" + hint, 2);
-    expectFailure({"info", "--work-dir", "a", "--work-dir", "b"},
-                  "--work-dir: given more than once" + hint, 2);
+    expectFailure({"show"}, "ID is required" + showHint, 2);
+    expectFailure({"show", "1x"}, "ID: not a number" + showHint, 2);
+    expectFailure({"info", "a", "b"}, "a: not expected here" + infoHint, 2);
+    expectFailure({"-q", "-v", "info"}, "--verbose excludes --quiet" + infoHint, 2);
+    expectFailure({"info", "--nonsense"}, "--nonsense: no such option" + infoHint, 2);
+    expectFailure({"info", "-d", ""}, "device: the name is empty", 1);
+    expectFailure({"help", "nonsense"},
+                  "nonsense: no such command (photolib help --help shows the usage)", 2);
+}
+
+TEST_F(ProgramUsage, SuggestsWhatWasMeant)
+{
+    expectFailure({"phots"},
+                  "phots: no such command; did you mean photos? (photolib --help shows the usage)",
+                  2);
+    expectFailure({"help", "exp"},
+                  "exp: no such command; did you mean export? (photolib help --help shows the "
+                  "usage)",
+                  2);
+    expectFailure({"photos", "--albun", "3"},
+                  "--albun: no such option; did you mean --album? (photolib photos --help shows "
+                  "the usage)",
+                  2);
+    expectFailure({"photos", "--devise", "x"},
+                  "--devise: no such option; did you mean --device? (photolib photos --help shows "
+                  "the usage)",
+                  2);
 }
 
 TEST_F(ProgramUsage, TellsTheOrderOfArguments)
 {
-    EXPECT_TRUE(run({"export", "--help"}).output.contains(" [OPTIONS] [DEVICE] [ID...] DIR\n"));
-    EXPECT_TRUE(run({"thumb", "--help"}).output.contains(" [OPTIONS] [DEVICE] [ID...]\n"));
+    EXPECT_TRUE(run({"export", "--help"}).output.contains(" [OPTIONS] [ID...] DIR\n"));
+    EXPECT_TRUE(run({"thumb", "--help"}).output.contains(" [OPTIONS] [ID...]\n"));
+}
+
+TEST_F(ProgramUsage, TakesTheDeviceBeforeAndBehindTheCommandAndFromTheEnvironment)
+{
+    writeTwoPhotos();
+    const QByteArray shown = run({"photos", "-d", device()}).output;
+    EXPECT_TRUE(shown.contains("IMG_0001.JPG"));
+    EXPECT_EQ(shown, run({"-d", device(), "photos"}).output);
+    EXPECT_EQ(shown, run({"photos", "--device", device()}).output);
+    m_setup.environment = {{"PHOTOLIB_DEVICE", QString::fromUtf8(device())}};
+    EXPECT_EQ(shown, run({"photos"}).output);
+}
+
+TEST_F(ProgramUsage, WritesNoFilesOfASampleThatNobodyAskedFor)
+{
+    const QByteArray out = m_scratch.path("out");
+    expectFailure({"export", out}, "no device: name one with -d", 2);
+    expectFailure({"thumb", "--all", out}, "no device: name one with -d", 2);
+    EXPECT_EQ(0, run({"thumb", "1", "-o", m_scratch.path("1.jpg"), "-d", "sample"}).exitCode);
+}
+
+TEST_F(ProgramUsage, ShowsTheHelpOfACommandWithTheCommonOptions)
+{
+    for (const char *command : {"info", "photos", "albums", "show", "sheet", "thumb", "export",
+                                "edit", "dump", "sample"}) {
+        const ProgramResult help = run({"help", command});
+        EXPECT_EQ(0, help.exitCode) << command;
+        EXPECT_EQ(help.output, run({command, "--help"}).output) << command;
+        EXPECT_TRUE(help.output.contains(QByteArray("Usage: photolib ") + command)) << command;
+        EXPECT_TRUE(help.output.contains("--device DEVICE")) << command;
+    }
+    EXPECT_EQ(run({"--help"}).output, run({"help"}).output);
+}
+
+TEST_F(ProgramUsage, ShowsHelpInLinesThatFit)
+{
+    for (const char *command : {"", "info", "thumb", "export", "edit", "sample"}) {
+        const QByteArray help = run({"help", command}).output;
+        for (const QByteArray &line : help.split('\n'))
+            EXPECT_LE(line.size(), 80) << line.constData();
+    }
 }
 
 TEST_F(ProgramUsage, ShowsExamplesOfTheCommand)
 {
     const QList<QPair<QByteArray, QByteArray>> examples = {
-        {"info", "  photolib info /media/IPOD\n"},
-        {"photos", "  photolib photos /media/phone --album 7\n"},
-        {"show", "  photolib show 42 ~/phone-copy\n"},
-        {"dump", "  photolib dump ~/phone-copy | jq "},
+        {"info", "  photolib info -d /media/IPOD\n"},
+        {"photos", "  photolib photos -d /media/phone --album 7\n"},
+        {"show", "  photolib show 42 -d ~/phone-copy\n"},
+        {"dump", "  photolib dump -d ~/phone-copy | jq "},
     };
     for (const auto &[command, example] : examples) {
         const QByteArray help = run({command, "--help"}).output;
@@ -219,20 +287,12 @@ TEST_F(ProgramUsage, ShowsExamplesOfTheCommand)
     }
 }
 
-TEST_F(ProgramUsage, TakesANameThatIsAlsoACommandForADevice)
-{
-    expectFailure({"info", "dump"}, "dump: no such folder");
-}
-
 TEST_F(ProgramUsage, ShowsExamplesAsHelp)
 {
-    for (const QList<QByteArray> &arguments :
-         {QList<QByteArray>{"--help"}, QList<QByteArray>{"show", "--help"}}) {
-        const ProgramResult result = run(arguments);
-        EXPECT_EQ(0, result.exitCode);
-        EXPECT_TRUE(result.output.contains("photolib show 42 ~/phone-copy"));
-        EXPECT_EQ(QByteArray(), result.errors);
-    }
+    const ProgramResult result = run({"--help"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_TRUE(result.output.contains("photolib -d /media/phone photos"));
+    EXPECT_EQ(QByteArray(), result.errors);
 }
 
 TEST_F(ProgramUsage, TellsItsVersion)
@@ -246,9 +306,10 @@ TEST_F(ProgramUsage, FindsThePlugInThatAnOptionNames)
 {
     writeTwoPhotos();
     m_scratch.makeLink("elsewhere.so", PHOTOLIB_PLUGIN_FILE);
-    EXPECT_EQ(0, run({"info", device(), "--plugin", m_scratch.path("elsewhere.so")}).exitCode);
+    EXPECT_EQ(0,
+              run({"info", "-d", device(), "--plugin", m_scratch.path("elsewhere.so")}).exitCode);
     m_setup.environment = {{"PHOTOLIB_PLUGIN", QString::fromUtf8(m_scratch.path("elsewhere.so"))}};
-    EXPECT_EQ(0, run({"info", device()}).exitCode);
+    EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
 }
 
 TEST_F(ProgramUsage, MissesThePlugInWhereThereIsNone)
@@ -257,11 +318,11 @@ TEST_F(ProgramUsage, MissesThePlugInWhereThereIsNone)
     // A copy, for a link would lead to the folder of the built program.
     ASSERT_TRUE(QFile::copy(PHOTOLIB_PROGRAM, QString::fromUtf8(m_scratch.path("photolib"))));
     m_setup.program = QString::fromUtf8(m_scratch.path("photolib"));
-    const ProgramResult result = run({"info", device()});
+    const ProgramResult result = run({"info", "-d", device()});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_TRUE(result.errors.startsWith("photolib: libphotolib.so: not found beside"));
     m_scratch.makeLink("libphotolib.so", PHOTOLIB_PLUGIN_FILE);
-    EXPECT_EQ(0, run({"info", device()}).exitCode);
+    EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
 }
 
 TEST_F(ProgramDump, PrintsTheWholeLibrary)
@@ -287,7 +348,7 @@ TEST_F(ProgramDump, PrintsTheWholeLibrary)
     m_scratch.write("device/DCIM/100APPLE/IMG_0001.JPG", "picture");
     m_scratch.write("device/DCIM/100APPLE/IMG_0002.MOV", "movie");
 
-    const ProgramResult result = run({"dump", device()});
+    const ProgramResult result = run({"dump", "-d", device()});
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_EQ(QByteArray(), result.errors);
     const Json expected = Json::parse(R"({
@@ -349,10 +410,10 @@ TEST_F(ProgramDump, PrintsIdsAsExactNumbers)
     database.rows.assets = {photoRow(-1), photoRow(2147483647, 60)};
     writeDatabase(m_scratch, "device", database);
     m_scratch.write(twoPhotosPath, "picture");
-    const ProgramResult result = run({"dump", device()});
+    const ProgramResult result = run({"dump", "-d", device()});
     EXPECT_TRUE(result.output.contains("\"photoIds\": [2147483647,18446744073709551615]"));
     EXPECT_TRUE(result.output.contains("{\"id\":18446744073709551615,\"ok\":true,"));
-    EXPECT_EQ(0, run({"show", "18446744073709551615", device()}).exitCode);
+    EXPECT_EQ(0, run({"show", "18446744073709551615", "-d", device()}).exitCode);
 }
 
 TEST_F(ProgramDump, NeverLooksOutsideTheDevice)
@@ -374,7 +435,7 @@ TEST_F(ProgramDump, NeverLooksOutsideTheDevice)
         database.rows.assets.push_back(row);
     }
     writeDatabase(m_scratch, "device", database);
-    const Json json = Json::parse(run({"dump", device()}).output.toStdString());
+    const Json json = Json::parse(run({"dump", "-d", device()}).output.toStdString());
     for (std::size_t i = 0; i + 1 < places.size(); ++i)
         EXPECT_FALSE(json["photos"][i]["ok"].get<bool>()) << places[i].first;
     EXPECT_TRUE(json["photos"][places.size() - 1]["ok"].get<bool>());
@@ -390,9 +451,9 @@ TEST_F(ProgramDump, FindsNamesBeyondAscii)
     // Whatever the locale makes of names.
     for (const char *locale : {"C", "C.UTF-8"}) {
         m_setup.environment = {{"LC_ALL", locale}};
-        const Json json = Json::parse(run({"dump", device()}).output.toStdString());
+        const Json json = Json::parse(run({"dump", "-d", device()}).output.toStdString());
         EXPECT_TRUE(json["photos"][0]["ok"].get<bool>());
-        EXPECT_TRUE(run({"photos", device()}).output.contains("DCIM/100APPLE/grün 日本.jpg"));
+        EXPECT_TRUE(run({"photos", "-d", device()}).output.contains("DCIM/100APPLE/grün 日本.jpg"));
     }
 }
 
@@ -402,7 +463,7 @@ TEST_F(ProgramDump, WorksForADeviceWithANameInAnyEncoding)
     ASSERT_EQ(0, ::rename(device().constData(), m_scratch.path("\xff\n.").constData()));
     // By a shell, since Qt passes on only what the locale can express.
     m_setup.program = QStringLiteral("/bin/sh");
-    const ProgramResult result = run({"-c", R"sh(exec "$0" info "$(printf "$1/\377\n.")")sh",
+    const ProgramResult result = run({"-c", R"sh(exec "$0" info -d "$(printf "$1/\377\n.")")sh",
                                       PHOTOLIB_PROGRAM, m_scratch.root()});
     EXPECT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_TRUE(result.output.contains("/\\xff\\x0a"));
@@ -419,33 +480,23 @@ TEST_F(ProgramDump, AppliesNoJournalOfAnEarlierDevice)
     writeTwoPhotos();
     const QByteArray work = m_scratch.path("work");
     const auto count = [&](const QByteArray &device) {
-        const ProgramResult result = run({"dump", device, "--work-dir", work});
+        const ProgramResult result = run({"dump", "-d", device, "--work-dir", work});
         return Json::parse(result.output.toStdString())["photoCount"].get<int>();
     };
     EXPECT_EQ(3, count(m_scratch.path("first")));
     EXPECT_EQ(2, count(device()));
 }
 
-TEST_F(ProgramDump, CopiesTheDatabaseToTheWorkFolder)
+TEST_F(ProgramDump, LeavesNoCopyOfTheDatabase)
 {
     writeTwoPhotos();
-    EXPECT_EQ(0, run({"dump", device(), "--work-dir", m_scratch.path("work/new/")}).exitCode);
-    EXPECT_EQ(m_scratch.read("device/PhotoData/Photos.sqlite"),
-              m_scratch.read("work/new/Photos.sqlite"));
+    m_scratch.makeFolder("work");
+    EXPECT_EQ(0, run({"dump", "-d", device(), "--work-dir", m_scratch.path("work/new/")}).exitCode);
+    EXPECT_EQ(0, run({"dump", "-d", device(), "--work-dir", m_scratch.path("work")}).exitCode);
+    EXPECT_TRUE(m_scratch.everythingIn("work").isEmpty());
     EXPECT_FALSE(m_scratch.exists("cache"));
-}
-
-TEST_F(ProgramDump, UsesAWorkFolderForEachDeviceInTheCacheFolder)
-{
-    writeTwoPhotos();
-    writeDatabase(m_scratch, "other", twoPhotos());
-    m_scratch.makeLink("alias", "device");
-    for (const char *name : {"device", "other", "alias"})
-        EXPECT_EQ(0, run({"info", m_scratch.path(name)}).exitCode);
-    int databases = 0;
-    for (const QByteArray &name : m_scratch.everythingIn("cache/photolib/work"))
-        databases += name.endsWith("/Photos.sqlite");
-    EXPECT_EQ(2, databases);
+    EXPECT_EQ(0, run({"dump", "-d", device()}).exitCode);
+    EXPECT_FALSE(m_scratch.exists("cache"));
 }
 
 TEST_F(ProgramDump, LeavesTheDeviceAsItIs)
@@ -453,7 +504,7 @@ TEST_F(ProgramDump, LeavesTheDeviceAsItIs)
     writeTwoPhotos();
     const QByteArray database = m_scratch.read("device/PhotoData/Photos.sqlite");
     const QList<QByteArray> before = m_scratch.everythingIn("device");
-    EXPECT_EQ(0, run({"dump", device()}).exitCode);
+    EXPECT_EQ(0, run({"dump", "-d", device()}).exitCode);
     EXPECT_EQ(before, m_scratch.everythingIn("device"));
     EXPECT_EQ(database, m_scratch.read("device/PhotoData/Photos.sqlite"));
 }
@@ -461,7 +512,7 @@ TEST_F(ProgramDump, LeavesTheDeviceAsItIs)
 TEST_F(ProgramOutput, ListsPhotosInATable)
 {
     writeTwoPhotos();
-    const ProgramResult result = run({"photos", device()});
+    const ProgramResult result = run({"photos", "-d", device()});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ("ID  NAME          KIND      SIZE  DIMENSIONS   MODIFIED (UTC)       PATH\n"
               " 1  IMG_0001.JPG  photo  7 bytes  4032 x 3024  2001-01-01 00:00:00  "
@@ -474,11 +525,11 @@ TEST_F(ProgramOutput, ListsPhotosInATable)
 TEST_F(ProgramOutput, ShowsOnePhoto)
 {
     writeTwoPhotos();
-    const ProgramResult there = run({"show", "1", device()});
+    const ProgramResult there = run({"show", "1", "-d", device()});
     EXPECT_EQ(0, there.exitCode);
     EXPECT_TRUE(there.output.contains("Path:        DCIM/100APPLE/IMG_0001.JPG\n"));
     EXPECT_TRUE(there.output.contains("Size:        7 bytes (7 bytes)\n"));
-    const ProgramResult missing = run({"show", "2", device()});
+    const ProgramResult missing = run({"show", "2", "-d", device()});
     EXPECT_EQ(0, missing.exitCode);
     EXPECT_TRUE(missing.output.contains("File:        missing on the device\n"));
 }
@@ -486,7 +537,7 @@ TEST_F(ProgramOutput, ShowsOnePhoto)
 TEST_F(ProgramOutput, SumsTheLibraryUp)
 {
     writeTwoPhotos();
-    const ProgramResult result = run({"info", device()});
+    const ProgramResult result = run({"info", "-d", device()});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_TRUE(result.output.contains("Photos:       2\n"));
     EXPECT_TRUE(result.output.contains("Videos:       0\n"));
@@ -501,8 +552,8 @@ TEST_F(ProgramOutput, ShowsNoControlCharacterOfAName)
     database.rows.assets[0].fileName = "a\x1b[2J\n.jpg";
     writeDatabase(m_scratch, "device", database);
     m_scratch.write("device/DCIM/100APPLE/a\x1b[2J\n.jpg", "picture");
-    for (const QList<QByteArray> &arguments :
-         {QList<QByteArray>{"photos", device()}, QList<QByteArray>{"show", "1", device()}}) {
+    for (const QList<QByteArray> &arguments : {QList<QByteArray>{"photos", "-d", device()},
+                                               QList<QByteArray>{"show", "1", "-d", device()}}) {
         const ProgramResult result = run(arguments);
         EXPECT_EQ(0, result.exitCode);
         EXPECT_TRUE(result.output.contains("a\\x1b[2J\\x0a.jpg"));
@@ -513,7 +564,7 @@ TEST_F(ProgramOutput, ShowsNoControlCharacterOfAName)
 TEST_F(ProgramOutput, LogsProgressOnRequest)
 {
     writeTwoPhotos();
-    const ProgramResult result = run({"info", device(), "--verbose"});
+    const ProgramResult result = run({"info", "-d", device(), "--verbose"});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_TRUE(result.errors.contains("PHOTOLIB: Parser_Ath_camera_DB success\n"));
     EXPECT_TRUE(
@@ -525,7 +576,7 @@ TEST_F(ProgramOutput, NoticesAFullDisk)
     writeTwoPhotos();
     m_setup.output = QStringLiteral("/dev/full");
     for (const QList<QByteArray> &arguments :
-         {QList<QByteArray>{"dump", device()}, QList<QByteArray>{"--help"}}) {
+         {QList<QByteArray>{"dump", "-d", device()}, QList<QByteArray>{"--help"}}) {
         const ProgramResult result = run(arguments);
         EXPECT_EQ(1, result.exitCode);
         EXPECT_EQ("photolib: standard output: No space left on device\n", result.errors);
@@ -547,7 +598,8 @@ TEST_F(ProgramOutput, NoticesThatThereIsNone)
 {
     writeTwoPhotos();
     m_setup.closesOutput = true;
-    const ProgramResult result = run({"dump", device(), "--work-dir", m_scratch.path("work")});
+    const ProgramResult result =
+        run({"dump", "-d", device(), "--work-dir", m_scratch.path("work")});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("photolib: standard output: Bad file descriptor\n", result.errors);
 }
@@ -557,13 +609,14 @@ TEST_F(ProgramOnASample, MakesOneForAPersonWithoutADevice)
     const QByteArray sample = m_scratch.path("cache/photolib/sample");
     const ProgramResult first = run({"dump"});
     ASSERT_EQ(0, first.exitCode) << first.errors.constData();
-    EXPECT_EQ("photolib: no device named; made a sample device in " + sample + '\n', first.errors);
+    EXPECT_EQ("photolib: no device named with -d; made a sample device in " + sample + '\n',
+              first.errors);
     expectDumpOfDevice(sample, first.output);
     EXPECT_FALSE(m_scratch.exists("cache/photolib/sample.partial"));
 
     const ProgramResult second = run({"dump"});
     EXPECT_EQ(0, second.exitCode);
-    EXPECT_EQ("photolib: no device named; showing the sample device in " + sample + '\n',
+    EXPECT_EQ("photolib: no device named with -d; showing the sample device in " + sample + '\n',
               second.errors);
     EXPECT_EQ(first.output, second.output);
     EXPECT_EQ(QByteArray(), run({"info", "--quiet"}).errors);
@@ -608,7 +661,7 @@ TEST_F(ProgramOnASample, ReadsAnEarlyDatabaseAsWell)
     options.schema = SampleSchema::Early;
     QString error;
     ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
-    const ProgramResult result = run({"dump", device()});
+    const ProgramResult result = run({"dump", "-d", device()});
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     expectDumpOfDevice(device(), result.output);
 }
@@ -618,7 +671,7 @@ TEST_F(ProgramDump, SaysOfARealLibraryWhatItsDatabaseSays)
     const QString device = QStringLiteral(PHOTOLIB_DEVICES_DIR "/library-a");
     if (!QFileInfo::exists(device))
         GTEST_SKIP() << "there is no " << device.toStdString();
-    const ProgramResult result = run({"dump", device.toUtf8()});
+    const ProgramResult result = run({"dump", "-d", device.toUtf8()});
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_EQ(QByteArray(), result.errors);
     expectDumpOfDevice(device.toUtf8(), result.output);

@@ -10,7 +10,7 @@ TEST_F(ProgramSample, ReportsTheClassicIpodThatItWrote)
     const ProgramResult result = run({"sample", "--classic", ipod, "--assets", "2"});
     EXPECT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_EQ("Wrote a sample classic iPod with 2 photos to " + ipod + '\n', result.output);
-    const ProgramResult info = run({"info", ipod});
+    const ProgramResult info = run({"info", "-d", ipod});
     EXPECT_EQ(0, info.exitCode) << info.errors.constData();
     EXPECT_TRUE(info.output.contains("classic iPod")) << info.output.constData();
 }

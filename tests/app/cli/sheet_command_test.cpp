@@ -89,7 +89,7 @@ protected:
 
     ProgramResult draw(const QList<QByteArray> &further = {})
     {
-        return run(QList<QByteArray>{"sheet", device(), "-o", m_scratch.path("sheet.png")} +
+        return run(QList<QByteArray>{"sheet", "-d", device(), "-o", m_scratch.path("sheet.png")} +
                    further);
     }
 
@@ -171,8 +171,8 @@ TEST_F(SheetProgram, ShowsTheThumbnailOfEachPhotoInItsPlace)
 {
     writeSampleDevice(40);
     const QByteArray thumbs = m_scratch.path("thumbs");
-    ASSERT_EQ(0, run({"thumb", device(), "--all", thumbs, "--format", "png"}).exitCode);
-    const Json json = Json::parse(run({"dump", device()}).output.toStdString());
+    ASSERT_EQ(0, run({"thumb", "-d", device(), "--all", thumbs, "--format", "png"}).exitCode);
+    const Json json = Json::parse(run({"dump", "-d", device()}).output.toStdString());
     const ProgramResult result = draw();
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     const auto count = int(json["photos"].size());
@@ -208,7 +208,7 @@ TEST_F(SheetProgram, WritesTheNameUnderEachPicture)
     }
     writeDatabase(m_scratch, "device", database);
     ASSERT_EQ(0, draw().exitCode);
-    const Json ids = Json::parse(run({"dump", device()}).output.toStdString())["photoIds"];
+    const Json ids = Json::parse(run({"dump", "-d", device()}).output.toStdString())["photoIds"];
     std::map<int, QImage> names;
     for (int i = 0; i < 3; ++i)
         names[ids[size_t(i)].get<int>()] = sheet().copy(layoutOf(3).nameLine(i));
@@ -234,8 +234,9 @@ TEST_F(SheetProgram, IsHeadedByTheDeviceAndTheAlbum)
     ASSERT_EQ(0, draw({"--album", "7"}).exitCode);
     EXPECT_EQ(all.copy(title), sheet().copy(title));
     EXPECT_NE(all.copy(subtitle), sheet().copy(subtitle));
-    ASSERT_EQ(0,
-              run({"sheet", m_scratch.path("other"), "-o", m_scratch.path("sheet.png")}).exitCode);
+    ASSERT_EQ(
+        0,
+        run({"sheet", "-d", m_scratch.path("other"), "-o", m_scratch.path("sheet.png")}).exitCode);
     EXPECT_NE(all.copy(title), sheet().copy(title));
     EXPECT_EQ(all.copy(subtitle), sheet().copy(subtitle));
 }
@@ -314,7 +315,7 @@ TEST_F(SheetProgram, MarksVideosAndMissingFiles)
     }
     writeDatabase(m_scratch, "device", database);
     ASSERT_EQ(0, draw().exitCode);
-    const Json ids = Json::parse(run({"dump", device()}).output.toStdString())["photoIds"];
+    const Json ids = Json::parse(run({"dump", "-d", device()}).output.toStdString())["photoIds"];
     std::map<int, QImage> pictures;
     const QSize size = fitted(fourFields({160, 120}), boxOf(4, 0)).size();
     for (int i = 0; i < 4; ++i)
@@ -350,7 +351,7 @@ TEST_F(SheetProgram, ContinuesALargeLibraryOnFurtherPages)
     writeSampleDevice(500, false);
     const ProgramResult result = draw();
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
-    const Json json = Json::parse(run({"dump", device(), "--quiet"}).output.toStdString());
+    const Json json = Json::parse(run({"dump", "-d", device(), "--quiet"}).output.toStdString());
     const int count = json["photoCount"].get<int>();
     ASSERT_GT(count, 400);
     EXPECT_EQ(m_scratch.path("sheet.png: 400 pictures\n") + m_scratch.path("sheet-2.png: ") +
@@ -421,13 +422,13 @@ TEST_F(SheetProgramOnBadInput, NamesWhereItCanNotWrite)
 {
     writeTwoPhotos();
     const QByteArray nowhere = m_scratch.path("none/sheet.png");
-    expectFailure({"sheet", device(), "-o", nowhere},
+    expectFailure({"sheet", "-d", device(), "-o", nowhere},
                   m_scratch.path("none") + ": No such file or directory");
-    expectFailure({"sheet", device(), "-o", m_scratch.root()},
+    expectFailure({"sheet", "-d", device(), "-o", m_scratch.root()},
                   m_scratch.root() + ": a folder, not a file to write");
-    expectFailure({"sheet", device(), "-o", device() + "/sheet.png"},
+    expectFailure({"sheet", "-d", device(), "-o", device() + "/sheet.png"},
                   device() + ": a device is only read; name a folder outside it");
-    expectFailure({"sheet", device(), "--album", "9", "-o", m_scratch.path("sheet.png")},
+    expectFailure({"sheet", "-d", device(), "--album", "9", "-o", m_scratch.path("sheet.png")},
                   "9: no album with this id in " + device());
 }
 
@@ -438,7 +439,7 @@ TEST_F(SheetProgramOnBadInput, ReplacesNoDeviceOrPipe)
     m_scratch.makeLink("link.png", "/dev/null");
     m_scratch.makeLink("stdout", "/proc/self/fd/1");
     for (const char *name : {"pipe.png", "link.png", "stdout"}) {
-        expectFailure({"sheet", device(), "-o", m_scratch.path(name)},
+        expectFailure({"sheet", "-d", device(), "-o", m_scratch.path(name)},
                       m_scratch.path(name) + ": not a regular file");
     }
     EXPECT_EQ(0, m_scratch.size("pipe.png"));
@@ -448,7 +449,7 @@ TEST_F(SheetProgramOnBadInput, DrawsNoPageWhenOneCanNotBeWritten)
 {
     writeSampleDevice(500, false);
     m_scratch.makePipe("sheet-2.png");
-    expectFailure({"sheet", device(), "-o", m_scratch.path("sheet.png")},
+    expectFailure({"sheet", "-d", device(), "-o", m_scratch.path("sheet.png")},
                   m_scratch.path("sheet-2.png: not a regular file"));
 }
 
@@ -463,7 +464,7 @@ TEST_F(SheetProgram, SaysNothingWhenQuiet)
 
 TEST_F(SheetProgramOnBadInput, ExitsWithTwoForANameThatIsNoPngFile)
 {
-    const QByteArray hint = " (photolib --help shows the usage)";
+    const QByteArray hint = " (photolib sheet --help shows the usage)";
     expectFailure({"sheet", "-o", ""}, "--output: the name is empty" + hint, 2);
     for (const char *name : {"s.gif", "folder.png/s.jpg"}) {
         expectFailure({"sheet", "-o", name},
@@ -471,14 +472,14 @@ TEST_F(SheetProgramOnBadInput, ExitsWithTwoForANameThatIsNoPngFile)
     }
     writeTwoPhotos();
     for (const char *name : {"s.PNG", "s"}) {
-        EXPECT_EQ(0, run({"sheet", device(), "-o", m_scratch.path(name)}).exitCode);
+        EXPECT_EQ(0, run({"sheet", "-d", device(), "-o", m_scratch.path(name)}).exitCode);
         EXPECT_FALSE(sheet(name).isNull());
     }
 }
 
 TEST_F(SheetProgramOnBadInput, ExitsWithTwoWithoutAFile)
 {
-    expectFailure({"sheet"}, "--output: is missing (photolib --help shows the usage)", 2);
+    expectFailure({"sheet"}, "--output is required (photolib sheet --help shows the usage)", 2);
 }
 
 TEST_F(SheetProgram, ShowsARealLibrary)
@@ -487,9 +488,9 @@ TEST_F(SheetProgram, ShowsARealLibrary)
     if (::access(device.constData(), R_OK) != 0)
         GTEST_SKIP() << "there is no " << device.constData();
     const QByteArray thumbs = m_scratch.path("thumbs");
-    ASSERT_EQ(0, run({"thumb", device, "--all", thumbs, "--format", "png"}).exitCode);
-    const Json json = Json::parse(run({"dump", device}).output.toStdString());
-    const ProgramResult result = run({"sheet", device, "-o", m_scratch.path("sheet.png")});
+    ASSERT_EQ(0, run({"thumb", "-d", device, "--all", thumbs, "--format", "png"}).exitCode);
+    const Json json = Json::parse(run({"dump", "-d", device}).output.toStdString());
+    const ProgramResult result = run({"sheet", "-d", device, "-o", m_scratch.path("sheet.png")});
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_EQ(m_scratch.path("sheet.png: 27 pictures\n"), result.output);
     ASSERT_EQ(27U, json["photoIds"].size());
@@ -510,7 +511,7 @@ TEST_F(InterruptedSheet, LeavesWholePagesOnly)
             GTEST_SKIP() << "there are no pseudo-terminals here";
         m_setup.errorFd = terminal.slave();
         m_scratch.makeFolder("out");
-        Program program(m_setup, {"sheet", device(), "-o", m_scratch.path("out/sheet.png")});
+        Program program(m_setup, {"sheet", "-d", device(), "-o", m_scratch.path("out/sheet.png")});
         terminal.shownUntil("Drawing the sheet [");
         ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
         EXPECT_EQ(130, program.waitForExitCode());

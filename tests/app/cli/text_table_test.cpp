@@ -1,8 +1,8 @@
 #include "cli/text_table.h"
 
+#include "base/byte_count.h"
 #include "cli/output.h"
 #include "engine/photo_text.h"
-#include "cli/progress_bar.h"
 
 #include <gtest/gtest.h>
 

@@ -53,7 +53,7 @@ using ThumbProgramOnBadInput = ThumbProgram;
 TEST_F(ThumbProgram, WritesTheFileThatIsNamed)
 {
     writeDevice();
-    const ProgramResult result = run({"thumb", device(), "1", "-o", m_scratch.path("thumb")});
+    const ProgramResult result = run({"thumb", "-d", device(), "1", "-o", m_scratch.path("thumb")});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ("wrote 1 thumbnail to " + m_scratch.path("thumb") + '\n', result.output);
     EXPECT_EQ(QByteArray(), result.errors);
@@ -66,7 +66,7 @@ TEST_F(ThumbProgram, ReplacesAFileAndNotWhatALinkLeadsTo)
     m_scratch.write("elsewhere", "untouched");
     m_scratch.makeLink("thumb", "elsewhere");
     for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(0, run({"thumb", device(), "1", "-o", m_scratch.path("thumb")}).exitCode);
+        EXPECT_EQ(0, run({"thumb", "-d", device(), "1", "-o", m_scratch.path("thumb")}).exitCode);
         EXPECT_EQ(m_jpeg, m_scratch.read("thumb"));
     }
     EXPECT_EQ("untouched", m_scratch.read("elsewhere"));
@@ -76,19 +76,19 @@ TEST_F(ThumbProgram, ConvertsToPngOnRequest)
 {
     writeDevice();
     const QByteArray target = m_scratch.path("thumb");
-    EXPECT_EQ(0, run({"thumb", device(), "1", "-o", target, "--format", "png"}).exitCode);
+    EXPECT_EQ(0, run({"thumb", "-d", device(), "1", "-o", target, "--format", "png"}).exitCode);
     QImage image;
     EXPECT_TRUE(image.loadFromData(m_scratch.read("thumb"), "PNG"));
     EXPECT_EQ(QImage::fromData(m_jpeg).convertToFormat(QImage::Format_RGB32),
               image.convertToFormat(QImage::Format_RGB32));
-    EXPECT_EQ(0, run({"thumb", device(), "1", "-o", target + ".PNG"}).exitCode);
+    EXPECT_EQ(0, run({"thumb", "-d", device(), "1", "-o", target + ".PNG"}).exitCode);
     EXPECT_EQ(m_scratch.read("thumb"), m_scratch.read("thumb.PNG"));
 }
 
 TEST_F(ThumbProgram, ReportsAPhotoWithoutOneAndGoesOn)
 {
     writeDevice();
-    const ProgramResult result = run({"thumb", device(), "2", "1", "-o", out()});
+    const ProgramResult result = run({"thumb", "-d", device(), "2", "1", "-o", out()});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0002.JPG: no thumbnail\n", result.errors);
     EXPECT_EQ("wrote 1 thumbnail to " + out() + ", 1 failed\n", result.output);
@@ -100,7 +100,7 @@ TEST_F(ThumbProgram, WritesWhatIsNamedTwiceOnce)
     writeDevice();
     m_scratch.makeFolder("out");
     for (const QByteArray &target : {out(), m_scratch.path("thumb.jpg")}) {
-        const ProgramResult result = run({"thumb", device(), "1", "1", "-o", target});
+        const ProgramResult result = run({"thumb", "-d", device(), "1", "1", "-o", target});
         EXPECT_EQ(0, result.exitCode);
         EXPECT_EQ("wrote 1 thumbnail to " + target + '\n', result.output);
     }
@@ -108,14 +108,12 @@ TEST_F(ThumbProgram, WritesWhatIsNamedTwiceOnce)
     EXPECT_EQ(m_jpeg, m_scratch.read("thumb.jpg"));
 }
 
-TEST_F(ThumbProgram, TellsWhatThePlugInComplainedOf)
+TEST_F(ThumbProgram, TellsNothingInThePlugInsWords)
 {
     writeTwoPhotos();
-    const ProgramResult result = run({"thumb", device(), "1", "-o", out()});
+    const ProgramResult result = run({"thumb", "-d", device(), "1", "-o", out()});
     EXPECT_EQ(1, result.exitCode);
-    EXPECT_EQ(
-        "photolib: DCIM/100APPLE/IMG_0001.JPG: no thumbnail (Can not decide teh iThmb file)\n",
-        result.errors);
+    EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0001.JPG: no thumbnail\n", result.errors);
     EXPECT_FALSE(m_scratch.exists("out"));
 }
 
@@ -123,7 +121,7 @@ TEST_F(ThumbProgram, ReportsContentThatIsNoPicture)
 {
     m_jpeg = "text";
     writeDevice();
-    const ProgramResult result = run({"thumb", device(), "1", "-o", out()});
+    const ProgramResult result = run({"thumb", "-d", device(), "1", "-o", out()});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0001.JPG: a thumbnail that is neither JPEG nor BMP\n",
               result.errors);
@@ -134,8 +132,8 @@ TEST_F(ThumbProgram, ConvertsNoDamagedPicture)
 {
     m_jpeg.truncate(m_jpeg.size() / 2);
     writeDevice();
-    EXPECT_EQ(0, run({"thumb", device(), "1", "-o", out()}).exitCode); // as it is
-    const ProgramResult result = run({"thumb", device(), "1", "-o", out() + ".png"});
+    EXPECT_EQ(0, run({"thumb", "-d", device(), "1", "-o", out()}).exitCode); // as it is
+    const ProgramResult result = run({"thumb", "-d", device(), "1", "-o", out() + ".png"});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0001.JPG: a damaged thumbnail\n", result.errors);
     EXPECT_FALSE(m_scratch.exists("out.png"));
@@ -145,22 +143,22 @@ TEST_F(ThumbProgram, MakesNamesOfTheDeviceSafe)
 {
     writeDevice("a\nb.c.jpg");
     m_scratch.makeFolder("out");
-    EXPECT_EQ(0, run({"thumb", device(), "1", "-o", out()}).exitCode);
+    EXPECT_EQ(0, run({"thumb", "-d", device(), "1", "-o", out()}).exitCode);
     EXPECT_EQ(QList<QByteArray>{out() + "/1-a_b.c.jpg"}, m_scratch.everythingIn("out"));
 }
 
 TEST_F(ThumbProgramOnBadInput, NamesWhereItCanNotWrite)
 {
     writeDevice();
-    expectFailure({"thumb", device(), "1", "-o", out() + '/'}, out() + "/: no such folder");
-    expectFailure({"thumb", device(), "1", "-o", out() + "/a"},
+    expectFailure({"thumb", "-d", device(), "1", "-o", out() + '/'}, out() + "/: no such folder");
+    expectFailure({"thumb", "-d", device(), "1", "-o", out() + "/a"},
                   out() + ": No such file or directory");
-    expectFailure({"thumb", device(), "1", "-o", device() + "/a"},
+    expectFailure({"thumb", "-d", device(), "1", "-o", device() + "/a"},
                   device() + ": a device is only read; name a folder outside it");
     m_scratch.write("file", "text");
-    expectFailure({"thumb", device(), "1", "2", "-o", m_scratch.path("file")},
+    expectFailure({"thumb", "-d", device(), "1", "2", "-o", m_scratch.path("file")},
                   m_scratch.path("file") + ": not a folder");
-    expectFailure({"thumb", device(), "--all", m_scratch.path("file/sub")},
+    expectFailure({"thumb", "-d", device(), "--all", m_scratch.path("file/sub")},
                   m_scratch.path("file") + ": not a folder");
 }
 
@@ -168,12 +166,13 @@ TEST_F(ThumbProgramOnBadInput, GivesNoPictureTheNameOfAnotherFormat)
 {
     writeDevice();
     for (const char *name : {"a.bmp", "a.GIF", "a.tiff", "a.heic"})
-        expectFailure({"thumb", device(), "1", "-o", m_scratch.path(name)},
+        expectFailure({"thumb", "-d", device(), "1", "-o", m_scratch.path(name)},
                       m_scratch.path(name) + ": the thumbnail is a JPEG picture");
-    expectFailure({"thumb", device(), "1", "-o", m_scratch.path("a.jpg"), "--format", "png"},
+    expectFailure({"thumb", "-d", device(), "1", "-o", m_scratch.path("a.jpg"), "--format", "png"},
                   m_scratch.path("a.jpg") + ": the thumbnail is a PNG picture");
     for (const char *name : {"a.JPEG", "a.1", "a", "gif"}) {
-        EXPECT_EQ(0, run({"thumb", device(), "1", "-o", m_scratch.path(name)}).exitCode) << name;
+        EXPECT_EQ(0, run({"thumb", "-d", device(), "1", "-o", m_scratch.path(name)}).exitCode)
+            << name;
         EXPECT_EQ(m_jpeg, m_scratch.read(name)) << name;
     }
 }
@@ -182,8 +181,8 @@ TEST_F(ThumbProgramOnBadInput, WritesNothingIntoADevice)
 {
     writeDevice();
     for (const QByteArray &path : {device(), device() + "/new/folder"})
-        expectRefusalOfDevice({"thumb", device(), "--all", path}, path);
-    expectRefusalOfDevice({"thumb", device(), "1", "-o", device() + "/a"}, device());
+        expectRefusalOfDevice({"thumb", "-d", device(), "--all", path}, path);
+    expectRefusalOfDevice({"thumb", "-d", device(), "1", "-o", device() + "/a"}, device());
 }
 
 TEST_F(ThumbProgramOnBadInput, ReplacesNoDeviceOrPipe)
@@ -195,9 +194,9 @@ TEST_F(ThumbProgramOnBadInput, ReplacesNoDeviceOrPipe)
     m_scratch.makeLink("toPipe", "pipe");
     m_scratch.makeLink("toDevice", "/dev/null");
     for (const char *name : {"pipe", "toPipe", "toDevice"})
-        expectFailure({"thumb", device(), "1", "-o", m_scratch.path(name)},
+        expectFailure({"thumb", "-d", device(), "1", "-o", m_scratch.path(name)},
                       m_scratch.path(name) + ": not a regular file");
-    expectFailure({"thumb", device(), "--all", m_scratch.path("folder")},
+    expectFailure({"thumb", "-d", device(), "--all", m_scratch.path("folder")},
                   m_scratch.path("folder/1-IMG_0001.jpg: not a regular file"));
     struct stat status = {};
     ASSERT_EQ(0, ::stat(m_scratch.path("toPipe").constData(), &status));
@@ -211,7 +210,8 @@ TEST_F(ThumbProgramOnBadInput, LeavesALinkToStandardOutput)
     writeDevice();
     m_scratch.makeLink("stdout", "/proc/self/fd/1");
     m_setup.output = QString::fromUtf8(m_scratch.path("output")); // a regular file
-    const ProgramResult result = run({"thumb", device(), "1", "-o", m_scratch.path("stdout")});
+    const ProgramResult result =
+        run({"thumb", "-d", device(), "1", "-o", m_scratch.path("stdout")});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("photolib: " + m_scratch.path("stdout") + ": not a regular file\n", result.errors);
     struct stat status = {};
@@ -223,13 +223,13 @@ TEST_F(ThumbProgramOnBadInput, LeavesALinkToStandardOutput)
 TEST_F(ThumbProgramOnBadInput, WritesNothingWhenAnIdIsUnknown)
 {
     writeDevice();
-    expectFailure({"thumb", device(), "1", "9", "-o", out()},
+    expectFailure({"thumb", "-d", device(), "1", "9", "-o", out()},
                   "9: no photo with this id in " + device());
 }
 
 TEST_F(ThumbProgramOnBadInput, ExitsWithTwoForWrongUsage)
 {
-    const QByteArray hint = " (photolib --help shows the usage)";
+    const QByteArray hint = " (photolib thumb --help shows the usage)";
     expectFailure({"thumb"}, "ID: is missing; --all DIR is for all photos and videos" + hint, 2);
     expectFailure({"thumb", "--all", ""}, "--all: the name is empty" + hint, 2);
     expectFailure({"thumb", "1"}, "--output: is missing: the file or folder to write to" + hint, 2);
@@ -244,7 +244,7 @@ TEST_F(ThumbProgramOnASample, WritesAllAsTheDeviceHasThem)
     options.assets = 24;
     QString error;
     ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
-    const ProgramResult result = run({"thumb", device(), "--all", out()});
+    const ProgramResult result = run({"thumb", "-d", device(), "--all", out()});
     EXPECT_EQ(0, result.exitCode) << result.errors.constData();
     int jpegs = 0;
     int bmps = 0;
@@ -293,8 +293,8 @@ TEST_F(InterruptedThumb, LeavesWholeFilesAndNoEmptyFolder)
             GTEST_SKIP() << "there are no pseudo-terminals here";
         m_setup.errorFd = terminal.slave();
         const QByteArray folder = "out" + QByteArray::number(signal);
-        Program program(m_setup,
-                        {"thumb", device(), "--all", m_scratch.path(folder), "--format", "png"});
+        Program program(
+            m_setup, {"thumb", "-d", device(), "--all", m_scratch.path(folder), "--format", "png"});
         terminal.shownUntil("Reading thumbnails [");
         ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
         EXPECT_EQ(130, program.waitForExitCode());

@@ -44,34 +44,34 @@ protected:
 
 TEST_F(UnreadableFiles, AreNotCountedAsMissing)
 {
-    const QByteArray output = expectTold({"info", device()}, "2 files");
+    const QByteArray output = expectTold({"info", "-d", device()}, "2 files");
     EXPECT_TRUE(output.contains("Missing:      0 without a file on the device\n"));
     EXPECT_TRUE(output.contains("Unreadable:   2\n")) << output.constData();
 }
 
 TEST_F(UnreadableFiles, AreListedAsSuch)
 {
-    const QByteArray output = expectTold({"photos", device()}, "2 files");
+    const QByteArray output = expectTold({"photos", "-d", device()}, "2 files");
     EXPECT_EQ(2, output.count("unreadable")) << output.constData();
     EXPECT_FALSE(output.contains("missing"));
 }
 
 TEST_F(UnreadableFiles, AreShownAsSuch)
 {
-    const QByteArray output = expectTold({"show", "1", device()}, "1 file");
+    const QByteArray output = expectTold({"show", "1", "-d", device()}, "1 file");
     EXPECT_TRUE(output.contains("File:        unreadable\n")) << output.constData();
 }
 
 TEST_F(UnreadableFiles, AreToldByADumpAndASheet)
 {
-    EXPECT_EQ(2, expectTold({"dump", device()}, "2 files").count("\"ok\":false"));
-    expectTold({"sheet", device(), "-o", m_scratch.path("sheet.png")}, "2 files");
+    EXPECT_EQ(2, expectTold({"dump", "-d", device()}, "2 files").count("\"ok\":false"));
+    expectTold({"sheet", "-d", device(), "-o", m_scratch.path("sheet.png")}, "2 files");
     EXPECT_TRUE(m_scratch.exists("sheet.png"));
 }
 
 TEST_F(UnreadableFiles, AreToldOneByOneByAnExport)
 {
-    const ProgramResult result = run({"export", device(), m_scratch.path("out")});
+    const ProgramResult result = run({"export", "-d", device(), m_scratch.path("out")});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0001.JPG: Permission denied\n"
               "photolib: DCIM/100APPLE/IMG_0002.JPG: Permission denied\n",
@@ -84,11 +84,11 @@ TEST_F(UnreadableFiles, AreToldOfThumbnails)
     setMode("device/DCIM", 0700);
     m_scratch.makeFolder("device/PhotoData/Thumbnails");
     setMode("device/PhotoData/Thumbnails", 0);
-    const ProgramResult result = run({"thumb", device(), "1", "-o", m_scratch.path("1.jpg")});
+    const ProgramResult result = run({"thumb", "-d", device(), "1", "-o", m_scratch.path("1.jpg")});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_TRUE(result.errors.contains("no thumbnail (Permission denied)"))
         << result.errors.constData();
-    expectTold({"sheet", device(), "-o", m_scratch.path("sheet.png")}, "2 files");
+    expectTold({"sheet", "-d", device(), "-o", m_scratch.path("sheet.png")}, "2 files");
     setMode("device/PhotoData/Thumbnails", 0700);
 }
 
@@ -98,7 +98,7 @@ TEST_F(UnreadableFiles, MakeNoErrorOfWhatIsMissing)
     m_scratch.makeFolder("device/DCIM/100APPLE/IMG_0002.JPG");
     for (const char *command : {"info", "photos", "dump"})
         EXPECT_EQ(0, run({command, device()}).exitCode) << command;
-    EXPECT_TRUE(run({"photos", device()}).output.contains("  missing  "));
+    EXPECT_TRUE(run({"photos", "-d", device()}).output.contains("  missing  "));
 }
 
 } // namespace

@@ -2,10 +2,10 @@
 #include "support/row_name.h"
 
 #include "base/error.h"
-#include "engine/database_copy.h"
-#include "host/plugin.h"
-#include "host/device.h"
 #include "devices/folder_file_system.h"
+#include "engine/database_copy.h"
+#include "host/device.h"
+#include "host/plugin.h"
 
 #include <gtest/gtest.h>
 
@@ -92,7 +92,7 @@ TEST_F(VanishingDatabase, IsToldWhenItIsCutShort)
 {
     m_scratch.writeEndless("device/PhotoData/Photos.sqlite");
     const OpenFile database(device() + "/PhotoData/Photos.sqlite");
-    Program program(m_setup, {"info", device(), "--work-dir", m_scratch.path("work")});
+    Program program(m_setup, {"info", "-d", device(), "--work-dir", m_scratch.path("work")});
     ASSERT_TRUE(waitForFile(program, "work/Photos.sqlite"));
     database.cutTo(0);
     expectFailedCopy(program, device() + "/PhotoData/Photos.sqlite: changed while it was copied");
@@ -102,14 +102,14 @@ TEST_F(VanishingDatabase, IsToldWhenAnotherTakesItsPlace)
 {
     m_scratch.writeEndless("device/PhotoData/Photos.sqlite");
     const OpenFile database(device() + "/PhotoData/Photos.sqlite");
-    Program program(m_setup, {"info", device(), "--work-dir", m_scratch.path("work")});
+    Program program(m_setup, {"info", "-d", device(), "--work-dir", m_scratch.path("work")});
     ASSERT_TRUE(waitForFile(program, "work/Photos.sqlite"));
     writeDatabase(m_scratch, "other", twoPhotos());
     rename(m_scratch.path("other/PhotoData/Photos.sqlite"), device() + "/PhotoData/Photos.sqlite");
     database.cutTo(0);
     expectFailedCopy(program, device() + "/PhotoData/Photos.sqlite: changed while it was copied");
     // What it is now is read by the next run.
-    EXPECT_EQ(0, run({"info", device()}).exitCode);
+    EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
 }
 
 TEST_F(VanishingDatabase, IsToldWhenTheDeviceIsRemoved)
@@ -117,7 +117,7 @@ TEST_F(VanishingDatabase, IsToldWhenTheDeviceIsRemoved)
     writeTwoPhotos();
     m_scratch.writeEndless("device/PhotoData/Photos.sqlite-wal");
     const OpenFile log(device() + "/PhotoData/Photos.sqlite-wal");
-    Program program(m_setup, {"info", device(), "--work-dir", m_scratch.path("work")});
+    Program program(m_setup, {"info", "-d", device(), "--work-dir", m_scratch.path("work")});
     ASSERT_TRUE(waitForFile(program, "work/Photos.sqlite-wal"));
     removeAll(device());
     log.cutTo(0);
@@ -130,7 +130,7 @@ TEST_F(VanishingDatabase, IsToldWhenItsJournalVanishes)
     m_scratch.writeEndless("device/PhotoData/Photos.sqlite");
     m_scratch.write("device/PhotoData/Photos.sqlite-wal", "journal");
     const OpenFile database(device() + "/PhotoData/Photos.sqlite");
-    Program program(m_setup, {"info", device(), "--work-dir", m_scratch.path("work")});
+    Program program(m_setup, {"info", "-d", device(), "--work-dir", m_scratch.path("work")});
     ASSERT_TRUE(waitForFile(program, "work/Photos.sqlite"));
     ASSERT_EQ(0, ::unlink((device() + "/PhotoData/Photos.sqlite-wal").constData()));
     database.cutTo(0);
@@ -163,7 +163,7 @@ protected:
                       const QByteArray &output, const QList<QByteArray> &names, int exitCode = 0)
     {
         const OpenFile second(m_scratch.path(folder + QByteArray("b.mov")));
-        Program program(m_setup, {"export", device(), out()});
+        Program program(m_setup, {"export", "-d", device(), out()});
         ASSERT_TRUE(waitForFile(program, "out/a.jpg"));
         ASSERT_TRUE(waitForOpen(program, m_scratch.path(folder + QByteArray("b.mov"))));
         // A file that is cut has its new size a moment before its new time, and would seem to
@@ -200,7 +200,7 @@ TEST_F(VanishingPhotos, AreExportedAsTheyAreWhenOneIsCutShort)
                  {"a.jpg", "b.mov", "c.jpg"});
     EXPECT_EQ(0, m_scratch.size("out/b.mov"));
     m_scratch.write(folder + QByteArray("b.mov"), "two");
-    const ProgramResult second = run({"export", device(), out()});
+    const ProgramResult second = run({"export", "-d", device(), out()});
     EXPECT_EQ(0, second.exitCode);
     EXPECT_EQ("copied 1 file (3 bytes), 2 already there, 0 failed\n", second.output);
     EXPECT_EQ("two", m_scratch.read("out/b (2).mov"));
@@ -236,7 +236,7 @@ TEST_F(VanishingPhotos, EndTheExportWhenTheDeviceIsRemoved)
                  "", {"a.jpg"}, 1);
     rename(m_scratch.path("kept"), device());
     m_scratch.write(folder + QByteArray("b.mov"), "two");
-    const ProgramResult second = run({"export", device(), out()});
+    const ProgramResult second = run({"export", "-d", device(), out()});
     EXPECT_EQ(0, second.exitCode);
     EXPECT_EQ("copied 2 files (8 bytes), 1 already there, 0 failed\n", second.output);
     expectCopies({"a.jpg", "b.mov", "c.jpg"});
@@ -296,6 +296,10 @@ public:
         return !fails(error) && m_files->list(path, names, error);
     }
 
+    void close() override { m_files->close(); }
+    QByteArray id() const override { return m_files->id(); }
+    QByteArray name() const override { return m_files->name(); }
+
     QByteArray displayName(const QByteArray &path) const override
     {
         return m_files->displayName(path);
@@ -310,17 +314,10 @@ private:
         {
         }
 
-        qint64 read(char *buffer, qint64 length, FileError *error) override
+        qint64 read(qint64 offset, char *buffer, qint64 length, FileError *error) override
         {
-            return m_folder.fails(error) ? -1 : m_file->read(buffer, length, error);
+            return m_folder.fails(error) ? -1 : m_file->read(offset, buffer, length, error);
         }
-
-        bool seek(qint64 offset, FileError *error) override
-        {
-            return !m_folder.fails(error) && m_file->seek(offset, error);
-        }
-
-        qint64 tell() const override { return m_file->tell(); }
 
         qint64 size(FileError *error) override
         {

@@ -19,7 +19,7 @@ using sample::classicFormats;
 
 constexpr int interlacedId = 1019;
 
-QImage unpacked(const QByteArray &raw, const itdb_photo &photo)
+QImage unpacked(const QByteArray &raw, const StoredPicture &photo)
 {
     QByteArray file;
     QString error;
@@ -50,7 +50,7 @@ protected:
     }
 
     /// The stored bytes of a variant.
-    QByteArray stored(const itdb_photo &variant)
+    QByteArray stored(const StoredPicture &variant)
     {
         QByteArray &file = m_files[variant.fileName];
         if (file.isEmpty())
@@ -62,7 +62,7 @@ protected:
     struct Picture {
         int photo;
         const ClassicFormat &format;
-        itdb_photo variant;
+        StoredPicture variant;
     };
 
     std::vector<Picture> pictures() const
@@ -70,7 +70,7 @@ protected:
         std::vector<Picture> pictures;
         for (int i = 0; i < m_library.photos.size(); ++i)
             for (std::size_t f = 0; f < classicFormats.size(); ++f) {
-                const itdb_photo &variant = m_library.photos.at(i).variants.at(int(f));
+                const StoredPicture &variant = m_library.photos.at(i).variants.at(int(f));
                 EXPECT_EQ(variant.formatId, classicFormats[f].id);
                 pictures.push_back({i, classicFormats[f], variant});
             }
@@ -108,7 +108,7 @@ TEST_F(ClassicSamplePictures, FillTheirFramesOneWayUnlessTheyAreSmall)
 {
     int small = 0;
     for (const Picture &picture : pictures()) {
-        const itdb_photo &variant = picture.variant;
+        const StoredPicture &variant = picture.variant;
         const QSize size = unpackedSize(variant);
         if (size.width() != picture.format.width && size.height() != picture.format.height)
             ++small;
@@ -136,8 +136,8 @@ QImage blackened(QImage frame, const QRect &area)
 TEST_F(ClassicSamplePictures, HaveBlackAroundThem)
 {
     for (const Picture &picture : pictures()) {
-        const itdb_photo &variant = picture.variant;
-        itdb_photo whole = variant;
+        const StoredPicture &variant = picture.variant;
+        StoredPicture whole = variant;
         whole.width = picture.format.width;
         whole.height = picture.format.height;
         whole.horizontalPadding = whole.verticalPadding = 0;
@@ -171,7 +171,7 @@ TEST_F(ClassicSamplePictures, HaveOriginalsOfTheirScenesAsTheCameraWasHeld)
 
 TEST_F(ClassicSamplePictures, FillTheirFilesToTheEnd)
 {
-    for (const itdb_photo &variant : m_library.photos.last().variants)
+    for (const StoredPicture &variant : m_library.photos.last().variants)
         EXPECT_EQ(QFileInfo(m_sample.path(pathOf(variant.fileName))).size(),
                   variant.offset + variant.size);
 }

@@ -155,7 +155,7 @@ TEST(ClassicSample, HasAFrameOfEachFormatForEachPhotoOneAfterTheOther)
     const QVector<QPair<int, int>> formats = {
         {1019, 691200}, {1024, 153600}, {1015, 22880}, {1036, 4100}};
     for (int i = 0; i < library.photos.size(); ++i) {
-        const QList<itdb_photo> &variants = library.photos.at(i).variants;
+        const QList<StoredPicture> &variants = library.photos.at(i).variants;
         ASSERT_EQ(variants.size(), formats.size());
         for (int f = 0; f < formats.size(); ++f) {
             EXPECT_EQ(variants.at(f).formatId, formats.at(f).first);
@@ -172,7 +172,7 @@ TEST(ClassicSample, BeginsAnotherFileBeforeOneGrowsTooLarge)
     const WrittenSample sample(classicOptions(1500, false));
     QMap<QString, int> frames;
     for (const ClassicPhoto &photo : libraryOf(sample).photos)
-        for (const itdb_photo &variant : photo.variants) {
+        for (const StoredPicture &variant : photo.variants) {
             int &before = frames[variant.fileName];
             EXPECT_EQ(variant.offset, before * variant.size) << variant.fileName.toStdString();
             EXPECT_LE(variant.offset, 500000000 - variant.size);

@@ -19,20 +19,20 @@ struct CommandRow {
 inline std::vector<CommandRow> deviceCommands()
 {
     return {
-        {"Info", {"info", "DEVICE"}},
-        {"Photos", {"photos", "DEVICE"}},
-        {"PhotosOfAnAlbum", {"photos", "DEVICE", "--album", "ALBUM"}},
-        {"Albums", {"albums", "DEVICE"}},
-        {"Show", {"show", "PHOTO", "DEVICE"}},
-        {"Dump", {"dump", "DEVICE"}},
-        {"Edit", {"edit", "DEVICE", "SCRIPT"}, false},
-        {"Thumb", {"thumb", "DEVICE", "--all", "OUT"}, true, true},
+        {"Info", {"info", "-d", "DEVICE"}},
+        {"Photos", {"photos", "-d", "DEVICE"}},
+        {"PhotosOfAnAlbum", {"photos", "-d", "DEVICE", "--album", "ALBUM"}},
+        {"Albums", {"albums", "-d", "DEVICE"}},
+        {"Show", {"show", "PHOTO", "-d", "DEVICE"}},
+        {"Dump", {"dump", "-d", "DEVICE"}},
+        {"Edit", {"edit", "-d", "DEVICE", "SCRIPT"}, false},
+        {"Thumb", {"thumb", "-d", "DEVICE", "--all", "OUT"}, true, true},
         {"ThumbAsPng",
-         {"thumb", "DEVICE", "PHOTO", "--format", "png", "-o", "OUT.png"},
+         {"thumb", "-d", "DEVICE", "PHOTO", "--format", "png", "-o", "OUT.png"},
          true,
          true},
-        {"Sheet", {"sheet", "DEVICE", "-o", "OUT.png"}, true, true},
-        {"Export", {"export", "DEVICE", "OUT"}, true, true},
+        {"Sheet", {"sheet", "-d", "DEVICE", "-o", "OUT.png"}, true, true},
+        {"Export", {"export", "-d", "DEVICE", "OUT"}, true, true},
     };
 }
 
