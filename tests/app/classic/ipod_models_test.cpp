@@ -5,6 +5,7 @@
 #include "host/plugin.h"
 #include "support/environment.h"
 #include "support/ipod_folder.h"
+#include "support/json.h"
 #include "support/picture_comparison.h"
 #include "support/program_fixture.h"
 #include "support/row_name.h"
@@ -12,13 +13,10 @@
 #include "boundary/photo_records.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
 namespace {
-
-using Json = nlohmann::json;
 
 /// What a stored picture is made of; it says what the picture has lost.
 enum class Storage {
@@ -127,7 +125,7 @@ void expectLike(const QImage &original, const FormatRow &format, const QByteArra
 QList<quint64> idsIn(const Json &ids)
 {
     QList<quint64> result;
-    for (const Json &id : ids)
+    for (const Json &id : ids.elements())
         result.append(id.get<quint64>());
     return result;
 }
@@ -209,10 +207,7 @@ protected:
         return result.output.trimmed().split('\n');
     }
 
-    Json dumped()
-    {
-        return Json::parse(linesOf({"dump", "-d", device()}).join('\n').toStdString());
-    }
+    Json dumped() { return Json::parse(linesOf({"dump", "-d", device()}).join('\n')); }
 
     IpodPlan m_plan;
     WrittenIpod m_written;
@@ -344,12 +339,12 @@ TEST_P(IpodModels, AreDumpedByTheProgram)
     const Json dump = dumped();
     EXPECT_EQ(m_written.photoIDs, idsIn(dump["photoIds"]));
     for (int i = 0; i < m_written.photoIDs.size(); ++i) {
-        const Json &photo = dump["photos"].at(size_t(i));
+        const Json photo = dump["photos"][size_t(i)];
         EXPECT_EQ(m_written.photoIDs[i], photo["id"].get<quint64>());
         EXPECT_EQ(createdText(m_plan.photos[i]), photo["createDate"].get<std::string>());
     }
     for (int i = 0; i < m_written.albums.size(); ++i) {
-        const Json &album = dump["albums"].at(size_t(i));
+        const Json album = dump["albums"][size_t(i)];
         EXPECT_EQ(m_written.albums[i].id, album["id"].get<quint64>());
         EXPECT_EQ(m_written.albums[i].name.toStdString(), album["name"].get<std::string>());
         EXPECT_EQ(m_written.albums[i].photoIDs, idsIn(album["photoIds"]));

@@ -1,18 +1,16 @@
+#include "support/json.h"
 #include "support/library_expectation.h"
 #include "support/program_fixture.h"
 
 #include "sample/sample_writer.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <QFileInfo>
 
 #include <sys/stat.h>
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 using ProgramOnBadInput = ProgramTest;
 using ProgramUsage = ProgramTest;
@@ -393,15 +391,17 @@ TEST_F(ProgramDump, PrintsTheWholeLibrary)
              "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"}
         ]
     })");
-    Json actual = Json::parse(result.output.toStdString());
-    for (int i = 0; i < 2; ++i) {
-        const std::string uuid = actual["photos"][i]["uuid"];
+    QByteArray withoutUuids = result.output;
+    for (const Json &photo : Json::parse(result.output)["photos"].elements()) {
+        if (!photo["ok"].get<bool>())
+            continue;
+        const auto uuid = photo["uuid"].get<std::string>();
         EXPECT_EQ(32U, uuid.size());
         EXPECT_EQ(std::string::npos, uuid.find_first_not_of("0123456789abcdef"));
-        actual["photos"][i]["uuid"] = "";
+        withoutUuids.replace(uuid.c_str(), "");
     }
     // As texts, so that the order of the keys counts.
-    EXPECT_EQ(expected.dump(1), actual.dump(1));
+    EXPECT_EQ(expected.text(), Json::parse(withoutUuids).text());
 }
 
 TEST_F(ProgramDump, PrintsIdsAsExactNumbers)
@@ -435,7 +435,7 @@ TEST_F(ProgramDump, NeverLooksOutsideTheDevice)
         database.rows.assets.push_back(row);
     }
     writeDatabase(m_scratch, "device", database);
-    const Json json = Json::parse(run({"dump", "-d", device()}).output.toStdString());
+    const Json json = Json::parse(run({"dump", "-d", device()}).output);
     for (std::size_t i = 0; i + 1 < places.size(); ++i)
         EXPECT_FALSE(json["photos"][i]["ok"].get<bool>()) << places[i].first;
     EXPECT_TRUE(json["photos"][places.size() - 1]["ok"].get<bool>());
@@ -451,7 +451,7 @@ TEST_F(ProgramDump, FindsNamesBeyondAscii)
     // Whatever the locale makes of names.
     for (const char *locale : {"C", "C.UTF-8"}) {
         m_setup.environment = {{"LC_ALL", locale}};
-        const Json json = Json::parse(run({"dump", "-d", device()}).output.toStdString());
+        const Json json = Json::parse(run({"dump", "-d", device()}).output);
         EXPECT_TRUE(json["photos"][0]["ok"].get<bool>());
         EXPECT_TRUE(run({"photos", "-d", device()}).output.contains("DCIM/100APPLE/grün 日本.jpg"));
     }
@@ -480,8 +480,8 @@ TEST_F(ProgramDump, AppliesNoJournalOfAnEarlierDevice)
     writeTwoPhotos();
     const QByteArray work = m_scratch.path("work");
     const auto count = [&](const QByteArray &device) {
-        const ProgramResult result = run({"dump", "-d", device, "--work-dir", work});
-        return Json::parse(result.output.toStdString())["photoCount"].get<int>();
+        const ProgramResult result = run({"dump", device, "--work-dir", work});
+        return Json::parse(result.output)["photoCount"].get<int>();
     };
     EXPECT_EQ(3, count(m_scratch.path("first")));
     EXPECT_EQ(2, count(device()));

@@ -1,11 +1,11 @@
-#include "engine/contact_sheet.h"
+#include "cli/contact_sheet.h"
+#include "support/json.h"
 #include "support/program_fixture.h"
 #include "support/terminal.h"
 
 #include "sample/sample_writer.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <QBuffer>
 
@@ -15,8 +15,6 @@
 #include <unistd.h>
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 QByteArray jpegOf(const QImage &image)
 {
@@ -172,7 +170,7 @@ TEST_F(SheetProgram, ShowsTheThumbnailOfEachPhotoInItsPlace)
     writeSampleDevice(40);
     const QByteArray thumbs = m_scratch.path("thumbs");
     ASSERT_EQ(0, run({"thumb", "-d", device(), "--all", thumbs, "--format", "png"}).exitCode);
-    const Json json = Json::parse(run({"dump", "-d", device()}).output.toStdString());
+    const Json json = Json::parse(run({"dump", "-d", device()}).output);
     const ProgramResult result = draw();
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     const auto count = int(json["photos"].size());
@@ -208,7 +206,7 @@ TEST_F(SheetProgram, WritesTheNameUnderEachPicture)
     }
     writeDatabase(m_scratch, "device", database);
     ASSERT_EQ(0, draw().exitCode);
-    const Json ids = Json::parse(run({"dump", "-d", device()}).output.toStdString())["photoIds"];
+    const Json ids = Json::parse(run({"dump", "-d", device()}).output)["photoIds"];
     std::map<int, QImage> names;
     for (int i = 0; i < 3; ++i)
         names[ids[size_t(i)].get<int>()] = sheet().copy(layoutOf(3).nameLine(i));
@@ -315,7 +313,7 @@ TEST_F(SheetProgram, MarksVideosAndMissingFiles)
     }
     writeDatabase(m_scratch, "device", database);
     ASSERT_EQ(0, draw().exitCode);
-    const Json ids = Json::parse(run({"dump", "-d", device()}).output.toStdString())["photoIds"];
+    const Json ids = Json::parse(run({"dump", "-d", device()}).output)["photoIds"];
     std::map<int, QImage> pictures;
     const QSize size = fitted(fourFields({160, 120}), boxOf(4, 0)).size();
     for (int i = 0; i < 4; ++i)
@@ -351,7 +349,7 @@ TEST_F(SheetProgram, ContinuesALargeLibraryOnFurtherPages)
     writeSampleDevice(500, false);
     const ProgramResult result = draw();
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
-    const Json json = Json::parse(run({"dump", "-d", device(), "--quiet"}).output.toStdString());
+    const Json json = Json::parse(run({"dump", "-d", device(), "--quiet"}).output);
     const int count = json["photoCount"].get<int>();
     ASSERT_GT(count, 400);
     EXPECT_EQ(m_scratch.path("sheet.png: 400 pictures\n") + m_scratch.path("sheet-2.png: ") +
@@ -488,9 +486,9 @@ TEST_F(SheetProgram, ShowsARealLibrary)
     if (::access(device.constData(), R_OK) != 0)
         GTEST_SKIP() << "there is no " << device.constData();
     const QByteArray thumbs = m_scratch.path("thumbs");
-    ASSERT_EQ(0, run({"thumb", "-d", device, "--all", thumbs, "--format", "png"}).exitCode);
-    const Json json = Json::parse(run({"dump", "-d", device}).output.toStdString());
-    const ProgramResult result = run({"sheet", "-d", device, "-o", m_scratch.path("sheet.png")});
+    ASSERT_EQ(0, run({"thumb", device, "--all", thumbs, "--format", "png"}).exitCode);
+    const Json json = Json::parse(run({"dump", device}).output);
+    const ProgramResult result = run({"sheet", device, "-o", m_scratch.path("sheet.png")});
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_EQ(m_scratch.path("sheet.png: 27 pictures\n"), result.output);
     ASSERT_EQ(27U, json["photoIds"].size());

@@ -2,17 +2,16 @@
 
 #include "support/album_expectation.h"
 #include "support/device_sql.h"
+#include "support/json.h"
 #include "support/thumbnail_expectation.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <QCryptographicHash>
 #include <QFileInfo>
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using Keys = std::vector<quint64>;
 
 // The photos and videos that belong to the library, by key.
@@ -128,7 +127,7 @@ void expectDumpOfDevice(const QByteArray &device, const QByteArray &dump)
     Keys ids;
     for (const ExpectedMember &member : members)
         ids.push_back(member.id);
-    const Json json = Json::parse(dump.toStdString());
+    const Json json = Json::parse(dump);
     EXPECT_TRUE(json["parsed"].get<bool>());
     EXPECT_EQ(assets.size(), json["photoCount"].get<std::size_t>());
     EXPECT_EQ(ids, json["photoIds"].get<Keys>());
