@@ -1,3 +1,5 @@
+#include "support/test_time_limit.h"
+
 #include <QTextCodec>
 
 #include <gtest/gtest.h>
@@ -34,5 +36,6 @@ int main(int argc, char **argv)
     leaveUtc();
     leaveUtf8();
     testing::InitGoogleTest(&argc, argv);
+    testing::UnitTest::GetInstance()->listeners().Append(new TestTimeLimit(120));
     return RUN_ALL_TESTS();
 }

@@ -23,6 +23,7 @@ QProcessEnvironment environmentFor(const ProgramSetup &setup)
                        QStringLiteral("intercept_tls_get_addr=0:print_suppressions=0:"
                                       "suppressions=") +
                            QLatin1String(PHOTOLIB_LSAN_SUPPRESSIONS));
+    environment.insert(QStringLiteral("UBSAN_OPTIONS"), QStringLiteral("print_stacktrace=1"));
     for (const auto &variable : setup.environment)
         environment.insert(variable.first, variable.second);
     for (const QString &name : setup.unset)
