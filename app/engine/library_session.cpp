@@ -3,6 +3,7 @@
 #include "base/byte_count.h"
 #include "base/cache_folder.h"
 #include "base/error.h"
+#include "base/log_output.h"
 #include "classic/photo_database.h"
 #include "devices/encoded_names.h"
 #include "devices/folder_file_system.h"
@@ -139,6 +140,13 @@ bool isDatabase(const QByteArray &path)
     throw Error(database.toStdString(), "not readable as a photo library" + cause);
 }
 
+// What our own reading of the database logged.
+std::string causeIn(const LogCapture &log)
+{
+    const QList<QByteArray> &failures = log.failures();
+    return failures.isEmpty() ? std::string() : ": " + failures.first().toStdString();
+}
+
 } // namespace
 
 LibrarySession::LibrarySession(const LibraryOptions &options, OpenObserver &observer,
@@ -218,12 +226,13 @@ void LibrarySession::openClassic(CancelToken &cancel)
                     std::string("cannot make a temporary folder in ") + error.what());
     }
     m_library = m_plugin->makeLibrary(m_device.get());
+    const LogCapture log;
     const bool isParsed = parse(cancel);
     if (cancel.isCancelled())
         throw Error(Error::Cancelled, "interrupted");
     if (!isParsed)
         failToParse(m_files->displayName(libraryDatabase(*m_files, DeviceKind::Classic)),
-                    std::string());
+                    causeIn(log));
 }
 
 // The plug-in's own cancel would end the parses of all sessions. A device that answers no more ends

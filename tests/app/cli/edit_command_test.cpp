@@ -130,7 +130,7 @@ TEST_F(ProgramEdit, NamesAScriptThatCanNotBeRead)
     m_scratch.writeSparse("large", 17 << 20);
     expectFailure({"edit", "-d", device(), m_scratch.path("large")},
                   m_scratch.path("large") + ": too large for a script");
-    expectFailure({"edit"}, "SCRIPT: is missing (photolib --help shows the usage)", 2);
+    expectFailure({"edit"}, "SCRIPT is required (photolib edit --help shows the usage)", 2);
 }
 
 TEST_F(ProgramEdit, UsesASampleWithoutADevice)

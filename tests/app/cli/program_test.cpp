@@ -21,7 +21,7 @@ using ProgramOnASample = ProgramTest;
 TEST_F(ProgramOnBadInput, NamesAFolderThatIsNotThere)
 {
     for (const char *command : {"info", "photos", "dump"})
-        expectFailure({command, m_scratch.path("none")},
+        expectFailure({command, "-d", m_scratch.path("none")},
                       m_scratch.path("none") + ": no such folder");
 }
 

@@ -36,7 +36,7 @@ TEST_F(ProgramSample, SaysWhyAClassicIpodCanNotBeWritten)
 TEST_F(ProgramSample, HasNoSchemaOfAClassicIpod)
 {
     expectFailure({"sample", m_scratch.path("ipod"), "--classic", "--schema", "early"},
-                  "--classic: not together with --schema (photolib --help shows the usage)", 2);
+                  "--classic excludes --schema (photolib sample --help shows the usage)", 2);
 }
 
 } // namespace

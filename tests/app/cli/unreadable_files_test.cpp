@@ -97,7 +97,7 @@ TEST_F(UnreadableFiles, MakeNoErrorOfWhatIsMissing)
     setMode("device/DCIM", 0700);
     m_scratch.makeFolder("device/DCIM/100APPLE/IMG_0002.JPG");
     for (const char *command : {"info", "photos", "dump"})
-        EXPECT_EQ(0, run({command, device()}).exitCode) << command;
+        EXPECT_EQ(0, run({command, "-d", device()}).exitCode) << command;
     EXPECT_TRUE(run({"photos", "-d", device()}).output.contains("  missing  "));
 }
 

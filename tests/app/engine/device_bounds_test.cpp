@@ -124,7 +124,7 @@ TEST_F(ProgramBesideADevice, LeavesTheDatabaseUnderASecondName)
     const QByteArray work = m_scratch.path("mount/PhotoData");
     expectFailure({"info", "-d", device(), "--work-dir", work},
                   work + ": the work folder must not lie in the device");
-    expectFailure({"info", m_scratch.path("mount"), "--work-dir", device() + "/PhotoData"},
+    expectFailure({"info", "-d", m_scratch.path("mount"), "--work-dir", device() + "/PhotoData"},
                   device() + "/PhotoData: the work folder must not lie in the device");
 }
 

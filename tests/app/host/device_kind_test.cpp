@@ -79,8 +79,8 @@ TEST_F(ProgramOnAKindOfDevice, TellsWhatIsWrongWithADamagedDatabaseInOneLine)
 {
     m_scratch.write("device/PHOTOS/Photo Database", "mhfd");
     expectFailure({"info", "-d", device()},
-                  device() + "/PHOTOS/Photo Database: not readable as a photo library "
-                             "(the file ends within the chunk at offset 0x0)");
+                  device() + "/PHOTOS/Photo Database: not readable as a photo library: "
+                             "the file ends within the chunk at offset 0x0");
 }
 
 TEST_F(ProgramOnAKindOfDevice, NamesADatabaseThatIsALinkToAnotherPlace)
