@@ -194,7 +194,7 @@ private:
 
 // The highest key so far, with `pk` counted in. The counters are 32-bit, keys are
 // compared as the unsigned 64-bit numbers that the maps sort by.
-qint32 raised(qint32 maxPk, quint64 pk)
+qint32 maxKey(qint32 maxPk, quint64 pk)
 {
     return pk > static_cast<quint64>(static_cast<qint64>(maxPk)) ? static_cast<qint32>(pk) : maxPk;
 }
@@ -256,7 +256,7 @@ gboolean readPhotos(sqlite3 *db, CameraDB *cameraDb)
     std::vector<keyed_record> panoramas;
     while (std::unique_ptr<Camera_Data> photo = rows.next()) {
         photo->modificationDate = dates.take(photo->modificationDate);
-        cameraDb->maxAssetPk = raised(cameraDb->maxAssetPk, photo->pk);
+        cameraDb->maxAssetPk = maxKey(cameraDb->maxAssetPk, photo->pk);
         const keyed_record record = {photo->pk, photo.release()};
         photos.push_back(record);
         if (record.data->kindSubtype == 1)
@@ -275,7 +275,7 @@ void fileVideo(CameraDB *cameraDb, std::unique_ptr<Camera_Data> video)
     Camera_Data *record = video.release();
     insertLast(cameraDb->assets, record->pk, record);
     insertLast(cameraDb->videos, record->pk, record);
-    cameraDb->maxAssetPk = raised(cameraDb->maxAssetPk, record->pk);
+    cameraDb->maxAssetPk = maxKey(cameraDb->maxAssetPk, record->pk);
 }
 
 gboolean readVideos(sqlite3 *db, CameraDB *cameraDb)
@@ -325,7 +325,7 @@ gboolean readAlbums(sqlite3 *db, CameraDB *cameraDb)
             break;
         allowance.spend(album->title.size() + album->uuid.size());
         insertLast(cameraDb->albums, album->pk, album);
-        cameraDb->maxAlbumPk = raised(cameraDb->maxAlbumPk, album->pk);
+        cameraDb->maxAlbumPk = maxKey(cameraDb->maxAlbumPk, album->pk);
     }
     return 1;
 }
