@@ -1,4 +1,4 @@
-#include "cli/contact_sheet.h"
+#include "engine/contact_sheet.h"
 #include "support/json.h"
 #include "support/program_fixture.h"
 #include "support/terminal.h"
