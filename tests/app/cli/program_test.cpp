@@ -480,7 +480,7 @@ TEST_F(ProgramDump, AppliesNoJournalOfAnEarlierDevice)
     writeTwoPhotos();
     const QByteArray work = m_scratch.path("work");
     const auto count = [&](const QByteArray &device) {
-        const ProgramResult result = run({"dump", device, "--work-dir", work});
+        const ProgramResult result = run({"dump", "-d", device, "--work-dir", work});
         return Json::parse(result.output)["photoCount"].get<int>();
     };
     EXPECT_EQ(3, count(m_scratch.path("first")));

@@ -486,9 +486,9 @@ TEST_F(SheetProgram, ShowsARealLibrary)
     if (::access(device.constData(), R_OK) != 0)
         GTEST_SKIP() << "there is no " << device.constData();
     const QByteArray thumbs = m_scratch.path("thumbs");
-    ASSERT_EQ(0, run({"thumb", device, "--all", thumbs, "--format", "png"}).exitCode);
-    const Json json = Json::parse(run({"dump", device}).output);
-    const ProgramResult result = run({"sheet", device, "-o", m_scratch.path("sheet.png")});
+    ASSERT_EQ(0, run({"thumb", "-d", device, "--all", thumbs, "--format", "png"}).exitCode);
+    const Json json = Json::parse(run({"dump", "-d", device}).output);
+    const ProgramResult result = run({"sheet", "-d", device, "-o", m_scratch.path("sheet.png")});
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_EQ(m_scratch.path("sheet.png: 27 pictures\n"), result.output);
     ASSERT_EQ(27U, json["photoIds"].size());
