@@ -3,8 +3,8 @@
 #include "cameradb/ordered_insert.h"
 #include "cameradb/prefetch.h"
 #include "cameradb/unique_dates.h"
-#include "host/host_log.h"
 #include "host/exception_barrier.h"
+#include "host/host_log.h"
 #include "sqlite/row_allowance.h"
 #include "sqlite/sqlite_statement.h"
 
@@ -79,7 +79,8 @@ class asset_reader
 public:
     // Texts are shared through `texts`, which may be null.
     asset_reader(CameraDB *cameraDb, sqlite3_stmt *stmt, repeated_texts *texts)
-        : m_cameraDb(cameraDb), m_stmt(stmt), m_texts(texts), m_noBurst(QString::fromLatin1("0"))
+        : m_cameraDb(cameraDb), m_stmt(stmt), m_columns(sqlite3_column_count(stmt)), m_texts(texts),
+          m_noBurst(QString::fromLatin1("0"))
     {
     }
 
@@ -97,6 +98,7 @@ private:
 
     CameraDB *m_cameraDb;
     sqlite3_stmt *m_stmt;
+    const int m_columns;
     repeated_texts *m_texts;
     const QString m_noBurst;
 };
@@ -143,11 +145,12 @@ void asset_reader::readNumbers(Camera_Data &data)
     data.trashedDate = sqlite3_column_int64(m_stmt, 12);
 }
 
+// Videos are in no burst, and their statement has no columns for one.
 void asset_reader::readBurst(Camera_Data &data)
 {
-    const char *burst = textColumn(m_stmt, 13);
+    const char *burst = m_columns > 13 ? textColumn(m_stmt, 13) : nullptr;
     data.avalancheUUID = burst ? repeated(burst) : m_noBurst;
-    data.sortToken = burst ? sqlite3_column_double(m_stmt, 14) : 0.0;
+    data.sortToken = burst && m_columns > 14 ? sqlite3_column_double(m_stmt, 14) : 0.0;
 }
 
 // The records of a statement's rows, one by one.

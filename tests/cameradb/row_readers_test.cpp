@@ -314,6 +314,27 @@ TEST_F(AssetReader, GivesANullBurstTheTextZeroAndNoToken)
     EXPECT_EQ(asset->sortToken, 0.0);
 }
 
+// SQLite keeps that a column was asked for which the statement does not have.
+TEST_F(AssetReader, AsksForNoColumnThatAVideosStatementDoesNotHave)
+{
+    const std::size_t videoColumns = 13;
+    const Row row(AssetColumns().list(videoColumns));
+    const std::unique_ptr<Camera_Data> asset(selectCameraData(model.get(), row.get()));
+    ASSERT_TRUE(asset);
+    EXPECT_NE(sqlite3_errcode(sqlite3_db_handle(row.get())), SQLITE_RANGE);
+}
+
+TEST_F(AssetReader, GivesABurstWithoutATokenColumnNoToken)
+{
+    const std::size_t upToBurst = 14;
+    const Row row(AssetColumns().list(upToBurst));
+    const std::unique_ptr<Camera_Data> asset(selectCameraData(model.get(), row.get()));
+    ASSERT_TRUE(asset);
+    EXPECT_EQ(asset->avalancheUUID, QStringLiteral("burst"));
+    EXPECT_EQ(asset->sortToken, 0.0);
+    EXPECT_NE(sqlite3_errcode(sqlite3_db_handle(row.get())), SQLITE_RANGE);
+}
+
 TEST_F(AssetReader, GivesAStatementWithoutBurstColumnsTheTextZeroAndNoToken)
 {
     const std::unique_ptr<Camera_Data> asset = read(AssetColumns(), 13);
