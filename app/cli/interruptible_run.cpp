@@ -124,8 +124,7 @@ bool waitForEnd(const WorkThread &thread, const InterruptSignals &signals)
     return ::poll(descriptors, 2, tickMilliseconds) > 0 && (descriptors[0].revents & POLLIN);
 }
 
-// A person who asks twice does not want to wait for a slow device. A handler that tidies up
-// first is left in place: it ends the process all the same.
+// A person who asks twice does not want to wait for a slow device.
 [[noreturn]] void dieOf(int signal)
 {
     const sigset_t signals = signalSet({signal});

@@ -4,6 +4,7 @@
 #include "base/cache_folder.h"
 #include "base/error.h"
 #include "base/log_output.h"
+#include "classic/drive_links.h"
 #include "classic/photo_database.h"
 #include "devices/encoded_names.h"
 #include "devices/folder_file_system.h"
@@ -156,6 +157,7 @@ LibrarySession::LibrarySession(const LibraryOptions &options, OpenObserver &obse
     if (m_options.device.isEmpty())
         throw Error("device", "the name is empty");
     m_files = openFolder(deviceName());
+    DriveLinks::removeDead();
     const DeviceKind kind = m_options.kind == DeviceKind::None ? kindOf(*m_files) : m_options.kind;
     requireLibrary(*m_files, deviceName(), kind);
     if (kind == DeviceKind::Classic)

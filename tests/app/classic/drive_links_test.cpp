@@ -11,8 +11,8 @@
 
 #include <atomic>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
+#include <map>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -187,141 +187,163 @@ TEST(DriveLinks, TellThatThereIsNoFolderForTemporaryFiles)
     }
 }
 
-// A test run in the background inherits signals that are ignored.
-void stopIgnoring(int signal)
+// A process that waits with links until it is killed.
+class ProcessWithLinks
 {
-    struct sigaction action = {};
-    if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN)
-        std::signal(signal, SIG_DFL);
-}
+public:
+    ProcessWithLinks()
+    {
+        int ends[2] = {};
+        EXPECT_EQ(0, ::pipe(ends));
+        const UniqueFd reading(ends[0]);
+        const UniqueFd writing(ends[1]);
+        m_child = ::fork();
+        if (m_child == 0)
+            waitWithLinks(writing.get());
+        char name[1000] = {};
+        EXPECT_GT(::read(reading.get(), name, sizeof(name) - 1), 0);
+        m_folder = name;
+    }
 
-// A process with two links that waits for `signal`.
-[[noreturn]] void waitWithLinks(int report, int signal)
-{
-    stopIgnoring(signal);
-    DriveLinks one;
-    DriveLinks two;
-    for (int i = 0; i < DriveLinks::most; ++i)
-        one.add(report);
-    two.add(report);
-    const QByteArray folders = folderOf(one) + '\n' + folderOf(two) + '\n';
-    if (::write(report, folders.constData(), static_cast<size_t>(folders.size())) > 0)
-        ::pause();
-    ::_exit(1);
-}
+    ~ProcessWithLinks() { kill(); }
 
-class DriveLinksOfAProgram : public testing::TestWithParam<int>
-{
+    ProcessWithLinks(const ProcessWithLinks &) = delete;
+    ProcessWithLinks &operator=(const ProcessWithLinks &) = delete;
+
+    void kill()
+    {
+        if (m_child > 0) {
+            ::kill(m_child, SIGKILL);
+            ::waitpid(m_child, nullptr, 0);
+        }
+        m_child = 0;
+    }
+
+    QByteArray folder() const { return m_folder; }
+
+private:
+    [[noreturn]] static void waitWithLinks(int report)
+    {
+        DriveLinks links;
+        for (int i = 0; i < DriveLinks::most; ++i)
+            links.add(report);
+        const QByteArray folder = folderOf(links);
+        if (::write(report, folder.constData(), static_cast<size_t>(folder.size())) > 0)
+            ::pause();
+        ::_exit(1);
+    }
+
+    pid_t m_child = 0;
+    QByteArray m_folder;
 };
 
-TEST_P(DriveLinksOfAProgram, AreGoneWhenASignalEndsIt)
+// A folder for temporary files of its own.
+class DeadDriveLinks : public testing::Test
 {
-    int ends[2] = {};
-    ASSERT_EQ(0, ::pipe(ends));
-    const UniqueFd reading(ends[0]);
-    const UniqueFd writing(ends[1]);
-    const pid_t child = ::fork();
-    if (child == 0)
-        waitWithLinks(writing.get(), GetParam());
-    ASSERT_GT(child, 0);
-    char names[1000] = {};
-    ASSERT_GT(::read(reading.get(), names, sizeof(names) - 1), 0);
-    const QList<QByteArray> folders = QByteArray(names).trimmed().split('\n');
-    ASSERT_EQ(2, folders.size());
-    for (const QByteArray &folder : folders)
-        EXPECT_TRUE(isThere(folder));
-    ASSERT_EQ(0, ::kill(child, GetParam()));
-    int status = 0;
-    ASSERT_EQ(child, ::waitpid(child, &status, 0));
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == GetParam());
-    for (const QByteArray &folder : folders)
-        EXPECT_FALSE(isThere(folder));
+protected:
+    DeadDriveLinks() { m_scratch.makeFolder("tmp"); }
+
+    ScratchFolder m_scratch;
+
+private:
+    const Environment m_variable{"TMPDIR", m_scratch.path("tmp")};
+};
+
+TEST_F(DeadDriveLinks, AreRemovedWhenTheirProcessWasKilled)
+{
+    ProcessWithLinks one;
+    ProcessWithLinks two;
+    one.kill();
+    two.kill();
+    EXPECT_TRUE(isThere(one.folder()));
+    DriveLinks::removeDead();
+    EXPECT_EQ(QList<QByteArray>(), m_scratch.everythingIn("tmp"));
 }
 
-// A process that makes and drops links for as long as it may, on a thread of its own or not.
-[[noreturn]] void makeLinks(int report, bool onItsOwnThread)
+TEST_F(DeadDriveLinks, AreNotThoseOfAProcessThatLives)
 {
-    stopIgnoring(SIGTERM);
-    const auto work = [&] {
-        for (bool isFirst = true;; isFirst = false) {
-            DriveLinks links;
-            links.add(report);
-            if (isFirst && ::write(report, "", 1) != 1)
-                ::_exit(1);
-        }
-    };
-    std::thread thread;
-    if (onItsOwnThread)
-        thread = std::thread(work);
-    else
-        work();
-    for (;;)
-        ::pause();
+    const ProcessWithLinks living;
+    m_scratch.write("a", "one");
+    const UniqueFd a = opened(m_scratch.path("a"));
+    DriveLinks own;
+    const int number = own.add(a.get());
+    DriveLinks::removeDead();
+    EXPECT_TRUE(isThere(living.folder() + "/iPod:/Photos/0"));
+    EXPECT_EQ("one", readLink(own, number));
 }
 
-// Sends a signal to such a process after `spins` rounds of waiting. Whether it ended by it.
-bool endsMakerOfLinks(int spins, bool onItsOwnThread)
+TEST_F(DeadDriveLinks, AreNotThoseOfAnotherUser)
 {
-    int ends[2] = {};
-    if (::pipe(ends) != 0)
-        return false;
-    const UniqueFd reading(ends[0]);
-    const UniqueFd writing(ends[1]);
-    const pid_t child = ::fork();
-    if (child == 0)
-        makeLinks(writing.get(), onItsOwnThread);
-    char byte = 0;
-    const bool hasBegun = child > 0 && ::read(reading.get(), &byte, 1) == 1;
-    for (std::atomic<int> i{0}; i < spins; ++i) {
+    constexpr uid_t nobody = 65534;
+    m_scratch.makeFolder("tmp/photolib-drive-000000/iPod:/Photos");
+    if (::chown(m_scratch.path("tmp/photolib-drive-000000").constData(), nobody, nobody) != 0)
+        GTEST_SKIP() << "only the superuser can give a folder away";
+    DriveLinks::removeDead();
+    EXPECT_TRUE(m_scratch.exists("tmp/photolib-drive-000000/iPod:/Photos"));
+}
+
+TEST_F(DeadDriveLinks, LeadNowhereElse)
+{
+    m_scratch.write("mine/iPod:/Photos/0", "kept");
+    m_scratch.makeLink("tmp/photolib-drive-link", m_scratch.path("mine"));
+    m_scratch.makeFolder("tmp/photolib-drive-111111");
+    m_scratch.makeLink("tmp/photolib-drive-111111/iPod:", m_scratch.path("mine/iPod:"));
+    m_scratch.makeFolder("tmp/photolib-drive-222222/iPod:");
+    m_scratch.makeLink("tmp/photolib-drive-222222/iPod:/Photos",
+                       m_scratch.path("mine/iPod:/Photos"));
+    DriveLinks::removeDead();
+    EXPECT_EQ("kept", m_scratch.read("mine/iPod:/Photos/0"));
+    EXPECT_TRUE(m_scratch.exists("tmp/photolib-drive-link"));
+}
+
+TEST_F(DeadDriveLinks, AreNotWhatHasOtherNames)
+{
+    m_scratch.write("tmp/photolib-other/iPod:/Photos/0", "");
+    m_scratch.write("tmp/photolib-drive-333333/letter", "");
+    DriveLinks::removeDead();
+    EXPECT_TRUE(m_scratch.exists("tmp/photolib-other/iPod:/Photos/0"));
+    EXPECT_TRUE(m_scratch.exists("tmp/photolib-drive-333333/letter"));
+}
+
+// Each round may find a folder that another process has made and not locked yet.
+TEST_F(DeadDriveLinks, AreTakenFromNobodyWhoIsMakingThem)
+{
+    constexpr int rounds = 300;
+    m_scratch.write("a", "one");
+    const UniqueFd a = opened(m_scratch.path("a"));
+    std::atomic<bool> isOver{false};
+    std::thread sweeper([&] {
+        while (!isOver)
+            DriveLinks::removeDead();
+    });
+    int wrong = 0;
+    for (int i = 0; i < rounds; ++i) {
+        DriveLinks links;
+        wrong += readLink(links, links.add(a.get())) == "one" ? 0 : 1;
     }
-    int status = 0;
-    return hasBegun && ::kill(child, SIGTERM) == 0 && ::waitpid(child, &status, 0) == child &&
-           WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM;
+    isOver = true;
+    sweeper.join();
+    EXPECT_EQ(0, wrong);
+    EXPECT_EQ(QList<QByteArray>(), m_scratch.everythingIn("tmp"));
 }
 
-void expectNothingOfMakers(bool onItsOwnThread)
+TEST(DriveLinks, LeaveTheSignalsOfTheirProcessAsTheyAre)
 {
-    constexpr int rounds = 100;
-    const ScratchFolder scratch;
-    scratch.makeFolder("tmp");
-    const Environment folder("TMPDIR", scratch.path("tmp"));
-    int ended = 0;
-    for (int round = 0; round < rounds; ++round)
-        ended += endsMakerOfLinks(round * 200, onItsOwnThread);
-    EXPECT_EQ(rounds, ended);
-    EXPECT_EQ(QList<QByteArray>(), scratch.everythingIn("tmp"));
-}
-
-TEST(DriveLinksOfAMaker, AreGoneWhenASignalComesWhileItIsMade)
-{
-    expectNothingOfMakers(false);
-}
-
-TEST(DriveLinksOfAMaker, AreGoneWhenAnotherThreadGetsASignalWhileItIsMade)
-{
-    expectNothingOfMakers(true);
-}
-
-TEST(DriveLinks, LeaveTheSignalsOfItsThreadAsTheyAre)
-{
-    const ScratchFolder scratch;
-    sigset_t before;
-    sigset_t after;
-    ::pthread_sigmask(SIG_BLOCK, nullptr, &before);
-    const DriveLinks link;
-    ::pthread_sigmask(SIG_BLOCK, nullptr, &after);
-    const Environment folder("TMPDIR", scratch.path("missing"));
-    sigset_t failed;
-    EXPECT_THROW(DriveLinks(), std::system_error);
-    ::pthread_sigmask(SIG_BLOCK, nullptr, &failed);
-    for (int signal = 1; signal < SIGRTMIN; ++signal) {
-        EXPECT_EQ(sigismember(&before, signal), sigismember(&after, signal)) << signal;
-        EXPECT_EQ(sigismember(&before, signal), sigismember(&failed, signal)) << signal;
+    std::map<int, struct sigaction> before;
+    for (const int signal : {SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM})
+        ::sigaction(signal, nullptr, &before[signal]);
+    sigset_t blockedBefore;
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &blockedBefore);
+    const DriveLinks links;
+    for (const auto &[signal, action] : before) {
+        struct sigaction now = {};
+        ::sigaction(signal, nullptr, &now);
+        EXPECT_EQ(action.sa_handler, now.sa_handler) << signal;
     }
+    sigset_t blocked;
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    for (int signal = 1; signal < SIGRTMIN; ++signal)
+        EXPECT_EQ(sigismember(&blockedBefore, signal), sigismember(&blocked, signal)) << signal;
 }
-
-INSTANTIATE_TEST_SUITE_P(Signals, DriveLinksOfAProgram,
-                         testing::Values(SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM),
-                         [](const auto &info) { return std::string(::sigabbrev_np(info.param)); });
 
 } // namespace

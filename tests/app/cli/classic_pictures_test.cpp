@@ -305,7 +305,7 @@ TEST_F(ClassicPictures, StayWholeWhenTheirExportIsInterrupted)
 
 // Both signals wait for the program when it goes on, so it sees the second one whatever it
 // makes of the first.
-TEST_F(ClassicPictures, LeaveNothingInTheTemporaryFolderWhenTheirExportIsInterruptedTwice)
+TEST_F(ClassicPictures, HaveTheirLinksRemovedByTheNextRunWhenTheirExportIsInterruptedTwice)
 {
     store(addPhoto(100), screenFormat, Qt::red);
     addOriginal(addPhoto(101), "large.mov", QByteArray());
@@ -336,6 +336,7 @@ TEST_F(ClassicPictures, AreLeftOutThatAreTooLargeForTheDisk)
     m_setup.largestFile = 100000;
     const ProgramResult result = run({"export", "-d", device(), "100", out()});
     expectFailures(result, "photolib: 100: File too large\n");
+    EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
     EXPECT_EQ(QList<QByteArray>{"IMG_0041.JPG"}, names());
 }
 

@@ -112,4 +112,14 @@ TEST_F(ProgramOnAKindOfDevice, LeavesNothingBesideTheDevice)
     EXPECT_EQ(before, m_scratch.everythingIn());
 }
 
+TEST_F(ProgramOnAKindOfDevice, RemovesTheLinksThatAKilledProgramLeft)
+{
+    writeDatabase(m_scratch, "device", twoPhotos());
+    m_scratch.makeFolder("tmp/photolib-drive-abcdef/iPod:/Photos");
+    m_scratch.makeLink("tmp/photolib-drive-abcdef/iPod:/Photos/0", "/proc/self/fd/5");
+    setVariable("TMPDIR", m_scratch.path("tmp"));
+    EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
+    EXPECT_EQ(QList<QByteArray>(), m_scratch.everythingIn("tmp"));
+}
+
 } // namespace
