@@ -26,7 +26,7 @@ public:
     /// `line` names both.
     explicit Error(const QString &line) : Error(Failed, line.toStdString()) {}
 
-    /// The same of another kind; an empty `line` tells a person nothing.
+    /// The same of another kind.
     Error(Kind kind, const std::string &line) : std::runtime_error(line), m_kind(kind) {}
 
     Kind kind() const { return m_kind; }

@@ -236,8 +236,7 @@ int parseAndRun(int argc, char **argv)
 
 int fail(int exitCode, const char *line)
 {
-    if (*line)
-        writeErrorLine(QByteArray("photolib: ") + line);
+    writeErrorLine(QByteArray("photolib: ") + line);
     return exitCode;
 }
 
@@ -247,6 +246,8 @@ int runProgram(int argc, char **argv)
 {
     try {
         return parseAndRun(argc, argv);
+    } catch (const ReaderGone &) {
+        return exitDone;
     } catch (const Error &error) {
         return fail(exitCodeOf(error.kind()), error.what());
     } catch (const std::bad_alloc &) {

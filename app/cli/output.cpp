@@ -15,7 +15,7 @@ constexpr int bufferSize = 1 << 16;
 [[noreturn]] void fail(int code)
 {
     if (code == EPIPE)
-        throw Error(Error::Failed, std::string());
+        throw ReaderGone();
     throw Error("standard output", std::generic_category().message(code));
 }
 

@@ -6,8 +6,13 @@
 
 #include <functional>
 
-/// Buffered standard output that notices when it can not be written: then it throws
-/// Error. A reader that went away (a closed pipe) ends the program silently.
+/// Thrown when nobody reads standard output any more: the reader of a pipe, `head` for instance,
+/// has seen enough. That is no failure of the program, which ends without a word.
+struct ReaderGone {
+};
+
+/// Buffered standard output that notices when it cannot be written: then it throws Error, or
+/// ReaderGone.
 class Output
 {
 public:

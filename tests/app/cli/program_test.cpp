@@ -598,6 +598,24 @@ TEST_F(ProgramOutput, NoticesThatThereIsNone)
 {
     writeTwoPhotos();
     m_setup.closesOutput = true;
+// More than a pipe holds, so that the program is still writing when its reader goes. The shell's
+// option has a pipe fail with any of its programs.
+TEST_F(ProgramOutput, EndsQuietlyAndWellWhenItsReaderHasSeenEnough)
+{
+    PhotosDatabase database;
+    for (int pk = 1; pk <= 5000; ++pk)
+        database.rows.assets.push_back(photoRow(pk, pk));
+    writeDatabase(m_scratch, "device", database);
+    m_setup.program = QStringLiteral("bash");
+    for (const char *command : {"photos", "dump"}) {
+        const ProgramResult result = run({"-o", "pipefail", "-c", "\"$0\" \"$@\" | head -c 2",
+                                          PHOTOLIB_PROGRAM, command, "-d", device()});
+        EXPECT_EQ(0, result.exitCode) << command;
+        EXPECT_EQ(2, result.output.size()) << command;
+        EXPECT_EQ(QByteArray(), result.errors) << command;
+    }
+}
+
     const ProgramResult result =
         run({"dump", "-d", device(), "--work-dir", m_scratch.path("work")});
     EXPECT_EQ(1, result.exitCode);
