@@ -105,6 +105,23 @@ private:
     std::unique_ptr<LibrarySession> m_session;
 };
 
+// Whether there is anything to tell.
+bool tell(const QByteArray &text)
+{
+    if (!text.isEmpty())
+        writeErrorLine("photolib: " + text);
+    return !text.isEmpty();
+}
+
+// Whether what was shown is not all: what could not be read is told last, where it is seen.
+bool tellWhatIsMissing(const LibrarySession &session)
+{
+    bool isMissing = false;
+    for (const QByteArray &text : {session.damageText(), session.unreadableText().toUtf8()})
+        isMissing = tell(text) || isMissing;
+    return isMissing;
+}
+
 } // namespace
 
 int runOnLibrary(const CommandContext &context,
@@ -127,13 +144,17 @@ int workOnLibrary(const CommandContext &context,
         device = opening.device();
     }
     Output output([&] { announce(device, context.options); });
-    const int exitCode = work(*session, output);
-    output.flush();
-    const QString unreadable = session->unreadableText();
-    if (unreadable.isEmpty())
-        return exitCode;
-    writeErrorLine("photolib: " + unreadable.toUtf8());
-    return exitFailed;
+    int exitCode = exitDone;
+    try {
+        exitCode = work(*session, output);
+        output.flush();
+    } catch (const Error &) {
+        tell(session->damageText()); // which may be why an id is not found
+        throw;
+    } catch (const ReaderGone &) {
+        // What went wrong by then is told all the same.
+    }
+    return tellWhatIsMissing(*session) ? exitFailed : exitCode;
 }
 
 void requireNamedDevice(const CommandContext &context)

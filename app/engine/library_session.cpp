@@ -10,6 +10,7 @@
 #include "devices/folder_file_system.h"
 #include "devices/local_file.h"
 #include "engine/database_copy.h"
+#include "engine/database_damage.h"
 #include "engine/device_bounds.h"
 #include "engine/photo_text.h"
 #include "engine/work_folder.h"
@@ -156,8 +157,8 @@ LibrarySession::LibrarySession(const LibraryOptions &options, OpenObserver &obse
 {
     if (m_options.device.isEmpty())
         throw Error("device", "the name is empty");
-    m_files = openFolder(deviceName());
     DriveLinks::removeDead();
+    m_files = openFolder(deviceName());
     const DeviceKind kind = m_options.kind == DeviceKind::None ? kindOf(*m_files) : m_options.kind;
     requireLibrary(*m_files, deviceName(), kind);
     if (kind == DeviceKind::Classic)
@@ -182,18 +183,26 @@ void LibrarySession::openIos(OpenObserver &observer, CancelToken &cancel)
     CopyProgress progress(copy, observer);
     const TransferWatch watch(&progress);
     const bool isParsed = parse(cancel);
-    if (cancel.isCancelled())
-        throw Error(Error::Cancelled,
-                    "interrupted: " + byteCountsText(copy.done(), copy.total()).toStdString() +
-                        " of the database copied");
-    // A parse may well succeed on a copy that is not complete.
-    copy.requireUnchanged(*m_files);
-    if (!copy.failure().isEmpty())
-        throw Error(Error::Failed, copy.failure().toStdString());
+    requireCopied(copy, cancel);
     if (!isParsed)
         failToParse(copy.deviceDatabase(), isDatabase(copy.localDatabase())
                                                ? ": its tables cannot be read"
                                                : ": not an SQLite database");
+    if (isDamaged(QString::fromUtf8(copy.localDatabase()), cancel))
+        m_damagedDatabase = copy.deviceDatabase();
+    requireCopied(copy, cancel);
+}
+
+// A parse may well succeed on a copy that is not complete.
+void LibrarySession::requireCopied(DatabaseCopy &copy, const CancelToken &cancel) const
+{
+    if (cancel.isCancelled())
+        throw Error(Error::Cancelled,
+                    "interrupted: " + byteCountsText(copy.done(), copy.total()).toStdString() +
+                        " of the database copied");
+    copy.requireUnchanged(*m_files);
+    if (!copy.failure().isEmpty())
+        throw Error(Error::Failed, copy.failure().toStdString());
 }
 
 // By default a folder that no other session has, so that nobody waits; a folder that was named is
@@ -288,6 +297,13 @@ void LibrarySession::noteUnreadable(const QString &name, const FileError &error)
 {
     if (++m_unreadable == 1)
         m_firstUnreadable = name + QLatin1String(": ") + error.text;
+}
+
+QByteArray LibrarySession::damageText() const
+{
+    if (m_damagedDatabase.isEmpty())
+        return QByteArray();
+    return m_damagedDatabase + ": damaged; only a part of the library can be read";
 }
 
 QString LibrarySession::unreadableText() const

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+class DatabaseCopy;
 class WorkFolder;
 
 /// Whether the device has the file of a photo or video.
@@ -78,6 +79,10 @@ public:
     /// message; empty when there are none.
     QString unreadableText() const;
 
+    /// That the photo database of an iOS device is damaged, so that the library lacks what it
+    /// should hold, for a message; empty when it is sound.
+    QByteArray damageText() const;
+
     /// Throws Error when the device is gone: to be called before something is said to
     /// be missing.
     void requireDevice() const;
@@ -106,10 +111,12 @@ private:
     std::unique_ptr<WorkFolder> newWorkFolder(OpenObserver &observer) const;
     void openClassic(CancelToken &cancel);
     bool parse(CancelToken &cancel);
+    void requireCopied(DatabaseCopy &copy, const CancelToken &cancel) const;
     void requireConnected(const FileError &error) const;
 
     const LibraryOptions m_options;
-    QString m_firstUnreadable; // "NAME: CAUSE"
+    QByteArray m_damagedDatabase; // as a person knows it; empty when it is sound
+    QString m_firstUnreadable;    // "NAME: CAUSE"
     int m_unreadable = 0;
 
     // In the order in which they depend on each other.
