@@ -267,11 +267,11 @@ void LibrarySession::refuseInDevice(const QByteArray &folder) const
     ::refuseInDevice(folder, m_options.device, folder);
 }
 
+// The plug-in refuses an empty file like a missing one.
 FileState LibrarySession::photo(quint64 id, photoItem *item)
 {
-    const bool hasContent = m_library->getPhoto(id, item);
-    const FileState state = fileState(*item);
-    return state == FileState::There && !hasContent ? FileState::Missing : state;
+    m_library->getPhoto(id, item);
+    return fileState(*item);
 }
 
 // The plug-in also takes a path for one of the host computer's own. What the database names

@@ -61,9 +61,9 @@ public:
 
     photo_manager_int &library() { return *m_library; }
 
-    /// Fills `*item` for the photo or video `id`, and tells of its file, where an empty one
-    /// counts as missing. Without one the identity, name, dimensions, kind and path are filled
-    /// all the same. A photo of a classic iPod needs no file of its own.
+    /// Fills `*item`, a new one, for the photo or video `id`, and tells of its file. Of a file that
+    /// is empty or not there only the identity, name, dimensions, kind and path are filled: the
+    /// dates stay invalid. A photo of a classic iPod needs no file of its own.
     FileState photo(quint64 id, photoItem *item);
 
     /// Whether the file of `item` is on the device, be it empty; it is on a classic iPod. Notes

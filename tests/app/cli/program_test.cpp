@@ -546,6 +546,21 @@ TEST_F(ProgramOutput, SumsTheLibraryUp)
     EXPECT_EQ(QByteArray(), result.errors);
 }
 
+TEST_F(ProgramOutput, TellsAnEmptyFileFromAMissingOne)
+{
+    writeTwoPhotos();
+    m_scratch.write(twoPhotosPath, "");
+    const QByteArray photos = run({"photos", "-d", device()}).output;
+    EXPECT_TRUE(photos.contains("IMG_0001.JPG  photo  0 bytes  ")) << photos.constData();
+    EXPECT_TRUE(photos.contains("IMG_0002.JPG  photo  missing  ")) << photos.constData();
+    EXPECT_TRUE(
+        run({"show", "1", "-d", device()}).output.contains("Size:        0 bytes (0 bytes)\n"));
+    const QByteArray info = run({"info", "-d", device()}).output;
+    EXPECT_TRUE(info.contains("Missing:      1 without a file on the device\n"))
+        << info.constData();
+    EXPECT_FALSE(info.contains("Modified:")) << info.constData();
+}
+
 TEST_F(ProgramOutput, ShowsNoControlCharacterOfAName)
 {
     PhotosDatabase database = twoPhotos();
