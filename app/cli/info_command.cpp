@@ -19,6 +19,8 @@ struct DateRange {
 
     void add(const QDateTime &date)
     {
+        if (!date.isValid())
+            return;
         if (!oldest.isValid() || date < oldest)
             oldest = date;
         if (!newest.isValid() || date > newest)
@@ -87,12 +89,12 @@ public:
 
     void write(const char *label, int count) { write(label, QString::number(count)); }
 
-    // No line when there is no date.
-    void write(const char *label, const DateRange &range)
+    // No line when there is no date. `zone` stands behind the dates.
+    void write(const char *label, const DateRange &range, const QString &zone)
     {
         if (range.oldest.isValid())
-            write(label, QStringLiteral("%1 to %2 (UTC)")
-                             .arg(dateText(range.oldest), dateText(range.newest)));
+            write(label, QStringLiteral("%1 to %2%3")
+                             .arg(dateText(range.oldest), dateText(range.newest), zone));
     }
 
 private:
@@ -113,7 +115,7 @@ void writeIosSummary(LibrarySession &session, LineWriter &lines)
     lines.write("In the trash:", summary.trashed);
     lines.write("Albums:", session.library().albumCnt());
     lines.write("Size:", byteCountText(summary.bytes));
-    lines.write("Modified:", summary.modified);
+    lines.write("Modified:", summary.modified, QStringLiteral(" (UTC)"));
 }
 
 void writeClassicSummary(LibrarySession &session, LineWriter &lines)
@@ -127,16 +129,14 @@ void writeClassicSummary(LibrarySession &session, LineWriter &lines)
         bytes += storedBytes(photo);
         photoItem item;
         session.library().getPhoto(id, &item);
-        const QDateTime date = takenDate(item);
-        if (date.isValid())
-            taken.add(date);
+        taken.add(takenDate(item));
     }
     lines.write("Kind:", QStringLiteral("classic iPod (folder)"));
     lines.write("Photos:", session.library().photoCnt());
     lines.write("Originals:", QStringLiteral("%1 in full resolution").arg(originals));
     lines.write("Albums:", session.library().albumCnt());
     lines.write("Stored:", byteCountText(bytes));
-    lines.write("Taken:", taken);
+    lines.write("Taken:", taken, QString()); // by the iPod's clock
 }
 
 void writeSummary(LibrarySession &session, Output &output)

@@ -41,7 +41,7 @@ class PhotoTable
 public:
     explicit PhotoTable(bool isClassic)
         : m_row(isClassic ? classicRow : iosRow),
-          m_table(isClassic ? QStringList{"ID", "TAKEN (UTC)", "DIMENSIONS", "STORED", "ORIGINAL"}
+          m_table(isClassic ? QStringList{"ID", "TAKEN", "DIMENSIONS", "STORED", "ORIGINAL"}
                             : QStringList{"ID", "NAME", "KIND", "SIZE", "DIMENSIONS",
                                           "MODIFIED (UTC)", "PATH"})
     {

@@ -97,7 +97,7 @@ Lines classicLines(LibrarySession &session, quint64 id)
     const ClassicPhoto &photo = *classicPhoto(session, id);
     Lines lines = {
         {QStringLiteral("ID"), QString::number(id)},
-        {QStringLiteral("Taken"), isoText(takenDate(item))},
+        {QStringLiteral("Taken"), isoTextWithoutZone(takenDate(item))},
         {QStringLiteral("Original"), originalText(session, photo)},
     };
     for (const StoredPicture &variant : photo.variants)

@@ -123,6 +123,15 @@ QDateTime takenDate(const photoItem &item)
     return item.createDate.toSecsSinceEpoch() == 0 ? QDateTime() : item.createDate;
 }
 
+std::optional<qint64> fileTimeOf(const QDateTime &taken)
+{
+    constexpr qint64 nanoseconds = 1000000000;
+    if (!taken.isValid())
+        return std::nullopt;
+    const QDateTime shown = taken.toUTC();
+    return QDateTime(shown.date(), shown.time(), Qt::LocalTime).toSecsSinceEpoch() * nanoseconds;
+}
+
 // The plug-in gives all photos of a classic iPod the same path, which leads nowhere.
 QString labelText(const LibrarySession &session, const photoItem &item)
 {

@@ -6,6 +6,8 @@
 
 #include <QDateTime>
 
+#include <optional>
+
 class LibrarySession;
 class photoItem;
 
@@ -46,8 +48,15 @@ bool findOriginal(LibrarySession &session, const ClassicPhoto &photo, QByteArray
 /// Why the plug-in, which does not say, gives nothing for `variant`: with the file's name.
 FileError variantFailure(LibrarySession &session, const StoredPicture &variant);
 
-/// When the photo `item` of a classic iPod was taken; invalid when the database does not tell.
+/// When the photo `item` of a classic iPod was taken, by the iPod's own clock, whose time zone
+/// nobody knows: the date and time in UTC are those that the iPod shows. Invalid when the database
+/// does not tell.
 QDateTime takenDate(const photoItem &item);
+
+/// When this computer's clock shows what the iPod's showed at `taken`, for the times of files: who
+/// lists them sees the iPod's date and time. In nanoseconds since 1970-01-01 UTC; none for an
+/// invalid date.
+std::optional<qint64> fileTimeOf(const QDateTime &taken);
 
 /// What tells `item`, of an iOS device or a classic iPod, from others in a message.
 QString labelText(const LibrarySession &session, const photoItem &item);

@@ -63,12 +63,7 @@ MadeFile pictureFile(LibrarySession &session, const photoItem &photo)
     const QString name = fileName(session, photo);
     const QByteArray stem =
         name.isEmpty() ? QByteArray::number(photo.id) : nameStem(safeFileName(name));
-    const QDateTime taken = takenDate(photo);
-    constexpr qint64 nanoseconds = 1000000000;
-    std::optional<qint64> modified;
-    if (taken.isValid())
-        modified = taken.toSecsSinceEpoch() * nanoseconds;
-    return {stem + '.' + extension, picture.bytes, modified, FileError()};
+    return {stem + '.' + extension, picture.bytes, fileTimeOf(takenDate(photo)), FileError()};
 }
 
 QVector<ExportItem> classicItems(LibrarySession &session, quint64 id, const ClassicPhoto &photo)

@@ -34,6 +34,11 @@ QString isoText(const QDateTime &date)
     return date.toUTC().toString(Qt::ISODate);
 }
 
+QString isoTextWithoutZone(const QDateTime &date)
+{
+    return date.toUTC().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+}
+
 QString dateText(const QDateTime &date)
 {
     return date.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));

@@ -26,6 +26,10 @@ QString dimensionsText(const photoItem &item);
 /// "2020-01-31T10:20:30Z"; empty for an invalid date.
 QString isoText(const QDateTime &date);
 
+/// "2020-01-31T10:20:30": a time in UTC that stands for one of an unknown time zone; empty for an
+/// invalid date.
+QString isoTextWithoutZone(const QDateTime &date);
+
 /// "2020-01-31 10:20:30", UTC; empty for an invalid date.
 QString dateText(const QDateTime &date);
 

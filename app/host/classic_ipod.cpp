@@ -196,7 +196,7 @@ int ClassicIpod::Database::getPhoto(const quint32 *id, itdb_trk *item)
     if (!found)
         return -1;
     return withoutThrowing(-1, [&] {
-        item->timeStamp = unixTime(found->taken);
+        item->timeStamp = clockSecondsSince1970(found->taken);
         item->thumbs.clear();
         for (const StoredPicture &variant : found->variants) {
             item->thumbs.append(recordOf(variant));

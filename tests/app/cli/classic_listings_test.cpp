@@ -28,7 +28,7 @@ TEST_F(ClassicListings, SumUpTheLibrary)
                   "Originals:    2 in full resolution\n"
                   "Albums:       2\n"
                   "Stored:       458.0 KiB\n"
-                  "Taken:        2005-08-06 10:20:30 to 2006-01-01 00:00:00 (UTC)\n",
+                  "Taken:        2005-08-06 10:20:30 to 2006-01-01 00:00:00\n",
               outputOf({"info", "-d", device()}));
 }
 
@@ -49,7 +49,7 @@ TEST_F(ClassicListings, SumUpAnEmptyLibraryAndOneWithoutDates)
 TEST_F(ClassicListings, ListThePhotosWithTheirLargestPictures)
 {
     writeThreePhotos();
-    EXPECT_EQ(" ID  TAKEN (UTC)          DIMENSIONS     STORED  ORIGINAL\n"
+    EXPECT_EQ(" ID  TAKEN                DIMENSIONS     STORED  ORIGINAL\n"
               "100  2005-08-06 10:20:30  320 x 240   154.0 KiB  "
               "Photos/Full Resolution/2005/08/06/IMG_0041.JPG\n"
               "101                       320 x 240   154.0 KiB\n"
@@ -63,9 +63,9 @@ TEST_F(ClassicListings, ListAPhotoWithoutPicturesAndOneOfAnUnknownFormat)
     addPhoto(100);
     storeBytes(addPhoto(101), 4711, {9, 9}, "xyz");
     writeDevice();
-    EXPECT_EQ(" ID  TAKEN (UTC)  DIMENSIONS   STORED  ORIGINAL\n"
-              "100                           0 bytes\n"
-              "101                           3 bytes\n",
+    EXPECT_EQ(" ID  TAKEN  DIMENSIONS   STORED  ORIGINAL\n"
+              "100                     0 bytes\n"
+              "101                     3 bytes\n",
               outputOf({"photos", "-d", device()}));
 }
 
@@ -76,7 +76,7 @@ TEST_F(ClassicListings, ListAlbumsAndTheirPhotosInTheirOrder)
               " 1  Library       user album       3\n"
               " 2  Grün \\x1b[2J  user album       2\n",
               outputOf({"albums", "-d", device()}));
-    EXPECT_EQ(" ID  TAKEN (UTC)          DIMENSIONS     STORED  ORIGINAL\n"
+    EXPECT_EQ(" ID  TAKEN                DIMENSIONS     STORED  ORIGINAL\n"
               "104  2006-01-01 00:00:00  320 x 240   150.0 KiB  "
               "Photos/Full Resolution/2005/08/06/IMG_0042.JPG\n"
               "100  2005-08-06 10:20:30  320 x 240   154.0 KiB  "
@@ -91,8 +91,8 @@ TEST_F(ClassicListings, LeaveOutMembersOfAlbumsThatAreNoPhotos)
     addPhoto(100);
     addAlbum(1, "Album", {7, 100, 0xffffffff});
     writeDevice();
-    EXPECT_EQ(" ID  TAKEN (UTC)  DIMENSIONS   STORED  ORIGINAL\n"
-              "100                           0 bytes\n",
+    EXPECT_EQ(" ID  TAKEN  DIMENSIONS   STORED  ORIGINAL\n"
+              "100                     0 bytes\n",
               outputOf({"photos", "-d", device(), "--album", "1"}));
 }
 
@@ -100,12 +100,25 @@ TEST_F(ClassicListings, ShowAPhotoWithAllThatIsStored)
 {
     writeThreePhotos();
     EXPECT_EQ("ID:          100\n"
-              "Taken:       2005-08-06T10:20:30Z\n"
+              "Taken:       2005-08-06T10:20:30\n"
               "Original:    Photos/Full Resolution/2005/08/06/IMG_0041.JPG, 8 bytes (8 bytes)\n"
               "Stored:      format 1036, 50 x 41, 4100 bytes in Photos/Thumbs/F1036_1.ithmb\n"
               "Stored:      format 1024, 320 x 240, 153600 bytes in "
               "Photos/Thumbs/F1024_1.ithmb\n",
               outputOf({"show", "100", "-d", device()}));
+}
+
+TEST_F(ClassicListings, ShowTheTimesOfTheIpodWhateverTheComputersZoneIs)
+{
+    writeThreePhotos();
+    for (const char *zone : {"America/New_York", "Pacific/Kiritimati"}) {
+        m_setup.environment.append(qMakePair(QString("TZ"), QString(zone)));
+        EXPECT_TRUE(outputOf({"photos", "-d", device()}).contains("100  2005-08-06 10:20:30  "));
+        EXPECT_TRUE(outputOf({"info", "-d", device()})
+                        .endsWith("2005-08-06 10:20:30 to 2006-01-01 00:00:00\n"));
+        EXPECT_TRUE(outputOf({"show", "100", "-d", device()})
+                        .contains("Taken:       2005-08-06T10:20:30\n"));
+    }
 }
 
 TEST_F(ClassicListings, ShowWhatIsMissingOfAPhoto)

@@ -151,6 +151,16 @@ TEST_F(ClassicPictures, AreExportedWithTheOriginals)
     EXPECT_GE(changeOf(out() + "/101.bmp"), changeOf(original.left(original.lastIndexOf('/'))));
 }
 
+// Who lists the files sees the date and time that the iPod shows.
+TEST_F(ClassicPictures, AreExportedWithTheIpodsTimeOnTheComputersClock)
+{
+    writeThreePhotos();
+    m_setup.environment.append(qMakePair(QString("TZ"), QString("America/New_York")));
+    run({"export", "-d", device(), out()});
+    constexpr qint64 behindUtc = 4 * 3600; // seconds, in summer
+    EXPECT_EQ((1123323630 + behindUtc) * 1000000000, changeOf(out() + "/IMG_0041.bmp"));
+}
+
 TEST_F(ClassicPictures, AreExportedOnce)
 {
     writeThreePhotos();
@@ -326,6 +336,7 @@ TEST_F(ClassicPictures, HaveTheirLinksRemovedByTheNextRunWhenTheirExportIsInterr
     ASSERT_TRUE(program.waitForFinished());
     EXPECT_EQ(QProcess::CrashExit, program.exitStatus());
     EXPECT_EQ(SIGTERM, program.exitCode());
+    EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
     EXPECT_EQ(QList<QByteArray>(), m_scratch.everythingIn("tmp"));
     EXPECT_EQ(QList<QByteArray>{"100.bmp"}, names());
 }
@@ -336,7 +347,6 @@ TEST_F(ClassicPictures, AreLeftOutThatAreTooLargeForTheDisk)
     m_setup.largestFile = 100000;
     const ProgramResult result = run({"export", "-d", device(), "100", out()});
     expectFailures(result, "photolib: 100: File too large\n");
-    EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
     EXPECT_EQ(QList<QByteArray>{"IMG_0041.JPG"}, names());
 }
 

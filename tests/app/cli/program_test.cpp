@@ -598,21 +598,6 @@ TEST_F(ProgramOutput, NoticesAFullDisk)
     }
 }
 
-TEST_F(ProgramOnASample, ReportsTheOneThatItWrote)
-{
-    const QList<QByteArray> arguments = {"sample", m_scratch.path("a\n"), "--assets", "2"};
-    const ProgramResult result = run(arguments);
-    EXPECT_EQ(0, result.exitCode) << result.errors.constData();
-    EXPECT_EQ("Wrote a sample device with 2 assets to " + m_scratch.path("a\\x0a\n"),
-              result.output);
-    m_setup.output = QStringLiteral("/dev/full");
-    EXPECT_EQ(1, run({"sample", m_scratch.path("b"), "--assets", "2"}).exitCode);
-}
-
-TEST_F(ProgramOutput, NoticesThatThereIsNone)
-{
-    writeTwoPhotos();
-    m_setup.closesOutput = true;
 // More than a pipe holds, so that the program is still writing when its reader goes. The shell's
 // option has a pipe fail with any of its programs.
 TEST_F(ProgramOutput, EndsQuietlyAndWellWhenItsReaderHasSeenEnough)
@@ -631,6 +616,21 @@ TEST_F(ProgramOutput, EndsQuietlyAndWellWhenItsReaderHasSeenEnough)
     }
 }
 
+TEST_F(ProgramOnASample, ReportsTheOneThatItWrote)
+{
+    const QList<QByteArray> arguments = {"sample", m_scratch.path("a\n"), "--assets", "2"};
+    const ProgramResult result = run(arguments);
+    EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+    EXPECT_EQ("Wrote a sample device with 2 assets to " + m_scratch.path("a\\x0a\n"),
+              result.output);
+    m_setup.output = QStringLiteral("/dev/full");
+    EXPECT_EQ(1, run({"sample", m_scratch.path("b"), "--assets", "2"}).exitCode);
+}
+
+TEST_F(ProgramOutput, NoticesThatThereIsNone)
+{
+    writeTwoPhotos();
+    m_setup.closesOutput = true;
     const ProgramResult result =
         run({"dump", "-d", device(), "--work-dir", m_scratch.path("work")});
     EXPECT_EQ(1, result.exitCode);
