@@ -14,7 +14,8 @@ class photoItem
 {
 public:
     quint64 id = 0;         ///< the key that every photo operation takes
-    QByteArray uuid;        ///< binary identifier of the asset
+    QByteArray uuid;        ///< identifier of the asset, as the device has it: the 36 letters of a
+                            ///< uuid, or its 16 bytes; 16 bytes for a photo added in memory
     QString name;           ///< file name
     qint32 type = 3;        ///< 2 for a video, 3 for a photo
     QString path;           ///< source file below the device's media root, no leading "/"; for a
@@ -28,7 +29,8 @@ public:
     QDateTime createDate;   ///< when the asset was made; 2001-01-01 for assets of an iOS device
                             ///< but those added in memory
     QDateTime modifyDate;   ///< when the asset was last modified
-    qint64 trashedDate = 0; ///< when it went to the trash, as the device stores it; 0 if it did not
+    qint64 trashedDate = 0; ///< when it went to the trash, in whole seconds since 2001-01-01 UTC;
+                            ///< 0 if it did not
     QString avalancheUUID;  ///< the burst group that the asset belongs to
     double sortToken = 0.0; ///< the device's sort key
 };
@@ -39,7 +41,8 @@ class albumItem
 {
 public:
     quint64 id = 0;          ///< the key that every album operation takes
-    QByteArray uuid;         ///< binary identifier; null for synthetic albums but the Photo Library
+    QByteArray uuid;         ///< identifier, as that of a photo; null for synthetic albums but the
+                             ///< Photo Library
     QString name;            ///< title
     qint32 type = 0;         ///< 1 camera roll, 2 panoramas, 3 videos, 4 on the device, 5 photo
                              ///< library, 6 user album

@@ -20,4 +20,10 @@ PHOTOLIB_EXPORT photo_manager_int *getPhotolib(IIPod *iPod);
 PHOTOLIB_EXPORT void releasePhotolib(photo_manager_int **pp);
 }
 
+/// Stops the parse of an iOS device that is copying, within one block of 4 MiB; a database that
+/// is already open is read to its end, and a parse that begins later forgets the call. May be
+/// called from any thread and from a signal handler, and returns at once. Not `extern "C"`: in
+/// the loaded library it is called `_Z11cancleParsev`.
+PHOTOLIB_EXPORT void cancleParse();
+
 #endif // PHOTOLIB_BOUNDARY_PHOTOLIB_H
