@@ -9,6 +9,7 @@
 #include "cli/library_command.h"
 #include "cli/output.h"
 #include "cli/progress_bar.h"
+#include "engine/device_bounds.h"
 #include "engine/export_folder.h"
 #include "engine/export_items.h"
 #include "engine/id_list.h"
@@ -137,6 +138,7 @@ int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession 
     const QVector<ExportItem> items = itemsFor(session, chosenIds(arguments, session));
     const auto path = QByteArray::fromStdString(arguments.folder);
     const std::unique_ptr<EnsuredFolder> ensured = session.folderOutside(path);
+    refuseDeviceAsTarget(path);
     ExportFolder folder(path);
     PhotoExport photos(session.files(), folder, items);
     const bool isInterrupted = runReported(photos, showsProgress());

@@ -118,3 +118,9 @@ void refuseInAnyDevice(const QByteArray &path)
     if (isAnyOnTheWayUp(isFolder(path) ? path + "/.." : path, isDevice))
         refuse(path);
 }
+
+void refuseDeviceAsTarget(const QByteArray &path)
+{
+    if (isDevice(UniqueFd(::open(path.constData(), folderFlags))))
+        throw Error(path.toStdString(), "a device, not a folder to copy to");
+}

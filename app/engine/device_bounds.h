@@ -18,4 +18,8 @@ void refuseInDevice(const QByteArray &path, const QByteArray &device, const QByt
 /// device.
 void refuseInAnyDevice(const QByteArray &path);
 
+/// Throws Error when the existing folder `path` is a device itself: somebody has named that one
+/// where a folder to write to is meant.
+void refuseDeviceAsTarget(const QByteArray &path);
+
 #endif // PHOTOLIB_ENGINE_DEVICE_BOUNDS_H
