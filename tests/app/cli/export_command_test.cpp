@@ -394,9 +394,9 @@ TEST_F(InterruptedExport, LeavesNoHalfFileAndSaysWhatWasDone)
             GTEST_SKIP() << "there are no pseudo-terminals here";
         m_setup.errorFd = terminal.slave();
         Program program(m_setup, {"export", "-d", device(), out()});
-        const QByteArray shown = terminal.shownUntil("MiB of 1.0 TiB");
+        // However much of the second file is read by then.
+        const QByteArray shown = terminal.shownUntil("] 1 of 2 files, ");
         EXPECT_TRUE(shown.contains("\rCopying [")) << shown.constData();
-        EXPECT_TRUE(shown.contains("] 1 of 2 files, ")) << shown.constData();
         ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
         EXPECT_EQ(130, program.waitForExitCode());
         const QByteArray report = signal == SIGINT ? "copied 1 file (3 bytes), 0 already there"
