@@ -208,19 +208,40 @@ bool AtomicFile::renameTo(const QByteArray &name)
     }
     if (errno == EEXIST)
         return false;
-    if (errno != EINVAL && errno != ENOSYS)
+    if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP)
         fail(errno);
     return linkAndRemove(name);
 }
 
-// For disks and systems that can not rename without replacing.
+// For disks and systems that cannot rename without replacing.
 bool AtomicFile::linkAndRemove(const QByteArray &name)
 {
     if (::linkat(m_folder, m_temporaryName.constData(), m_folder, name.constData(), 0) == 0)
         return true; // the end of the object removes the temporary name
-    if (errno != EEXIST)
-        fail(errno);
-    return false;
+    if (errno == EEXIST)
+        return false;
+    return replacePlaceholder(name); // memory cards, and servers that look like one, have no links
+}
+
+// What is replaced is an empty file that was made a moment before, where there was none. Only a
+// program that takes that one for its own and writes to it would lose something. To write the whole
+// file under its name would lose nothing, but show half a photo to everybody meanwhile, and leave
+// it behind if the program is killed.
+bool AtomicFile::replacePlaceholder(const QByteArray &name)
+{
+    const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    if (!UniqueFd(::openat(m_folder, name.constData(), flags, usualMode)).isOpen()) {
+        if (errno != EEXIST)
+            fail(errno);
+        return false;
+    }
+    if (::renameat(m_folder, m_temporaryName.constData(), m_folder, name.constData()) != 0) {
+        const int code = errno;
+        ::unlinkat(m_folder, name.constData(), 0);
+        fail(code);
+    }
+    dropTemporaryName();
+    return true;
 }
 
 void removeTemporaryFiles()

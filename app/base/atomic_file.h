@@ -38,7 +38,9 @@ public:
     void setModified(qint64 nanoseconds);
 
     /// Gives the file its name. False when anything, a dangling link too, has that name
-    /// already; another one may be tried then.
+    /// already; another one may be tried then. Nothing is replaced; only where the disk can
+    /// neither rename without replacing nor link, the file is an empty one for a moment, which
+    /// a program that is killed in it leaves behind.
     bool giveName(const QByteArray &name);
 
     /// Gives the file its name and replaces a file or link that has it.
@@ -48,6 +50,7 @@ private:
     bool linkTo(const QByteArray &name);
     bool renameTo(const QByteArray &name);
     bool linkAndRemove(const QByteArray &name);
+    bool replacePlaceholder(const QByteArray &name);
     void close();
     void takeTemporaryName();
     void dropTemporaryName();

@@ -2,18 +2,20 @@
 
 #include "base/folders.h"
 #include "support/device_folder.h"
+#include "support/disk_faults.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <sys/stat.h>
 #include <system_error>
 
 namespace {
 
-class NewFiles : public testing::TestWithParam<AtomicFile::Hiding>
+class NewFilesInAFolder : public testing::Test
 {
 protected:
-    NewFiles()
+    NewFilesInAFolder()
     {
         m_scratch.makeFolder("folder");
         m_folder = openFolder(m_scratch.path("folder"));
@@ -34,12 +36,33 @@ protected:
     UniqueFd m_folder;
 };
 
+class NewFiles : public NewFilesInAFolder, public testing::WithParamInterface<AtomicFile::Hiding>
+{
+};
+
+// On a disk that has neither a rename that replaces nothing nor links, and so no files without a
+// name.
+class NewFilesWithoutLinks : public NewFilesInAFolder
+{
+protected:
+    /// Makes a file with the content "new" and calls `name` to give it a name, on such a disk.
+    template <class Name>
+    void makeFile(Name name) const
+    {
+        const LackOfLinks lack;
+        AtomicFile file(folder(), AtomicFile::Hiding::TemporaryName);
+        file.write("new", 3);
+        name(file);
+    }
+};
+
 INSTANTIATE_TEST_SUITE_P(Hiding, NewFiles,
                          testing::Values(AtomicFile::Hiding::BestAvailable,
                                          AtomicFile::Hiding::TemporaryName),
                          [](const testing::TestParamInfo<AtomicFile::Hiding> &info) {
-                             return info.param == AtomicFile::Hiding::BestAvailable ? "BestAvailable"
-                                                                                 : "TemporaryName";
+                             return info.param == AtomicFile::Hiding::BestAvailable
+                                        ? "BestAvailable"
+                                        : "TemporaryName";
                          });
 
 TEST_P(NewFiles, HaveTheirContentWhenTheyGetTheirName)
@@ -80,6 +103,43 @@ TEST_P(NewFiles, ReplaceNothingThatHasTheName)
     EXPECT_EQ("new", m_scratch.read("folder/free"));
     EXPECT_FALSE(m_scratch.exists("elsewhere"));
     EXPECT_EQ(4, names().size());
+}
+
+TEST_F(NewFilesWithoutLinks, GetTheirNameWhole)
+{
+    makeFile([](AtomicFile &file) { EXPECT_TRUE(file.giveName("name")); });
+    EXPECT_EQ("new", m_scratch.read("folder/name"));
+    EXPECT_EQ(1, names().size());
+}
+
+TEST_F(NewFilesWithoutLinks, ReplaceNothingThatHasTheName)
+{
+    m_scratch.write("folder/file", "old");
+    m_scratch.makeLink("folder/link", m_scratch.path("elsewhere"));
+    m_scratch.makeFolder("folder/folder");
+    makeFile([](AtomicFile &file) {
+        for (const char *name : {"file", "link", "folder"})
+            EXPECT_FALSE(file.giveName(name)) << name;
+        EXPECT_TRUE(file.giveName("free"));
+    });
+    EXPECT_EQ("old", m_scratch.read("folder/file"));
+    EXPECT_EQ("new", m_scratch.read("folder/free"));
+    EXPECT_FALSE(m_scratch.exists("elsewhere"));
+    EXPECT_EQ(4, names().size());
+}
+
+TEST_F(NewFilesWithoutLinks, LeaveNothingUnderANameThatTheyCouldNotGet)
+{
+    makeFile([](AtomicFile &file) {
+        const LackOfRenames lack;
+        try {
+            file.giveName("name");
+            FAIL() << "it got its name";
+        } catch (const std::system_error &error) {
+            EXPECT_EQ(EIO, error.code().value());
+        }
+    });
+    EXPECT_EQ(QList<QByteArray>(), names());
 }
 
 TEST_P(NewFiles, ReplaceAFileOrLinkOnRequest)

@@ -1,0 +1,27 @@
+#ifndef PHOTOLIB_TESTS_APP_DISK_FAULTS_H
+#define PHOTOLIB_TESTS_APP_DISK_FAULTS_H
+
+/// While one lives, every disk lacks what memory cards and some network disks lack: names cannot be
+/// given by a rename that replaces nothing, nor by a link.
+class LackOfLinks
+{
+public:
+    LackOfLinks();
+    ~LackOfLinks();
+
+    LackOfLinks(const LackOfLinks &) = delete;
+    LackOfLinks &operator=(const LackOfLinks &) = delete;
+};
+
+/// While one lives, no file can be renamed: each disk fails with an input/output error.
+class LackOfRenames
+{
+public:
+    LackOfRenames();
+    ~LackOfRenames();
+
+    LackOfRenames(const LackOfRenames &) = delete;
+    LackOfRenames &operator=(const LackOfRenames &) = delete;
+};
+
+#endif // PHOTOLIB_TESTS_APP_DISK_FAULTS_H
