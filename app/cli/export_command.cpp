@@ -52,10 +52,7 @@ QList<quint64> chosenIds(const ExportArguments &arguments, LibrarySession &sessi
 {
     if (arguments.ids.empty())
         return withoutDuplicates(chosenPhotoIds(session, *arguments.album));
-    QList<quint64> ids;
-    for (const std::string &id : arguments.ids)
-        ids.append(knownPhotoId(id, session));
-    return withoutDuplicates(ids);
+    return knownPhotoIds(arguments.ids, session);
 }
 
 QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids)

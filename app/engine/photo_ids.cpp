@@ -1,21 +1,8 @@
 #include "engine/photo_ids.h"
 
 #include "base/error.h"
+#include "engine/id_list.h"
 #include "engine/library_session.h"
-
-namespace {
-
-// Throws Error unless `text`, a decimal number of any length, is one of `ids`.
-quint64 knownId(const std::string &text, const QList<quint64> &ids, const std::string &unknown)
-{
-    bool isKey = false;
-    const quint64 id = QByteArray::fromStdString(text).toULongLong(&isKey);
-    if (!isKey || !ids.contains(id))
-        throw Error(text, unknown);
-    return id;
-}
-
-} // namespace
 
 bool isNumber(const std::string &text)
 {
@@ -24,14 +11,20 @@ bool isNumber(const std::string &text)
 
 quint64 knownPhotoId(const std::string &text, LibrarySession &session)
 {
-    return knownId(text, session.library().photoIDs(),
-                   "no photo with this id in " + session.deviceName());
+    return knownPhotoIds({text}, session).first();
+}
+
+QList<quint64> knownPhotoIds(const std::vector<std::string> &texts, LibrarySession &session)
+{
+    return knownIds(texts, session.library().photoIDs(),
+                    "no photo with this id in " + session.deviceName());
 }
 
 quint64 knownAlbumId(const std::string &text, LibrarySession &session)
 {
-    return knownId(text, session.library().albumIDs(),
-                   "no album with this id in " + session.deviceName());
+    return knownIds({text}, session.library().albumIDs(),
+                    "no album with this id in " + session.deviceName())
+        .first();
 }
 
 QSet<quint64> allPhotoIds(photo_manager_int &library)

@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 class LibrarySession;
 class albumItem;
@@ -17,6 +18,10 @@ bool isNumber(const std::string &text);
 
 /// The photo or video with the id `text`. Throws Error when the library has none.
 quint64 knownPhotoId(const std::string &text, LibrarySession &session);
+
+/// The photos and videos with the ids `texts`: each once, where it is named first. Throws Error
+/// for the first that the library does not have.
+QList<quint64> knownPhotoIds(const std::vector<std::string> &texts, LibrarySession &session);
 
 /// The album with the id `text`. Throws Error when the library lists none.
 quint64 knownAlbumId(const std::string &text, LibrarySession &session);
