@@ -28,6 +28,7 @@ struct ExportArguments {
     std::shared_ptr<std::optional<std::string>> album;
     std::vector<std::string> ids; // taken out of the positionals, as is the folder
     std::string folder;
+    bool verify = false;
 };
 
 // The last argument is the folder, the others are ids.
@@ -103,11 +104,12 @@ private:
     {
         constexpr qint64 earliest = 1000; // milliseconds
         const auto done = static_cast<double>(m_photos.doneBytes());
+        const auto read = static_cast<double>(m_photos.readBytes()); // only these take time
         const qint64 elapsed = m_clock.elapsed();
-        if (elapsed < earliest || done <= 0)
+        if (elapsed < earliest || read <= 0)
             return QString();
         const double rest = qMax(0.0, static_cast<double>(m_photos.totalBytes()) - done);
-        const double seconds = rest / done * static_cast<double>(elapsed) / 1000.0;
+        const double seconds = rest / read * static_cast<double>(elapsed) / 1000.0;
         constexpr double longest = 100 * 3600.0; // nobody waits for what takes longer
         return QStringLiteral(", %1 left").arg(durationText(qint64(qMin(seconds, longest))));
     }
@@ -137,7 +139,9 @@ int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession 
     const std::unique_ptr<EnsuredFolder> ensured = session.folderOutside(path);
     refuseDeviceAsTarget(path);
     ExportFolder folder(path);
-    PhotoExport photos(session.files(), folder, items);
+    PhotoExport photos(session.files(), folder, items,
+                       arguments.verify ? ExportComparison::Content
+                                        : ExportComparison::SizeAndTime);
     const bool isInterrupted = runReported(photos, showsProgress());
     const ExportCounts counts = photos.counts();
     if (isInterrupted)
@@ -166,11 +170,18 @@ void addArguments(CLI::App &command, ExportArguments &arguments)
         ->required()
         ->option_text("[ID...] DIR");
     arguments.album = addAlbumOption(command);
+    command.add_flag("--verify", arguments.verify,
+                     "Compare the contents of files that are there already");
     command.footer("A name that is taken gets a number; a file that is there already is left as "
-                   "it is, so that\na second run copies only what is missing.\n"
+                   "it is, so that a second run copies only what is missing.\n"
+                   "\n"
+                   "A copy has its original's time of change, and a file of the same name, size "
+                   "and time is taken for the copy without reading it. On a disk that keeps times "
+                   "only to the second, or to every other one as FAT does, that is exact enough. "
+                   "Where the times differ, the contents decide; with --verify they always do.\n"
                    "\n"
                    "Of a photo of a classic iPod the full-resolution file is copied, if there is "
-                   "one, and the\nlargest of the stored pictures written: as BMP, or as JPEG where "
+                   "one, and the largest of the stored pictures written: as BMP, or as JPEG where "
                    "it is stored so.\n"
                    "\n"
                    "Examples:\n"

@@ -49,6 +49,12 @@ QList<QByteArray> ExportFolder::holding(const QByteArray &name) const
     return names;
 }
 
+bool ExportFolder::info(const QByteArray &name, FileInfo *info)
+{
+    FileError ignored;
+    return m_files->info(name, info, &ignored) && info->type == FileInfo::File;
+}
+
 std::unique_ptr<DeviceFile> ExportFolder::open(const QByteArray &name)
 {
     FileError ignored;

@@ -1,8 +1,8 @@
 #ifndef PHOTOLIB_ENGINE_EXPORT_FOLDER_H
 #define PHOTOLIB_ENGINE_EXPORT_FOLDER_H
 
-#include "devices/folder_file_system.h"
 #include "base/unique_fd.h"
+#include "devices/folder_file_system.h"
 
 #include <QList>
 #include <QMap>
@@ -33,6 +33,9 @@ public:
     /// What the folder holds under `name`: maybe in another case when it was there before,
     /// and in this one also when another program has added it since.
     QList<QByteArray> holding(const QByteArray &name) const;
+
+    /// Fills `*info` for a regular file of the folder. False for anything else, a link among it.
+    bool info(const QByteArray &name, FileInfo *info);
 
     /// Opens a regular file of the folder for reading; null for anything else, a link
     /// among it.

@@ -3,6 +3,7 @@
 #include "base/file_names.h"
 #include "boundary/photo_records.h"
 #include "classic/image_unpacker.h"
+#include "classic/pixel_formats.h"
 #include "devices/encoded_names.h"
 #include "engine/classic_photos.h"
 #include "engine/library_session.h"
@@ -39,14 +40,29 @@ ExportItem originalItem(LibrarySession &session, const ClassicPhoto &photo, cons
     return item;
 }
 
-// Bytes of the image file that is made of `variant`; more than a JPEG file will have.
+bool isStoredAsJpeg(const StoredPicture &variant)
+{
+    const PixelFormat *const format = findPixelFormat(variant.formatId);
+    return format && format->layout == PixelLayout::Jpeg;
+}
+
+// Bytes of the image file that is made of `variant`.
 qint64 imageFileSize(const StoredPicture &variant)
 {
     constexpr qint64 headers = 54;
     const QSize size = unpackedSize(variant);
-    if (size.isEmpty())
+    if (size.isEmpty() || isStoredAsJpeg(variant))
         return qMax(variant.size, 0);
     return headers + (qint64(size.width()) * 3 + 3) / 4 * 4 * size.height();
+}
+
+// The name of the image file that is made for `photo`.
+QByteArray pictureName(const LibrarySession &session, const photoItem &photo, const char *extension)
+{
+    const QString name = fileName(session, photo);
+    const QByteArray stem =
+        name.isEmpty() ? QByteArray::number(photo.id) : nameStem(safeFileName(name));
+    return stem + '.' + extension;
 }
 
 MadeFile pictureFile(LibrarySession &session, const photoItem &photo)
@@ -60,10 +76,24 @@ MadeFile pictureFile(LibrarySession &session, const photoItem &photo)
                 QByteArray(),
                 std::nullopt,
                 {FileError::Failed, QStringLiteral("a picture that is neither JPEG nor BMP")}};
-    const QString name = fileName(session, photo);
-    const QByteArray stem =
-        name.isEmpty() ? QByteArray::number(photo.id) : nameStem(safeFileName(name));
-    return {stem + '.' + extension, picture.bytes, fileTimeOf(takenDate(photo)), FileError()};
+    return {pictureName(session, photo, extension), picture.bytes, fileTimeOf(takenDate(photo)),
+            FileError()};
+}
+
+// A file that is to be made of `variant`, of which the database tells all but the content. A
+// picture without a date is of the time when it was written, which is not known.
+ExportItem pictureItem(LibrarySession &session, const photoItem &photo,
+                       const StoredPicture &variant)
+{
+    ExportItem item;
+    const std::optional<qint64> taken = fileTimeOf(takenDate(photo));
+    item.info.size = imageFileSize(variant);
+    item.isForetold = taken && !unpackedSize(variant).isEmpty();
+    if (item.isForetold) {
+        item.name = pictureName(session, photo, isStoredAsJpeg(variant) ? "jpg" : "bmp");
+        item.info.modified = *taken;
+    }
+    return item;
 }
 
 QVector<ExportItem> classicItems(LibrarySession &session, quint64 id, const ClassicPhoto &photo)
@@ -76,9 +106,8 @@ QVector<ExportItem> classicItems(LibrarySession &session, quint64 id, const Clas
     const StoredPicture *const largest = largestVariant(photo);
     if (!largest && !items.isEmpty())
         return items;
-    ExportItem item;
+    ExportItem item = largest ? pictureItem(session, record, *largest) : ExportItem();
     item.label = labelText(session, record);
-    item.info.size = largest ? imageFileSize(*largest) : 0;
     item.make = [&session, record] { return pictureFile(session, record); };
     items.append(item);
     return items;

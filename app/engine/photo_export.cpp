@@ -43,6 +43,33 @@ qint64 saturatedSum(qint64 a, qint64 b)
     throw FileFailure{failureText(error)};
 }
 
+// What the item makes of what the device stores.
+MadeFile madeFile(const ExportItem &item)
+{
+    MadeFile file = item.make();
+    if (file.failure.kind != FileError::None)
+        failToRead(file.failure);
+    return file;
+}
+
+// Whether a disk that was given the time `time` may give it back as `held`. Disks hold times in
+// nanoseconds, steps of 100 of them (NTFS), microseconds, hundredths of a second (exFAT), seconds
+// or every other second (FAT), and differ in how they round. What is no whole number of such a step
+// comes from a disk of finer ones, where nothing else would do.
+bool isHeldAs(qint64 held, qint64 time)
+{
+    constexpr qint64 second = 1000000000;
+    qint64 difference = 0;
+    if (__builtin_sub_overflow(held, time, &difference))
+        return false;
+    for (const qint64 step :
+         {qint64(1), qint64(100), second / 1000000, second / 100, second, 2 * second}) {
+        if (held % step == 0 && difference < step && difference > -step)
+            return true;
+    }
+    return false;
+}
+
 // Whether a disk refuses the one file only, for its size or its name.
 bool concernsOneFile(const std::error_code &code)
 {
@@ -54,12 +81,13 @@ bool concernsOneFile(const std::error_code &code)
 
 // What is copied, and the copy of it once there is one.
 struct PhotoExport::Source {
+    const ExportItem &item;
     QByteArray name;
     qint64 size;
     std::optional<qint64> modified;
-    std::unique_ptr<DeviceFile> file;
-    QByteArray path; // on the device; empty for what is made
-    FileInfo before; // of that, when it was opened
+    bool isKnownByTime;               // of its copies
+    FileInfo before;                  // of a file of the device, before it was opened
+    std::unique_ptr<DeviceFile> file; // null until its content is needed
     std::optional<AtomicFile> copy = std::nullopt;
 };
 
@@ -71,12 +99,27 @@ QString ExportCounts::text() const
              QString::number(failed));
 }
 
-PhotoExport::PhotoExport(DeviceFileSystem &files, ExportFolder &folder, QVector<ExportItem> items)
-    : m_files(files), m_folder(folder), m_items(std::move(items)), m_block(blockSize, '\0'),
-      m_otherBlock(blockSize, '\0')
+PhotoExport::PhotoExport(DeviceFileSystem &files, ExportFolder &folder, QVector<ExportItem> items,
+                         ExportComparison comparison)
+    : m_files(files), m_folder(folder), m_items(std::move(items)), m_comparison(comparison),
+      m_alike(alike(m_items)), m_block(blockSize, '\0'), m_otherBlock(blockSize, '\0')
 {
     for (const ExportItem &item : m_items)
         m_totalBytes = saturatedSum(m_totalBytes, item.info.size);
+}
+
+// Those of several items, whose times may well be the same, too: the pictures of a burst on a
+// disk of coarse times, say. A file in the folder could be the copy of any of them.
+PhotoExport::NamesAndSizes PhotoExport::alike(const QVector<ExportItem> &items)
+{
+    NamesAndSizes seen;
+    NamesAndSizes alike;
+    for (const ExportItem &item : items) {
+        const auto nameAndSize = std::make_pair(comparedName(item.name), item.info.size);
+        if (!seen.insert(nameAndSize).second)
+            alike.insert(nameAndSize);
+    }
+    return alike;
 }
 
 void PhotoExport::run()
@@ -95,7 +138,7 @@ void PhotoExport::run()
 void PhotoExport::handle(const ExportItem &item)
 {
     try {
-        if (!tryToStore(item) && !tryToStore(item))
+        if (!tryToStore(item, true) && !tryToStore(item, false))
             throw FileFailure{QStringLiteral("changed while it was read, twice")};
     } catch (const FileFailure &failure) {
         addFailure(item, failure.cause);
@@ -107,11 +150,13 @@ void PhotoExport::handle(const ExportItem &item)
     }
 }
 
-// False when the file changed meanwhile.
-bool PhotoExport::tryToStore(const ExportItem &item)
+// False when the file changed meanwhile, or is not what was foretold of it.
+bool PhotoExport::tryToStore(const ExportItem &item, bool believesForetold)
 {
     try {
-        Source source = item.make ? made(item) : opened(item);
+        Source source = sourceOf(item);
+        if (item.make && !(item.isForetold && believesForetold))
+            makeNow(&source);
         store(source);
         return true;
     } catch (const Changed &) {
@@ -119,26 +164,42 @@ bool PhotoExport::tryToStore(const ExportItem &item)
     }
 }
 
-PhotoExport::Source PhotoExport::opened(const ExportItem &item)
+PhotoExport::Source PhotoExport::sourceOf(const ExportItem &item)
 {
     FileError error = item.failure;
-    FileInfo info;
-    std::unique_ptr<DeviceFile> file;
-    if (error.kind == FileError::None && deviceFileInfo(m_files, item.path, &info, &error))
-        file = openDeviceFile(m_files, item.path, &error);
-    if (!file)
+    FileInfo info = item.info;
+    if (error.kind != FileError::None ||
+        (!item.make && !deviceFileInfo(m_files, item.path, &info, &error)))
         failToRead(error);
-    return {item.name, info.size, info.modified, std::move(file), item.path, info};
+    const bool isAlone = m_alike.count({comparedName(item.name), info.size}) == 0;
+    return {item, item.name, info.size, info.modified, isAlone, info, nullptr};
 }
 
-PhotoExport::Source PhotoExport::made(const ExportItem &item)
+// Whatever was foretold of it.
+void PhotoExport::makeNow(Source *source)
 {
-    const MadeFile file = item.make();
-    if (file.failure.kind != FileError::None)
-        failToRead(file.failure);
-    return {file.name,     file.bytes.size(),
-            file.modified, std::make_unique<MemoryFile>(file.bytes),
-            QByteArray(),  FileInfo()};
+    const MadeFile file = madeFile(source->item);
+    source->name = file.name;
+    source->size = file.bytes.size();
+    source->modified = file.modified;
+    source->isKnownByTime = false; // its content is at hand
+    source->file = std::make_unique<MemoryFile>(file.bytes);
+}
+
+DeviceFile &PhotoExport::contentOf(Source &source)
+{
+    FileError error;
+    if (!source.file && source.item.make) {
+        const MadeFile file = madeFile(source.item);
+        if (file.name != source.name || file.bytes.size() != source.size)
+            throw Changed();
+        source.file = std::make_unique<MemoryFile>(file.bytes);
+    }
+    if (!source.file)
+        source.file = openDeviceFile(m_files, source.item.path, &error);
+    if (!source.file)
+        failToRead(error);
+    return *source.file;
 }
 
 void PhotoExport::store(Source &source)
@@ -197,11 +258,11 @@ void PhotoExport::copy(Source &source, AtomicFile &target)
 // A file that is written over while it is read has a part of each.
 bool PhotoExport::isUnchanged(const Source &source)
 {
-    if (source.path.isEmpty())
+    if (source.item.make)
         return true;
     FileInfo info;
     FileError error;
-    if (deviceFileInfo(m_files, source.path, &info, &error))
+    if (deviceFileInfo(m_files, source.item.path, &info, &error))
         return info.isSameAs(source.before);
     if (!error.isMissing())
         failToRead(error);
@@ -210,9 +271,23 @@ bool PhotoExport::isUnchanged(const Source &source)
 
 bool PhotoExport::isSameAs(const QByteArray &name, Source &source)
 {
+    FileInfo other;
+    if (!m_folder.info(name, &other) || other.size != source.size)
+        return false;
+    return hasTimeOf(source, other.modified) || hasContentOf(source, name);
+}
+
+bool PhotoExport::hasTimeOf(const Source &source, qint64 modified) const
+{
+    return m_comparison == ExportComparison::SizeAndTime && source.isKnownByTime &&
+           source.modified && isHeldAs(modified, *source.modified);
+}
+
+bool PhotoExport::hasContentOf(Source &source, const QByteArray &name)
+{
     FileError error;
     const std::unique_ptr<DeviceFile> other = m_folder.open(name);
-    if (!other || other->size(&error) != source.size)
+    if (!other)
         return false;
     m_position = 0;
     while (const qint64 count = readBlock(source)) {
@@ -232,10 +307,11 @@ qint64 PhotoExport::readBlock(Source &source)
     if (m_isCancelled)
         throw Cancelled();
     FileError error;
-    const qint64 count = source.file->read(m_position, m_block.data(), blockSize, &error);
+    const qint64 count = contentOf(source).read(m_position, m_block.data(), blockSize, &error);
     if (count < 0)
         failToRead(error);
     m_position += count;
+    m_readBytes += count;
     return count;
 }
 

@@ -12,6 +12,8 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
+#include <utility>
 
 class ExportFolder;
 
@@ -31,10 +33,22 @@ struct ExportItem {
     FileInfo info;     ///< of the file
     FileError failure; ///< why there is nothing to copy, unless its kind is None
 
-    /// Makes a file that is none of the device's, called by `PhotoExport::run` when it is its
-    /// turn; null for a file of the device. Of the members above, the label and the size
-    /// count then, which is an estimate for the progress.
+    /// Makes a file that is none of the device's, called by `PhotoExport::run` when its content
+    /// is needed; null for a file of the device.
     std::function<MadeFile()> make;
+
+    /// Whether the name, the size and the time of change above are those of the file that `make`
+    /// makes. Otherwise there is no name, and the size is an estimate for the progress.
+    bool isForetold = false;
+};
+
+/// What tells whether a file that is there already is the copy.
+enum class ExportComparison {
+    /// Its size and its time of change, so that nothing of it needs to be read. The times are
+    /// compared as exactly as the target's disk holds them, which may be no more than every other
+    /// second. Where the times differ or do not tell, the content decides.
+    SizeAndTime,
+    Content, ///< every byte
 };
 
 /// How many files an export has dealt with.
@@ -54,14 +68,15 @@ struct ExportCounts {
 ///
 /// A file that changes while it is copied is copied once more, and fails when it changes again.
 /// A copy has its content and its time of change before it gets its name, which replaces
-/// nothing: a name that is taken gets a number. A file of that name with the same content
-/// counts as the copy, once for each photo, so that running the export again copies only
-/// what is missing and leaves the same files.
+/// nothing: a name that is taken gets a number. A file of that name that is the same counts as the
+/// copy, once for each photo, so that running the export again copies only what is missing and
+/// leaves the same files.
 class PhotoExport
 {
 public:
     /// Both must outlive the object.
-    PhotoExport(DeviceFileSystem &files, ExportFolder &folder, QVector<ExportItem> items);
+    PhotoExport(DeviceFileSystem &files, ExportFolder &folder, QVector<ExportItem> items,
+                ExportComparison comparison = ExportComparison::SizeAndTime);
 
     /// Copies until all is done or cancelled. A file that can not be read is told by
     /// `takeFailures`. Throws Error when the device is gone and when the folder can
@@ -80,22 +95,31 @@ public:
     /// Bytes of the files that are dealt with, and of the part of the current one.
     qint64 doneBytes() const;
 
+    /// Bytes that were read of the device for that: none of a file that is known to be there.
+    qint64 readBytes() const { return m_readBytes; }
+
     /// The failures since the last call, "NAME: CAUSE" each.
     QList<QByteArray> takeFailures();
 
 private:
     struct Source;
+    using NamesAndSizes = std::set<std::pair<QString, qint64>>; // names as they are compared
+
+    static NamesAndSizes alike(const QVector<ExportItem> &items);
 
     void handle(const ExportItem &item);
-    bool tryToStore(const ExportItem &item);
-    Source opened(const ExportItem &item);
-    static Source made(const ExportItem &item);
+    bool tryToStore(const ExportItem &item, bool believesForetold);
+    Source sourceOf(const ExportItem &item);
+    static void makeNow(Source *source);
+    DeviceFile &contentOf(Source &source);
     void store(Source &source);
     bool storeAs(const QByteArray &name, Source &source);
     bool isPresentAs(const QByteArray &name, Source &source);
     void copy(Source &source, AtomicFile &target);
     bool isUnchanged(const Source &source);
     bool isSameAs(const QByteArray &name, Source &source);
+    bool hasTimeOf(const Source &source, qint64 modified) const;
+    bool hasContentOf(Source &source, const QByteArray &name);
     qint64 readBlock(Source &source);
     void addFailure(const ExportItem &item, const QString &cause);
     void count(int ExportCounts::*counter);
@@ -103,6 +127,8 @@ private:
     DeviceFileSystem &m_files;
     ExportFolder &m_folder;
     const QVector<ExportItem> m_items;
+    const ExportComparison m_comparison;
+    NamesAndSizes m_alike; // of several items
     qint64 m_totalBytes = 0;
     QByteArray m_block;
     QByteArray m_otherBlock;
@@ -110,7 +136,8 @@ private:
     std::atomic<bool> m_isCancelled{false};
     std::atomic<qint64> m_doneBytes{0};
     std::atomic<qint64> m_position{0}; // in the current file
-    mutable std::mutex m_mutex;        // guards the members below
+    std::atomic<qint64> m_readBytes{0};
+    mutable std::mutex m_mutex; // guards the members below
     ExportCounts m_counts;
     QList<QByteArray> m_failures;
 };

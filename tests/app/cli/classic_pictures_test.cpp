@@ -175,6 +175,25 @@ TEST_F(ClassicPictures, AreExportedOnce)
     EXPECT_EQ(all, names());
 }
 
+// They are large, and each is of a size that the database tells.
+TEST_F(ClassicPictures, AreNotReadAgainToFindThatTheyAreThere)
+{
+    writeThreePhotos();
+    m_scratch.write("device/Photos/Full Resolution/2005/08/06/IMG_0042.JPG", "other");
+    storeBytes(addPhoto(105, 1123323640), 1081, {64, 48}, jpegOf({64, 48}));
+    writeDevice();
+    const QList<QByteArray> all = {"export", "-d", device(), "100", "104", "105", out()};
+    EXPECT_EQ(0, run(all).exitCode);
+    EXPECT_EQ(5, names().size());
+    for (const char *file : {screenFile, "device/Photos/Thumbs/F1081_1.ithmb"})
+        m_scratch.write(file, QByteArray(int(m_scratch.size(file)), 'x'));
+    const ProgramResult second = run(all);
+    EXPECT_EQ(0, second.exitCode) << second.errors.constData();
+    EXPECT_TRUE(second.output.startsWith("copied 0 files (0 bytes), 5 already there"));
+    EXPECT_TRUE(run(all + QList<QByteArray>{"--verify"})
+                    .output.startsWith("copied 2 files (450.1 KiB), 2 already there"));
+}
+
 TEST_F(ClassicPictures, AreExportedUnderNumberedNamesWhenTheirsAreTaken)
 {
     // Three photos of one name, of which one is stored as JPEG, like its original.

@@ -90,6 +90,25 @@ TEST_F(ExportProgram, CopiesWhatIsMissingOnlyInASecondRun)
     EXPECT_EQ("DCIM/102APPLE", m_scratch.read("out/IMG_0001 (3).JPG"));
 }
 
+TEST_F(ExportProgram, ComparesTheContentsOfWhatIsThereOnRequestOnly)
+{
+    addPhoto("a.jpg", "one");
+    addPhoto("b.jpg", "two");
+    writeDevice();
+    EXPECT_EQ(0, runExport().exitCode);
+    const QByteArray source = device() + "/DCIM/100APPLE/a.jpg";
+    struct stat before = {};
+    ASSERT_EQ(0, ::stat(source.constData(), &before));
+    m_scratch.write("device/DCIM/100APPLE/a.jpg", "new");
+    const timespec times[] = {before.st_atim, before.st_mtim};
+    ASSERT_EQ(0, ::utimensat(AT_FDCWD, source.constData(), times, 0));
+    EXPECT_TRUE(runExport().output.startsWith("copied 0 files (0 bytes), 2 already there"));
+    EXPECT_TRUE(
+        runExport({"--verify"}).output.startsWith("copied 1 file (3 bytes), 1 already there"));
+    EXPECT_EQ("one", m_scratch.read("out/a.jpg"));
+    EXPECT_EQ("new", m_scratch.read("out/a (2).jpg"));
+}
+
 TEST_F(ExportProgram, NeverLeadsOutOfTheFolder)
 {
     addPhoto("inside.jpg", "one");
@@ -381,9 +400,18 @@ protected:
     {
         addPhoto("a.jpg", "one");
         addPhoto("b.mov", "");
-        m_scratch.writeSparse("device/DCIM/100APPLE/b.mov", qint64(1) << 40);
+        m_scratch.writeSparse("device/DCIM/100APPLE/b.mov", longest);
         writeDevice();
     }
+
+    /// An export that compares the long file with a copy, and so needs no room on the disk.
+    QList<QByteArray> comparison() const
+    {
+        m_scratch.writeSparse("out/b.mov", longest);
+        return {"export", "--verify", "-d", device(), out()};
+    }
+
+    static constexpr qint64 longest = qint64(1) << 40;
 };
 
 TEST_F(InterruptedExport, LeavesNoHalfFileAndSaysWhatWasDone)
@@ -434,7 +462,7 @@ TEST_F(InterruptedExport, TellsTheTimeLeft)
     if (!terminal.isOpen())
         GTEST_SKIP() << "there are no pseudo-terminals here";
     m_setup.errorFd = terminal.slave();
-    Program program(m_setup, {"export", "-d", device(), out()});
+    Program program(m_setup, comparison());
     EXPECT_TRUE(terminal.shownUntil(" left").contains(" of 1.0 TiB, "));
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
     EXPECT_EQ(130, program.waitForExitCode());
@@ -447,7 +475,7 @@ TEST_F(InterruptedExport, KeepsItsBarOnOneLineOfTheTerminal)
         GTEST_SKIP() << "there are no pseudo-terminals here";
     terminal.setColumns(60);
     m_setup.errorFd = terminal.slave();
-    Program program(m_setup, {"export", "-d", device(), out()});
+    Program program(m_setup, comparison());
     QByteArray shown = terminal.shownUntil(" left");
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
     EXPECT_EQ(130, program.waitForExitCode());

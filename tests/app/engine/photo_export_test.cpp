@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fcntl.h>
 #include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -104,11 +105,37 @@ protected:
         m_items.append(item);
     }
 
+    /// The same for one of which all but the content is known before.
+    void addForetold(const QByteArray &name, qint64 size, const std::function<MadeFile()> &make)
+    {
+        addMade(size, make);
+        m_items.last().name = name;
+        m_items.last().info.modified = someTime;
+        m_items.last().isForetold = true;
+    }
+
+    /// Counts the reads of the device from now on.
+    void countReads()
+    {
+        m_reads = 0;
+        m_device.beforeRead = [this] {
+            ++m_reads;
+            return FileError();
+        };
+    }
+
+    void setChangeOf(const QByteArray &name, qint64 nanoseconds) const
+    {
+        constexpr qint64 second = 1000000000;
+        const timespec times[] = {{0, UTIME_NOW}, {nanoseconds / second, nanoseconds % second}};
+        ASSERT_EQ(0, ::utimensat(AT_FDCWD, m_scratch.path(name).constData(), times, 0));
+    }
+
     /// Exports, and returns "copied present failed".
     QByteArray run()
     {
         ExportFolder folder(m_scratch.path("out"));
-        PhotoExport photos(m_device, folder, m_items);
+        PhotoExport photos(m_device, folder, m_items, m_comparison);
         m_current = &photos;
         photos.run();
         m_failures = photos.takeFailures();
@@ -141,8 +168,10 @@ protected:
     ScratchFolder m_scratch;
     MemoryDevice m_device;
     QVector<ExportItem> m_items;
+    ExportComparison m_comparison = ExportComparison::SizeAndTime;
     PhotoExport *m_current = nullptr; ///< while `run` runs
     QList<QByteArray> m_failures;
+    int m_reads = 0;
 };
 
 TEST_F(PhotoExports, KeepBothOfTwoFilesOfOneName)
@@ -219,6 +248,63 @@ TEST_F(PhotoExports, LeaveWhatWasThereBefore)
     add("b.jpg", "same");
     EXPECT_EQ("1 1 0", run());
     EXPECT_EQ((Copies{{"a.jpg", "own"}, {"a (2).jpg", "one"}, {"B.jpg", "same"}}), copies());
+}
+
+TEST_F(PhotoExports, ReadNothingOfTheDeviceAgain)
+{
+    add("a.jpg", "one");
+    add("a.jpg", "three");
+    add("b.jpg", QByteArray());
+    EXPECT_EQ("3 0 0", run());
+    countReads();
+    EXPECT_EQ("0 3 0", run());
+    EXPECT_EQ(0, m_reads);
+}
+
+TEST_F(PhotoExports, TakeSizeAndTimeForTheContentUnlessItIsToBeVerified)
+{
+    add("a.jpg", "one");
+    add("b.jpg", "two");
+    EXPECT_EQ("2 0 0", run());
+    m_device.contents["0"] = "new";
+    EXPECT_EQ("0 2 0", run());
+    m_comparison = ExportComparison::Content;
+    EXPECT_EQ("1 1 0", run());
+    EXPECT_EQ((Copies{{"a.jpg", "one"}, {"a (2).jpg", "new"}, {"b.jpg", "two"}}), copies());
+    EXPECT_EQ("0 2 0", run());
+}
+
+// As FAT, exFAT and others keep them.
+TEST_F(PhotoExports, KnowACopyByTheTimeThatItsDiskHolds)
+{
+    add("a.jpg", "one");
+    EXPECT_EQ("1 0 0", run());
+    constexpr qint64 second = 1000000000;
+    countReads();
+    for (const qint64 step : {qint64(100), qint64(1000), second / 100, second, 2 * second}) {
+        for (const qint64 held : {someTime - someTime % step, someTime - someTime % step + step}) {
+            setChangeOf("out/a.jpg", held);
+            EXPECT_EQ("0 1 0", run());
+            EXPECT_EQ(0, m_reads) << held;
+        }
+    }
+}
+
+TEST_F(PhotoExports, CompareTheContentWhereTheTimesDiffer)
+{
+    constexpr qint64 second = 1000000000;
+    add("a.jpg", "one");
+    EXPECT_EQ("1 0 0", run());
+    for (const qint64 other : {someTime + 1, someTime - 1, someTime - someTime % second - second,
+                               someTime + 7200 * second, qint64(0)}) {
+        setChangeOf("out/a.jpg", other);
+        countReads();
+        EXPECT_EQ("0 1 0", run());
+        EXPECT_GT(m_reads, 0) << other;
+    }
+    m_device.contents["0"] = "new";
+    EXPECT_EQ("1 0 0", run());
+    EXPECT_EQ((Copies{{"a.jpg", "one"}, {"a (2).jpg", "new"}}), copies());
 }
 
 TEST_F(PhotoExports, CompareTheWholeContent)
@@ -394,6 +480,19 @@ TEST_F(PhotoExports, LeaveNoHalfFileWhenCancelled)
     EXPECT_EQ((Copies{{"a.jpg", "one"}}), copies());
 }
 
+// So that the time that is left can be told of those that are still to be read.
+TEST_F(PhotoExports, CountTheBytesThatAreReadApartFromThoseOfWhatIsThere)
+{
+    add("a.jpg", QByteArray(1000, 'x'));
+    EXPECT_EQ("1 0 0", run());
+    add("b.jpg", QByteArray(500, 'x'));
+    ExportFolder folder(m_scratch.path("out"));
+    PhotoExport photos(m_device, folder, m_items);
+    photos.run();
+    EXPECT_EQ(1500, photos.doneBytes());
+    EXPECT_EQ(500, photos.readBytes());
+}
+
 TEST_F(PhotoExports, CountTheBytesOfWhatIsDone)
 {
     add("a.jpg", QByteArray(1000, 'x'));
@@ -406,6 +505,7 @@ TEST_F(PhotoExports, CountTheBytesOfWhatIsDone)
     photos.run();
     EXPECT_EQ(1500, photos.doneBytes());
     EXPECT_EQ(1000, photos.counts().copiedBytes);
+    EXPECT_EQ(1500, photos.readBytes());
     EXPECT_EQ("copied 1 file (1000 bytes), 1 already there, 0 failed", photos.counts().text());
 }
 
@@ -430,6 +530,31 @@ TEST_F(PhotoExports, WriteWhatIsMadeLikeACopy)
     EXPECT_EQ(2, made);
     EXPECT_EQ("0 3 0", run());
     EXPECT_EQ(expected, copies());
+}
+
+TEST_F(PhotoExports, MakeNothingAgainOfWhichNameSizeAndTimeAreKnown)
+{
+    int made = 0;
+    const auto make = [&made] {
+        ++made;
+        return madeFile("a.bmp", "one");
+    };
+    addForetold("a.bmp", 3, make);
+    EXPECT_EQ("1 0 0", run());
+    EXPECT_EQ("0 1 0", run());
+    EXPECT_EQ(1, made);
+    m_comparison = ExportComparison::Content;
+    EXPECT_EQ("0 1 0", run());
+    EXPECT_EQ(2, made);
+}
+
+TEST_F(PhotoExports, WriteWhatIsMadeThoughSomethingElseWasForetold)
+{
+    addForetold("a.bmp", 4, [] { return madeFile("a.bmp", "one"); });
+    addForetold("b.bmp", 3, [] { return madeFile("b.jpg", "two"); });
+    EXPECT_EQ("2 0 0", run());
+    EXPECT_EQ((Copies{{"a.bmp", "one"}, {"b.jpg", "two"}}), copies());
+    EXPECT_EQ("0 2 0", run());
 }
 
 TEST_F(PhotoExports, WriteAMadeFileOfManyBlocks)
