@@ -76,22 +76,31 @@ QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids)
 class ExportReport
 {
 public:
-    ExportReport(bool isShown, PhotoExport &photos)
-        : m_photos(photos), m_bar(isShown, QStringLiteral("Copying"))
+    ExportReport(PhotoExport &photos, bool tellsAbsent)
+        : m_photos(photos), m_tellsAbsent(tellsAbsent),
+          m_bar(showsProgress(), QStringLiteral("Copying"))
     {
         m_clock.start();
     }
 
     void update()
     {
-        for (const QByteArray &failure : m_photos.takeFailures()) {
-            m_bar.hide();
-            writeErrorLine("photolib: " + failure);
+        for (const QByteArray &failure : m_photos.takeFailures())
+            tell(failure);
+        for (const QByteArray &name : m_photos.takeAbsent()) {
+            if (m_tellsAbsent)
+                tell(name + ": not on the device");
         }
         m_bar.show(m_photos.doneBytes(), m_photos.totalBytes(), amounts());
     }
 
 private:
+    void tell(const QByteArray &line)
+    {
+        m_bar.hide();
+        writeErrorLine("photolib: " + line);
+    }
+
     QString amounts() const
     {
         return QStringLiteral("%1 of %2 files, %3%4")
@@ -115,14 +124,15 @@ private:
     }
 
     PhotoExport &m_photos;
+    const bool m_tellsAbsent;
     ProgressBar m_bar;
     QElapsedTimer m_clock;
 };
 
 // Whether it was interrupted.
-bool runReported(PhotoExport &photos, bool showsProgress)
+bool runReported(PhotoExport &photos, bool tellsAbsent)
 {
-    ExportReport report(showsProgress, photos);
+    ExportReport report(photos, tellsAbsent);
     try {
         return runInterruptible([&photos] { photos.run(); }, [&photos] { photos.cancel(); },
                                 [&report] { report.update(); });
@@ -131,8 +141,8 @@ bool runReported(PhotoExport &photos, bool showsProgress)
     }
 }
 
-int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession &session,
-                 Output &output)
+int exportPhotos(const ExportArguments &arguments, const CommonOptions &options,
+                 LibrarySession &session, Output &output)
 {
     const QVector<ExportItem> items = itemsFor(session, chosenIds(arguments, session));
     const auto path = QByteArray::fromStdString(arguments.folder);
@@ -142,12 +152,12 @@ int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession 
     PhotoExport photos(session.files(), folder, items,
                        arguments.verify ? ExportComparison::Content
                                         : ExportComparison::SizeAndTime);
-    const bool isInterrupted = runReported(photos, showsProgress());
+    const bool isInterrupted = runReported(photos, options.verbose);
     const ExportCounts counts = photos.counts();
     if (isInterrupted)
         throw Error(Error::Cancelled, "interrupted: " + counts.text().toStdString());
     ensured->keep();
-    if (!isQuiet)
+    if (!options.quiet)
         output.writeLine(counts.text());
     return counts.failed == 0 ? 0 : exitFailed;
 }
@@ -155,7 +165,7 @@ int exportPhotos(const ExportArguments &arguments, bool isQuiet, LibrarySession 
 int runExport(const CommandContext &context, const ExportArguments &arguments)
 {
     const auto work = [&](LibrarySession &session, Output &output) {
-        return exportPhotos(arguments, context.options.quiet, session, output);
+        return exportPhotos(arguments, context.options, session, output);
     };
     requireNamedDevice(context);
     return workOnLibrary(context, work);
@@ -173,7 +183,9 @@ void addArguments(CLI::App &command, ExportArguments &arguments)
     command.add_flag("--verify", arguments.verify,
                      "Compare the contents of files that are there already");
     command.footer("A name that is taken gets a number; a file that is there already is left as "
-                   "it is, so that a second run copies only what is missing.\n"
+                   "it is, so that a second run copies only what is missing. Photos of which the "
+                   "device has no file, since it is in iCloud, say, are counted, and listed with "
+                   "-v.\n"
                    "\n"
                    "A copy has its original's time of change, and a file of the same name, size "
                    "and time is taken for the copy without reading it. On a disk that keeps times "

@@ -94,9 +94,14 @@ struct PhotoExport::Source {
 QString ExportCounts::text() const
 {
     const QString files = copied == 1 ? QStringLiteral("file") : QStringLiteral("files");
-    return QStringLiteral("copied %1 %2 (%3), %4 already there, %5 failed")
-        .arg(QString::number(copied), files, byteCountText(copiedBytes), QString::number(present),
-             QString::number(failed));
+    QString text = QStringLiteral("copied %1 %2 (%3), %4 already there")
+                       .arg(QString::number(copied), files, byteCountText(copiedBytes),
+                            QString::number(present));
+    if (absent > 0)
+        text += QStringLiteral(", %1 not on the device").arg(absent);
+    if (failed > 0)
+        text += QStringLiteral(", %1 failed").arg(failed);
+    return text;
 }
 
 PhotoExport::PhotoExport(DeviceFileSystem &files, ExportFolder &folder, QVector<ExportItem> items,
@@ -137,6 +142,10 @@ void PhotoExport::run()
 
 void PhotoExport::handle(const ExportItem &item)
 {
+    if (item.failure.kind == FileError::NotFound) {
+        addAbsent(item);
+        return;
+    }
     try {
         if (!tryToStore(item, true) && !tryToStore(item, false))
             throw FileFailure{QStringLiteral("changed while it was read, twice")};
@@ -321,6 +330,13 @@ void PhotoExport::count(int ExportCounts::*counter)
     ++(m_counts.*counter);
 }
 
+void PhotoExport::addAbsent(const ExportItem &item)
+{
+    count(&ExportCounts::absent);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_absent.append(item.label.toUtf8());
+}
+
 void PhotoExport::addFailure(const ExportItem &item, const QString &cause)
 {
     count(&ExportCounts::failed);
@@ -345,4 +361,10 @@ QList<QByteArray> PhotoExport::takeFailures()
     QList<QByteArray> failures;
     failures.swap(m_failures);
     return failures;
+}
+
+QList<QByteArray> PhotoExport::takeAbsent()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return std::exchange(m_absent, {});
 }

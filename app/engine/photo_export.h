@@ -27,11 +27,14 @@ struct MadeFile {
 
 /// One file to copy off the device, or to make.
 struct ExportItem {
-    QString label;     ///< names it in messages
-    QByteArray name;   ///< for the copy: a safe file name
-    QByteArray path;   ///< on the device
-    FileInfo info;     ///< of the file
-    FileError failure; ///< why there is nothing to copy, unless its kind is None
+    QString label;   ///< names it in messages
+    QByteArray name; ///< for the copy: a safe file name
+    QByteArray path; ///< on the device
+    FileInfo info;   ///< of the file
+
+    /// Why there is nothing to copy, unless its kind is None. NotFound where the library has a
+    /// photo of which the device has no file, since that is in iCloud, say: this is no failure.
+    FileError failure;
 
     /// Makes a file that is none of the device's, called by `PhotoExport::run` when its content
     /// is needed; null for a file of the device.
@@ -55,12 +58,14 @@ enum class ExportComparison {
 struct ExportCounts {
     int copied = 0;
     int present = 0; ///< were there already
+    int absent = 0;  ///< are in the library and not on the device
     int failed = 0;
     qint64 copiedBytes = 0;
 
-    int all() const { return copied + present + failed; }
+    int all() const { return copied + present + absent + failed; }
 
-    /// "copied 40 files (12.3 MiB), 3 already there, 2 failed".
+    /// "copied 40 files (12.3 MiB), 3 already there, 18 not on the device, 2 failed", the last two
+    /// only where there are any.
     QString text() const;
 };
 
@@ -101,6 +106,9 @@ public:
     /// The failures since the last call, "NAME: CAUSE" each.
     QList<QByteArray> takeFailures();
 
+    /// The names of those that are not on the device, since the last call.
+    QList<QByteArray> takeAbsent();
+
 private:
     struct Source;
     using NamesAndSizes = std::set<std::pair<QString, qint64>>; // names as they are compared
@@ -121,6 +129,7 @@ private:
     bool hasTimeOf(const Source &source, qint64 modified) const;
     bool hasContentOf(Source &source, const QByteArray &name);
     qint64 readBlock(Source &source);
+    void addAbsent(const ExportItem &item);
     void addFailure(const ExportItem &item, const QString &cause);
     void count(int ExportCounts::*counter);
 
@@ -140,6 +149,7 @@ private:
     mutable std::mutex m_mutex; // guards the members below
     ExportCounts m_counts;
     QList<QByteArray> m_failures;
+    QList<QByteArray> m_absent;
 };
 
 #endif // PHOTOLIB_ENGINE_PHOTO_EXPORT_H

@@ -91,7 +91,7 @@ TEST_F(ClassicPictures, AreWrittenAsTheyAreWhenTheyAreJpeg)
     EXPECT_EQ(QList<QByteArray>{"100.jpg"}, names());
     EXPECT_EQ(jpeg, m_scratch.read("out/100.jpg"));
     EXPECT_EQ(0, run({"export", "-d", device(), out()}).exitCode);
-    EXPECT_EQ("copied 0 files (0 bytes), 1 already there, 0 failed\n",
+    EXPECT_EQ("copied 0 files (0 bytes), 1 already there\n",
               run({"export", "-d", device(), out()}).output);
 }
 
@@ -137,7 +137,7 @@ TEST_F(ClassicPictures, AreExportedWithTheOriginals)
     const ProgramResult result = run({"export", "-d", device(), out()});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ(QByteArray(), result.errors);
-    EXPECT_EQ("copied 5 files (675.2 KiB), 0 already there, 0 failed\n", result.output);
+    EXPECT_EQ("copied 5 files (675.2 KiB), 0 already there\n", result.output);
     EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041.bmp", "IMG_0042.JPG",
                                  "IMG_0042.bmp"}),
               names());
@@ -167,10 +167,10 @@ TEST_F(ClassicPictures, AreExportedOnce)
     m_scratch.write("device/Photos/Full Resolution/2005/08/06/IMG_0042.JPG", "other");
     EXPECT_EQ(0, run({"export", "-d", device(), out()}).exitCode);
     const QList<QByteArray> all = names();
-    EXPECT_EQ("copied 0 files (0 bytes), 5 already there, 0 failed\n",
+    EXPECT_EQ("copied 0 files (0 bytes), 5 already there\n",
               run({"export", "-d", device(), out()}).output);
     ASSERT_EQ(0, ::unlink((out() + "/IMG_0042.bmp").constData()));
-    EXPECT_EQ("copied 1 file (225.1 KiB), 4 already there, 0 failed\n",
+    EXPECT_EQ("copied 1 file (225.1 KiB), 4 already there\n",
               run({"export", "-d", device(), out()}).output);
     EXPECT_EQ(all, names());
 }
@@ -212,7 +212,7 @@ TEST_F(ClassicPictures, AreExportedUnderNumberedNamesWhenTheirsAreTaken)
     const QList<QByteArray> all = {"IMG_0041 (2).JPG", "IMG_0041 (2).bmp", "IMG_0041 (3).JPG",
                                    "IMG_0041 (4).jpg", "IMG_0041.JPG",     "IMG_0041.bmp"};
     EXPECT_EQ(all, names());
-    EXPECT_EQ("copied 0 files (0 bytes), 6 already there, 0 failed\n",
+    EXPECT_EQ("copied 0 files (0 bytes), 6 already there\n",
               run({"export", "-d", device(), out()}).output);
     EXPECT_EQ(all, names());
 }
@@ -222,7 +222,7 @@ TEST_F(ClassicPictures, AreExportedOfTheIdsAndAlbumsThatAreNamed)
     writeThreePhotos();
     EXPECT_EQ(0, run({"export", "-d", device(), "101", "101", out()}).exitCode);
     EXPECT_EQ(QList<QByteArray>{"101.bmp"}, names());
-    EXPECT_EQ(1, run({"export", "-d", device(), "--album", "2", out()}).exitCode);
+    EXPECT_EQ(0, run({"export", "-d", device(), "--album", "2", out()}).exitCode);
     EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041.bmp", "IMG_0042.bmp"}),
               names());
 }
@@ -241,14 +241,12 @@ TEST_F(ClassicPictures, AreToldThatCanNotBeExported)
     EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041.bmp", "IMG_0042.bmp",
                                  "IMG_0050.JPG"}),
               names());
-    EXPECT_TRUE(result.output.endsWith(", 0 already there, 4 failed\n"));
+    EXPECT_TRUE(result.output.endsWith(", 0 already there, 1 not on the device, 3 failed\n"));
     const QList<QByteArray> lines = result.errors.split('\n');
-    ASSERT_EQ(5, lines.size()) << result.errors.constData();
-    EXPECT_EQ("photolib: Photos/Full Resolution/2005/08/06/IMG_0042.JPG: missing on the device",
-              lines[0]);
-    EXPECT_EQ("photolib: 110: no picture", lines[1]);
-    EXPECT_TRUE(lines[2].startsWith("photolib: 111: no picture (")); // names the format
-    EXPECT_TRUE(lines[3].startsWith("photolib: 112: no picture ("));
+    ASSERT_EQ(4, lines.size()) << result.errors.constData();
+    EXPECT_EQ("photolib: 110: no picture", lines[0]);
+    EXPECT_TRUE(lines[1].startsWith("photolib: 111: no picture (")); // names the format
+    EXPECT_TRUE(lines[2].startsWith("photolib: 112: no picture ("));
 }
 
 TEST_F(ClassicPictures, AreToldOneByOneWhenTheirFileIsMissing)
@@ -257,11 +255,7 @@ TEST_F(ClassicPictures, AreToldOneByOneWhenTheirFileIsMissing)
     ASSERT_EQ(0, ::unlink(m_scratch.path(screenFile).constData()));
     const QByteArray cause = ": no picture (Photos/Thumbs/F1024_1.ithmb: missing on the device)\n";
     expectFailures(run({"export", "-d", device(), out()}),
-                   "photolib: 100" + cause + "photolib: 101" + cause +
-                       "photolib: Photos/Full Resolution/2005/08/06/IMG_0042.JPG: "
-                       "missing on the device\n"
-                       "photolib: 104" +
-                       cause);
+                   "photolib: 100" + cause + "photolib: 101" + cause + "photolib: 104" + cause);
     EXPECT_EQ(QList<QByteArray>{"IMG_0041.JPG"}, names());
 }
 

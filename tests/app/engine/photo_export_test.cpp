@@ -388,6 +388,21 @@ TEST_F(PhotoExports, GoOnAfterAFileThatCanNotBeRead)
     EXPECT_EQ((Copies{{"c.jpg", "three"}}), copies());
 }
 
+TEST_F(PhotoExports, CountWhatTheDeviceDoesNotHaveApartFromWhatFails)
+{
+    for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
+        add(name, name);
+    m_items[0].failure = {FileError::NotFound, "No such file or directory"};
+    m_items[1].failure = {FileError::Denied, "Permission denied"};
+    ExportFolder folder(m_scratch.path("out"));
+    PhotoExport photos(m_device, folder, m_items);
+    photos.run();
+    EXPECT_EQ("copied 1 file (5 bytes), 0 already there, 1 not on the device, 1 failed",
+              photos.counts().text());
+    EXPECT_EQ(QList<QByteArray>{"a.jpg"}, photos.takeAbsent());
+    EXPECT_EQ(QList<QByteArray>{"b.jpg: Permission denied"}, photos.takeFailures());
+}
+
 TEST_F(PhotoExports, RefuseAFileThatIsShorterThanTheDeviceSaid)
 {
     add("a.jpg", "whole");
@@ -506,7 +521,7 @@ TEST_F(PhotoExports, CountTheBytesOfWhatIsDone)
     EXPECT_EQ(1500, photos.doneBytes());
     EXPECT_EQ(1000, photos.counts().copiedBytes);
     EXPECT_EQ(1500, photos.readBytes());
-    EXPECT_EQ("copied 1 file (1000 bytes), 1 already there, 0 failed", photos.counts().text());
+    EXPECT_EQ("copied 1 file (1000 bytes), 1 already there", photos.counts().text());
 }
 
 MadeFile madeFile(const QByteArray &name, const QByteArray &bytes)
