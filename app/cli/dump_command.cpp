@@ -1,8 +1,12 @@
+#include "base/error.h"
 #include "base/printable.h"
+#include "cli/interruptible_task.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
+#include "cli/progress_bar.h"
 #include "engine/library_session.h"
 #include "engine/photo_text.h"
+#include "engine/plugin_view.h"
 
 #include <QCryptographicHash>
 
@@ -46,37 +50,40 @@ Json idList(const QList<quint64> &ids)
     return list;
 }
 
+// Null where there is none.
+Json dateValue(const QDateTime &date)
+{
+    return date.isValid() ? Json(utf8(isoText(date))) : Json();
+}
+
 Json photoObject(LibrarySession &session, quint64 id)
 {
-    photoItem item;
-    if (session.photo(id, &item) != FileState::There)
-        return {{"id", id}, {"ok", false}};
-    return {
-        {"id", item.id},
-        {"ok", true},
-        {"uuid", item.uuid.toHex().toStdString()},
-        {"name", utf8(item.name)},
-        {"type", item.type},
-        {"path", utf8(item.path)},
-        {"thumbPath", utf8(item.thumbPath)},
-        {"orientation", item.orientation},
-        {"height", item.height},
-        {"width", item.width},
-        {"duration", item.duration},
-        {"fileSize", item.fileSize},
-        {"createDate", utf8(isoText(item.createDate))},
-        {"modifyDate", utf8(isoText(item.modifyDate))},
-        {"trashedDate", item.trashedDate},
-        {"avalancheUUID", utf8(item.avalancheUUID)},
-        {"sortToken", item.sortToken},
-    };
+    const PluginPhoto photo = pluginPhoto(session, id);
+    const photoItem &record = photo.record;
+    Json object = {{"id", id}, {"ok", photo.isUsable}};
+    if (photo.filled == PluginPhoto::Nothing)
+        return object;
+    const bool isWhole = photo.filled == PluginPhoto::Everything;
+    object["uuid"] = record.uuid.toHex().toStdString();
+    object["name"] = utf8(record.name);
+    object["type"] = record.type;
+    object["path"] = utf8(record.path);
+    if (isWhole)
+        object["thumbPath"] = utf8(record.thumbPath);
+    object["orientation"] = record.orientation;
+    object["height"] = record.height;
+    object["width"] = record.width;
+    object["duration"] = record.duration;
+    if (!isWhole)
+        return object;
+    object["fileSize"] = record.fileSize;
+    object["createDate"] = dateValue(photo.createDate);
+    object["modifyDate"] = dateValue(photo.modifyDate);
+    object["trashedDate"] = record.trashedDate;
+    object["avalancheUUID"] = utf8(record.avalancheUUID);
+    object["sortToken"] = record.sortToken;
+    return object;
 }
-
-void writeMember(Output &output, const char *name, const Json &value)
-{
-    output.write(jsonText(name) + ": " + jsonText(value) + ",\n");
-}
-
 Json albumObject(LibrarySession &session, quint64 id)
 {
     albumItem item;
@@ -90,60 +97,121 @@ Json albumObject(LibrarySession &session, quint64 id)
 
 Json thumbnailObject(LibrarySession &session, quint64 id)
 {
-    QByteArray bytes;
-    const int result = session.library().getPhotoThumbnail(id, bytes);
-    if (bytes.isEmpty())
-        session.requireDevice();
-    const QByteArray hash = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+    const PluginThumbnail thumbnail = pluginThumbnail(session, id);
+    const QByteArray hash = QCryptographicHash::hash(thumbnail.bytes, QCryptographicHash::Sha256);
     return {
         {"id", id},
-        {"result", result},
-        {"bytes", bytes.size()},
+        {"result", thumbnail.result},
+        {"bytes", thumbnail.bytes.size()},
         {"sha256", hash.toHex().toStdString()},
     };
 }
 
-using ObjectMaker = Json (*)(LibrarySession &, quint64);
-
-// One object at a time, for a large library as one JSON value would take far more memory
-// than the library itself.
-void writeObjects(LibrarySession &session, const QList<quint64> &ids, ObjectMaker make,
-                  Output &output)
+// A bar among the lines of the JSON would spoil both.
+bool showsDumpProgress()
 {
-    const char *separator = "\n";
-    for (const quint64 id : ids) {
-        output.write(separator + jsonText(make(session, id)));
-        separator = ",\n";
-    }
+    return showsProgress() && !Output::isTerminal();
 }
 
-void writeLibrary(LibrarySession &session, Output &output)
+// Writes a library as one JSON value, piece by piece: as a whole in memory it would take far more
+// than the library itself.
+class LibraryDump
 {
-    photo_manager_int &library = session.library();
-    output.write("{\n");
-    writeMember(output, "parsed", true);
-    writeMember(output, "libraryUuid", utf8(library.getUUID()));
-    writeMember(output, "photoCount", library.photoCnt());
-    writeMember(output, "photoIds", idList(library.photoIDs()));
-    writeMember(output, "albumCount", library.albumCnt());
-    writeMember(output, "albumIds", idList(library.albumIDs()));
-    output.write("\"photos\": [");
-    writeObjects(session, library.photoIDs(), photoObject, output);
-    output.write("\n],\n\"albums\": [");
-    writeObjects(session, library.albumIDs(), albumObject, output);
-    output.write("\n],\n\"thumbnails\": [");
-    writeObjects(session, library.photoIDs(), thumbnailObject, output);
-    output.write("\n]\n}\n");
+public:
+    LibraryDump(LibrarySession &session, Output &output, bool hasThumbnails)
+        : m_session(session), m_output(output), m_hasThumbnails(hasThumbnails),
+          m_photoIds(session.library().photoIDs()), m_albumIds(session.library().albumIDs()),
+          m_task(showsDumpProgress(), QStringLiteral("Reading the library"), steps())
+    {
+    }
+
+    // Throws Error also when it is interrupted: then the last brace is missing.
+    void write()
+    {
+        m_output.whileWaiting([this] { m_task.setDone(m_done); });
+        const bool isInterrupted = m_task.run([this] { writeLibrary(); });
+        m_output.whileWaiting(nullptr);
+        if (isInterrupted)
+            throw Error(Error::Cancelled, "interrupted: the JSON is not complete");
+    }
+
+private:
+    using ObjectMaker = Json (*)(LibrarySession &, quint64);
+
+    int steps() const { return m_photoIds.size() * (m_hasThumbnails ? 2 : 1) + m_albumIds.size(); }
+
+    void writeLibrary()
+    {
+        photo_manager_int &library = m_session.library();
+        m_output.write("{\n");
+        writeMember("parsed", true);
+        writeMember("libraryUuid", utf8(library.getUUID()));
+        writeMember("photoCount", library.photoCnt());
+        writeMember("photoIds", idList(m_photoIds));
+        writeMember("albumCount", library.albumCnt());
+        writeMember("albumIds", idList(m_albumIds));
+        writeList("photos", m_photoIds, photoObject);
+        m_output.write(",\n");
+        writeList("albums", m_albumIds, albumObject);
+        if (m_hasThumbnails) {
+            m_output.write(",\n");
+            writeList("thumbnails", m_photoIds, thumbnailObject);
+        }
+        m_output.write("\n}\n");
+        m_output.flush(); // here, where a signal can still end it
+    }
+
+    void writeMember(const char *name, const Json &value)
+    {
+        m_output.write(jsonText(name) + ": " + jsonText(value) + ",\n");
+    }
+
+    void writeList(const char *name, const QList<quint64> &ids, ObjectMaker make)
+    {
+        m_output.write(jsonText(name) + ": [");
+        const char *separator = "\n";
+        for (const quint64 id : ids) {
+            m_task.setDone(m_done);
+            m_output.write(separator + jsonText(make(m_session, id)));
+            separator = ",\n";
+            ++m_done;
+        }
+        m_output.write("\n]");
+    }
+
+    LibrarySession &m_session;
+    Output &m_output;
+    const bool m_hasThumbnails;
+    const QList<quint64> m_photoIds;
+    const QList<quint64> m_albumIds;
+    InterruptibleTask m_task;
+    int m_done = 0;
+};
+
+int runDump(const CommandContext &context, bool hasThumbnails)
+{
+    return runOnLibrary(context, [hasThumbnails](LibrarySession &session, Output &output) {
+        LibraryDump(session, output, hasThumbnails).write();
+    });
 }
 
 } // namespace
 
 void addDumpCommand(CLI::App &app, CommandContext &context)
 {
-    CLI::App *const command = app.add_subcommand("dump", "Print the whole library as JSON");
-    command->footer("Examples:\n"
+    CLI::App *const command =
+        app.add_subcommand("dump", "Print what the plug-in tells of the library, as JSON");
+    const auto hasThumbnails = std::make_shared<bool>(false);
+    command->add_flag("--thumbnails", *hasThumbnails,
+                      "Ask for every thumbnail, too, and print its size and hash");
+    command->footer("For those who write hosts for the plug-in: texts, numbers and refusals are "
+                    "the plug-in's own. A photo that it refuses has \"ok\": false and what was "
+                    "filled all the same. Dates are UTC, and null where the plug-in gives none.\n"
+                    "\n"
+                    "Examples:\n"
                     "  photolib dump > library.json\n"
                     "  photolib dump -d ~/phone-copy | jq '.albums[].name'");
-    command->callback(
-        [&context] { context.run = [&context] { return runOnLibrary(context, writeLibrary); }; });
+    command->callback([&context, hasThumbnails] {
+        context.run = [&context, hasThumbnails] { return runDump(context, *hasThumbnails); };
+    });
 }

@@ -142,9 +142,9 @@ QList<quint64> firstNumbers(const QList<QByteArray> &lines)
 /// As the dump writes it.
 std::string createdText(const IpodPlan::Photo &photo)
 {
-    return QDateTime::fromSecsSinceEpoch(photo.created, Qt::UTC)
-        .toString(Qt::ISODate)
-        .toStdString();
+    const QDateTime date = QDateTime::fromSecsSinceEpoch(photo.created, Qt::UTC);
+    const QString text = QLatin1Char('"') + date.toString(Qt::ISODate) + QLatin1Char('"');
+    return photo.created == 0 ? "null" : text.toStdString();
 }
 
 /// The photos of the plan: of each shape, and none like another.
@@ -341,7 +341,7 @@ TEST_P(IpodModels, AreDumpedByTheProgram)
     for (int i = 0; i < m_written.photoIDs.size(); ++i) {
         const Json photo = dump["photos"][size_t(i)];
         EXPECT_EQ(m_written.photoIDs[i], photo["id"].get<quint64>());
-        EXPECT_EQ(createdText(m_plan.photos[i]), photo["createDate"].get<std::string>());
+        EXPECT_EQ(createdText(m_plan.photos[i]), photo["createDate"].text());
     }
     for (int i = 0; i < m_written.albums.size(); ++i) {
         const Json album = dump["albums"][size_t(i)];

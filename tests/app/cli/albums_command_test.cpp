@@ -96,10 +96,10 @@ TEST_F(ProgramAlbums, AreKnownByTheirIdsAlone)
 TEST_F(ProgramAlbums, LogNothingOfThumbnailsThatAreMissing)
 {
     writeAlbums();
-    const ProgramResult quiet = run({"dump", "-d", device()});
+    const ProgramResult quiet = run({"dump", "-d", device(), "--thumbnails"});
     EXPECT_EQ(QByteArray(), quiet.errors);
     EXPECT_EQ(-1, Json::parse(quiet.output)["thumbnails"][0]["result"].get<int>());
-    const ProgramResult verbose = run({"dump", "-d", device(), "--verbose"});
+    const ProgramResult verbose = run({"dump", "-d", device(), "--thumbnails", "--verbose"});
     EXPECT_TRUE(verbose.errors.contains("PHOTOLIB: Can not decide teh iThmb file\n"));
     EXPECT_EQ(quiet.output, verbose.output);
 }
@@ -114,7 +114,7 @@ TEST_F(ProgramAlbums, HaveThumbnailsOfBothKindsInASample)
     int pictures = 0;
     for (const QByteArray &name : m_scratch.everythingIn("device/PhotoData/Thumbnails/V2"))
         pictures += name.endsWith("/5005.JPG");
-    const ProgramResult result = run({"dump", "-d", device()});
+    const ProgramResult result = run({"dump", "-d", device(), "--thumbnails"});
     int found = 0;
     const Json json = Json::parse(result.output);
     for (const Json &thumbnail : json["thumbnails"].elements())

@@ -24,7 +24,7 @@ inline std::vector<CommandRow> deviceCommands()
         {"PhotosOfAnAlbum", {"photos", "-d", "DEVICE", "--album", "ALBUM"}},
         {"Albums", {"albums", "-d", "DEVICE"}},
         {"Show", {"show", "PHOTO", "-d", "DEVICE"}},
-        {"Dump", {"dump", "-d", "DEVICE"}},
+        {"Dump", {"dump", "-d", "DEVICE", "--thumbnails"}},
         {"Edit", {"edit", "-d", "DEVICE", "SCRIPT"}, false},
         {"Thumb", {"thumb", "-d", "DEVICE", "--all", "OUT"}, true, true},
         {"ThumbAsPng",

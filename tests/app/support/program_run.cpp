@@ -89,6 +89,8 @@ void Program::setupChildProcess()
     ::setrlimit(RLIMIT_FSIZE, &limit);
     if (m_setup.closesOutput)
         ::close(STDOUT_FILENO);
+    if (m_setup.outputFd >= 0)
+        ::dup2(m_setup.outputFd, STDOUT_FILENO);
     if (m_setup.errorFd >= 0)
         ::dup2(m_setup.errorFd, STDERR_FILENO);
     if (m_setup.respectsPermissions && ::geteuid() == 0)

@@ -19,7 +19,8 @@ struct ProgramSetup {
     /// Bytes of a file that it may write; the default keeps a program that does not stop
     /// from filling the disk.
     quint64 largestFile = quint64(16) << 30;
-    int errorFd = -1; ///< takes standard error instead of collecting it
+    int outputFd = -1; ///< takes standard output instead of collecting it
+    int errorFd = -1;  ///< takes standard error instead of collecting it
 };
 
 /// A running or ended program. Destroying it kills a running one.
