@@ -1,23 +1,19 @@
-#include "base/atomic_file.h"
 #include "base/error.h"
 #include "base/folders.h"
-#include "base/log_output.h"
 #include "base/printable.h"
 #include "cli/album_table.h"
+#include "cli/file_target.h"
 #include "cli/id_arguments.h"
 #include "cli/interruptible_task.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
 #include "cli/progress_bar.h"
 #include "cli/text_drawing.h"
-#include "engine/classic_photos.h"
-#include "engine/contact_sheet.h"
 #include "engine/library_session.h"
 #include "engine/photo_ids.h"
-#include "engine/photo_text.h"
-#include "engine/thumbnail.h"
+#include "engine/picture_format.h"
+#include "engine/sheet_cell.h"
 
-#include <QBuffer>
 #include <QStringList>
 
 #include <CLI/CLI.hpp>
@@ -47,6 +43,9 @@ void checkArguments(const SheetArguments &arguments)
     if (!extension.isEmpty() && extension != ".png")
         throw CLI::ValidationError(arguments.target,
                                    "a sheet is a PNG picture; let the name end in .png");
+    if (path == FileTarget::standardOutput && Output::isTerminal())
+        throw CLI::ValidationError("--output", "a terminal shows no pictures; redirect standard "
+                                               "output, or name a file");
 }
 
 // "sheet.png", "sheet-2.png", ...
@@ -56,15 +55,6 @@ QByteArray pageName(const QByteArray &name, int page)
         return name;
     const int stem = extensionStart(name);
     return name.left(stem) + '-' + QByteArray::number(page + 1) + name.mid(stem);
-}
-
-QByteArray asPng(const QImage &image)
-{
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    if (!image.save(&buffer, "PNG"))
-        throw std::bad_alloc();
-    return buffer.data();
 }
 
 QString albumText(LibrarySession &session, const std::optional<std::string> &album)
@@ -81,22 +71,32 @@ QString countText(int count)
     return count == 1 ? QStringLiteral("1 picture") : QStringLiteral("%1 pictures").arg(count);
 }
 
+FileTarget targetFor(const LibrarySession &session, const QByteArray &path)
+{
+    if (path == FileTarget::standardOutput)
+        return FileTarget();
+    if (path.endsWith('/') || isFolder(path))
+        throw Error(path.toStdString(), "a folder, not a file to write");
+    return FileTarget(session, parentFolder(path));
+}
+
 // Draws the pages and writes each before the next one is begun.
 class SheetWriter
 {
 public:
     // Throws Error when there is no place for the pages.
-    SheetWriter(LibrarySession &session, const QByteArray &target, const QList<quint64> &ids,
+    SheetWriter(LibrarySession &session, const QByteArray &path, const QList<quint64> &ids,
                 const QString &album)
-        : m_session(session), m_target(target), m_folder(openFolder(parentFolder(target))),
-          m_ids(ids), m_album(album),
-          m_pages(qMax(1, (ids.size() + mostOnAPage - 1) / mostOnAPage)),
+        : m_session(session), m_path(path), m_target(targetFor(session, path)), m_ids(ids),
+          m_album(album), m_pages(qMax(1, (ids.size() + mostOnAPage - 1) / mostOnAPage)),
           m_task(showsProgress(), QStringLiteral("Drawing the sheet"), ids.size())
     {
-        if (isFolder(target))
-            throw Error(target.toStdString(), "a folder, not a file to write");
-        session.refuseInDevice(parentFolder(target));
-        requireReplaceablePages();
+        if (m_target.isStandardOutput() && m_pages > 1)
+            throw Error("standard output", "takes one page, and the sheet has " +
+                                               std::to_string(m_pages) +
+                                               "; name a file, or an album");
+        for (int page = 0; page < m_pages; ++page)
+            m_target.requireReplaceable(pageName(m_path, page));
     }
 
     // Throws Error also when it is interrupted.
@@ -109,8 +109,15 @@ public:
                                               (m_pages == 1 ? " page" : " pages"));
     }
 
-    // A line for each page.
-    const QStringList &written() const { return m_written; }
+    // A line for each page, or the page itself.
+    void finish(bool isQuiet, Output &output) const
+    {
+        m_target.finish(output);
+        if (isQuiet || m_target.isStandardOutput())
+            return;
+        for (const QString &line : m_written)
+            output.writeLine(line);
+    }
 
 private:
     // Of the largest page as an image and as a file, of a thread, its stack and thumbnails.
@@ -128,20 +135,10 @@ private:
         for (int page = 0; page < m_pages; ++page) {
             const int first = page * mostOnAPage;
             const int count = qMin(mostOnAPage, m_ids.size() - first);
-            const QByteArray path = pageName(m_target, page);
-            writePage(path, drawnPage(page, first, count));
+            const QByteArray path = pageName(m_path, page);
+            m_target.write(path, pngFile(drawnPage(page, first, count)));
             m_written.append(
                 QStringLiteral("%1: %2").arg(QString::fromUtf8(printable(path)), countText(count)));
-        }
-    }
-
-    static QByteArray nameOf(const QByteArray &path) { return path.mid(path.lastIndexOf('/') + 1); }
-
-    void requireReplaceablePages() const
-    {
-        for (int page = 0; page < m_pages; ++page) {
-            const QByteArray path = pageName(m_target, page);
-            requireReplaceable(m_folder.get(), nameOf(path), path);
         }
     }
 
@@ -171,79 +168,16 @@ private:
 
     SheetCell cell(quint64 id)
     {
-        photoItem item;
-        SheetCell cell;
-        m_session.library().getPhoto(id, &item); // false also for an empty file
-        cell.fileMark = markOf(m_session.fileState(item));
-        cell.name = caption(item);
-        cell.isVideo = item.type == videoType;
-        cell.seconds = item.duration;
-        cell.isTrashed = item.trashedDate != 0;
-        cell.picture = picture(id, item, &cell.placeholder);
+        QStringList faults;
+        SheetCell cell = sheetCell(m_session, id, &faults);
+        for (const QString &fault : faults)
+            m_task.tell("photolib: " + fault.toUtf8());
         return cell;
     }
 
-    static QString markOf(FileState state)
-    {
-        if (state == FileState::There)
-            return QString();
-        return state == FileState::Missing ? QStringLiteral("file missing")
-                                           : QStringLiteral("file unreadable");
-    }
-
-    QString caption(const photoItem &item) const
-    {
-        const QString name = printable(fileName(m_session, item));
-        return name.isEmpty() && m_session.classicIpod() ? QString::number(item.id) : name;
-    }
-
-    QImage picture(quint64 id, const photoItem &item, QString *placeholder)
-    {
-        const QImage thumbnail = decoded(thumbnailOf(m_session, id), item, placeholder);
-        const ClassicPhoto *const photo = classicPhoto(m_session, id);
-        if (!photo || smallestVariant(*photo) == largestVariant(*photo) || isLarge(thumbnail))
-            return uprightThumbnail(thumbnail, item);
-        const QImage source = decoded(sourcePhotoOf(m_session, id), item, placeholder);
-        return source.isNull() ? thumbnail : source;
-    }
-
-    // Whether it is more than an icon, which is what the smallest picture of a classic iPod
-    // often is.
-    static bool isLarge(const QImage &picture)
-    {
-        constexpr int enough = 100; // pixels
-        return qMax(picture.width(), picture.height()) >= enough;
-    }
-
-    QImage decoded(const Thumbnail &thumbnail, const photoItem &item, QString *placeholder)
-    {
-        *placeholder = QStringLiteral("no thumbnail");
-        if (thumbnail.isUnreadable)
-            m_session.noteUnreadable(labelText(m_session, item), thumbnail.failure);
-        if (thumbnail.bytes.isEmpty())
-            return QImage();
-        QString cause;
-        QImage picture = decodedThumbnail(thumbnail.bytes, &cause);
-        if (!picture.isNull())
-            return picture;
-        *placeholder = QStringLiteral("damaged thumbnail");
-        m_task.tell(
-            QStringLiteral("photolib: %1: %2").arg(labelText(m_session, item), cause).toUtf8());
-        return QImage();
-    }
-
-    void writePage(const QByteArray &path, const QImage &image)
-    {
-        try {
-            replaceFile(m_folder.get(), nameOf(path), asPng(image));
-        } catch (const std::system_error &error) {
-            throw Error(path.toStdString(), error.code().message());
-        }
-    }
-
     LibrarySession &m_session;
-    const QByteArray m_target;
-    const UniqueFd m_folder;
+    const QByteArray m_path;
+    FileTarget m_target;
     const QList<quint64> m_ids;
     const QString m_album;
     const int m_pages;
@@ -258,10 +192,7 @@ void writeSheet(const SheetArguments &arguments, bool isQuiet, LibrarySession &s
     const QString album = albumText(session, *arguments.album);
     SheetWriter writer(session, QByteArray::fromStdString(arguments.target), ids, album);
     writer.write();
-    if (isQuiet)
-        return;
-    for (const QString &line : writer.written())
-        output.writeLine(line);
+    writer.finish(isQuiet, output);
 }
 
 int runSheet(const CommandContext &context, const SheetArguments &arguments)
@@ -282,18 +213,20 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
     arguments->album = addAlbumOption(*command);
     command
         ->add_option("-o,--output", arguments->target,
-                     "The PNG file to write; it is replaced. What does not fit on it goes to "
+                     "The PNG file to write, or - for standard output. A file is replaced, and "
+                     "its folder created if necessary. What does not fit on it goes to "
                      "sheet-2.png and so on, " +
                          std::to_string(mostOnAPage) + " pictures each")
         ->required()
         ->type_name("FILE");
     command->footer(
-        "What is in the trash is dimmed; the library does not tell that of a photo or video whose\n"
+        "What is in the trash is dimmed; the library does not tell that of a photo or video whose "
         "file is missing.\n"
         "\n"
         "Examples:\n"
         "  photolib sheet -o sheet.png\n"
-        "  photolib sheet -d /media/phone --album 7 -o album.png");
+        "  photolib sheet -d /media/phone --album 7 -o album.png\n"
+        "  photolib sheet -d /media/phone -o - | display");
     command->callback([&context, arguments] {
         checkArguments(*arguments);
         context.run = [&context, arguments] { return runSheet(context, *arguments); };

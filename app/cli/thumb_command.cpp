@@ -1,22 +1,18 @@
-#include "base/atomic_file.h"
 #include "base/error.h"
 #include "base/file_names.h"
 #include "base/folders.h"
 #include "base/printable.h"
 #include "cli/exit_codes.h"
+#include "cli/file_target.h"
 #include "cli/id_arguments.h"
 #include "cli/interruptible_task.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
 #include "cli/progress_bar.h"
-#include "engine/classic_photos.h"
 #include "engine/id_list.h"
 #include "engine/library_session.h"
 #include "engine/photo_ids.h"
-#include "engine/photo_text.h"
 #include "engine/thumbnail.h"
-
-#include <QBuffer>
 
 #include <CLI/CLI.hpp>
 
@@ -40,96 +36,61 @@ void checkArguments(ThumbArguments &arguments)
         throw CLI::ValidationError("ID", "is missing; --all DIR is for all photos and videos");
     if (!arguments.isForAll() && arguments.target.empty())
         throw CLI::ValidationError("--output", "is missing: the file or folder to write to");
+    if (arguments.target == FileTarget::standardOutput && Output::isTerminal())
+        throw CLI::ValidationError("--output", "a terminal shows no pictures; redirect standard "
+                                               "output, or name a file");
 }
 
 // Where the thumbnails go: to files of their own names in a folder, or to one file.
-struct Target {
-    QByteArray path;   ///< as the user named it
-    QByteArray folder; ///< may not exist yet
-    QByteArray file;   ///< the name in the folder; empty for names of their own
+struct ThumbPlace {
+    QByteArray path;       ///< as the user named it
+    bool isFolder = false; ///< may not exist yet
+
+    QByteArray folder() const { return isFolder ? path : parentFolder(path); }
+    bool isStandardOutput() const { return !isFolder && path == FileTarget::standardOutput; }
 };
 
-Target folderTarget(const std::string &path)
-{
-    const auto folder = QByteArray::fromStdString(path);
-    return {folder, folder, QByteArray()};
-}
-
-Target targetOf(const ThumbArguments &arguments, int thumbnails)
+ThumbPlace placeFor(const ThumbArguments &arguments, int thumbnails)
 {
     if (arguments.isForAll())
-        return folderTarget(arguments.allFolder);
+        return {QByteArray::fromStdString(arguments.allFolder), true};
     const auto path = QByteArray::fromStdString(arguments.target);
-    if (isFolder(path) || thumbnails > 1)
-        return folderTarget(arguments.target);
-    if (path.endsWith('/'))
-        throw Error(arguments.target, "no such folder");
-    return {path, parentFolder(path), path.mid(path.lastIndexOf('/') + 1)};
+    if (path == FileTarget::standardOutput && thumbnails > 1)
+        throw Error(Error::WrongUsage, "standard output takes one thumbnail; name a folder for " +
+                                           std::to_string(thumbnails));
+    return {path, thumbnails > 1 || path.endsWith('/') || isFolder(path)};
 }
 
-struct Failure {
-    QString cause;
-};
-
-struct PictureFormat {
-    const char *name;
-    QList<QByteArray> extensions;
-};
-
-const QList<PictureFormat> &pictureFormats()
+FileTarget targetFor(const LibrarySession &session, const ThumbPlace &place)
 {
-    static const QList<PictureFormat> formats = {
-        {"JPEG", {"jpg", "jpeg", "jpe", "jfif"}},
-        {"BMP", {"bmp", "dib"}},
-        {"PNG", {"png"}},
-        {"GIF", {"gif"}},
-        {"TIFF", {"tif", "tiff"}},
-        {"WebP", {"webp"}},
-        {"HEIF", {"heic", "heif", "avif"}},
-    };
-    return formats;
+    return place.isStandardOutput() ? FileTarget() : FileTarget(session, place.folder());
 }
 
-// The format that files with this extension have; null for none that is known.
-const char *formatOf(const QByteArray &extension)
+// Programs that go by the name of the file `path` could not show a picture of another format.
+void requireNameFor(const PictureFormat &given, const QByteArray &path)
 {
-    for (const PictureFormat &format : pictureFormats()) {
-        if (format.extensions.contains(extension.toLower()))
-            return format.name;
-    }
-    return nullptr;
+    const QByteArray name = path.mid(path.lastIndexOf('/') + 1);
+    const PictureFormat *const promised = formatOfExtension(name.mid(nameStem(name).size() + 1));
+    if (promised && promised != &given)
+        throw Error(path.toStdString(),
+                    std::string("the thumbnail is a ") + given.name + " picture");
 }
 
-// Programs that go by the name could not show the picture.
-void requireName(const Target &target, const char *extension)
+// "42-IMG_0041.jpg"
+QByteArray ownName(quint64 id, const PictureFile &picture)
 {
-    const char *const promised = formatOf(target.file.mid(nameStem(target.file).size() + 1));
-    const char *const given = formatOf(extension);
-    if (promised && promised != given)
-        throw Error(target.path.toStdString(),
-                    std::string("the thumbnail is a ") + given + " picture");
-}
-
-QByteArray asPng(const QByteArray &bytes)
-{
-    QString cause;
-    const QImage picture = decodedThumbnail(bytes, &cause);
-    if (picture.isNull())
-        throw Failure{cause};
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    if (!picture.save(&buffer, "PNG"))
-        throw std::bad_alloc();
-    return buffer.data();
+    const QByteArray stem =
+        picture.name.isEmpty() ? QByteArray() : '-' + nameStem(safeFileName(picture.name));
+    return QByteArray::number(id) + stem + '.' + picture.format->extension();
 }
 
 // Writes thumbnails one by one, and counts them.
 class ThumbWriter
 {
 public:
-    // Throws Error when the folder of `target` can not be used.
-    ThumbWriter(LibrarySession &session, const Target &target, bool isPng, int thumbnails)
-        : m_session(session), m_target(target), m_isPng(isPng), m_folder(openFolder(target.folder)),
+    // Throws Error when the place cannot be used.
+    ThumbWriter(LibrarySession &session, const ThumbPlace &place, bool isPng, int thumbnails)
+        : m_session(session), m_place(place), m_isPng(isPng), m_target(targetFor(session, place)),
           m_task(showsProgress(), QStringLiteral("Reading thumbnails"), thumbnails)
     {
     }
@@ -151,66 +112,49 @@ public:
     {
         const QString things =
             m_written == 1 ? QStringLiteral("thumbnail") : QStringLiteral("thumbnails");
-        const QString path = QString::fromUtf8(printable(m_target.path));
+        const QString path = QString::fromUtf8(printable(m_place.path));
         const QString failures =
             m_failed == 0 ? QString() : QStringLiteral(", %1 failed").arg(m_failed);
         return QStringLiteral("wrote %1 %2 to %3%4")
             .arg(QString::number(m_written), things, path, failures);
     }
 
+    // A line on what was written, or the thumbnail itself.
+    void finish(bool isQuiet, Output &output) const
+    {
+        m_target.finish(output);
+        if (!isQuiet && !m_target.isStandardOutput())
+            output.writeLine(summary());
+    }
+
 private:
     void write(quint64 id)
     {
-        photoItem item;
-        m_session.library().getPhoto(id, &item); // false only when its file is missing
-        try {
-            store(item, thumbnailOf(m_session, id));
+        PictureRequest request;
+        request.id = id;
+        request.isPng = m_isPng;
+        const PictureFile picture = pictureFile(m_session, request);
+        if (picture.format) {
+            store(id, picture);
             ++m_written;
-        } catch (const Failure &failure) {
+        } else {
+            m_task.tell("photolib: " + (picture.label + ": " + picture.failure.text).toUtf8());
             ++m_failed;
-            m_task.tell(QStringLiteral("photolib: %1: %2")
-                            .arg(labelText(m_session, item), failure.cause)
-                            .toUtf8());
         }
     }
 
-    void store(const photoItem &item, const Thumbnail &thumbnail)
+    void store(quint64 id, const PictureFile &picture)
     {
-        if (thumbnail.bytes.isEmpty())
-            throw Failure{thumbnail.failure.text};
-        const char *const given = imageExtension(thumbnail.bytes);
-        if (!given)
-            throw Failure{QStringLiteral("a thumbnail that is neither JPEG nor BMP")};
-        const char *const extension = m_isPng ? "png" : given;
-        requireName(m_target, extension);
-        const QByteArray bytes = m_isPng ? asPng(thumbnail.bytes) : thumbnail.bytes;
-        replace(m_target.file.isEmpty() ? ownName(item, extension) : m_target.file, bytes);
-    }
-
-    QByteArray ownName(const photoItem &item, const char *extension) const
-    {
-        const QString name = fileName(m_session, item);
-        const bool hasNoName = name.isEmpty() && m_session.classicIpod();
-        const QByteArray end = hasNoName ? QByteArray() : '-' + nameStem(safeFileName(name));
-        return QByteArray::number(item.id) + end + '.' + extension;
-    }
-
-    void replace(const QByteArray &name, const QByteArray &bytes)
-    {
-        const QByteArray path =
-            m_target.file.isEmpty() ? m_target.folder + '/' + name : m_target.path;
-        requireReplaceable(m_folder.get(), name, path);
-        try {
-            replaceFile(m_folder.get(), name, bytes);
-        } catch (const std::system_error &error) {
-            throw Error(path.toStdString(), error.code().message());
-        }
+        if (!m_place.isFolder)
+            requireNameFor(*picture.format, m_place.path);
+        m_target.write(m_place.isFolder ? m_place.path + '/' + ownName(id, picture) : m_place.path,
+                       picture.bytes);
     }
 
     LibrarySession &m_session;
-    const Target m_target;
+    const ThumbPlace m_place;
     const bool m_isPng;
-    const UniqueFd m_folder;
+    FileTarget m_target;
     InterruptibleTask m_task;
     int m_written = 0;
     int m_failed = 0;
@@ -230,21 +174,14 @@ int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySessio
                     Output &output)
 {
     const QList<quint64> ids = chosenIds(arguments, session);
-    const Target target = targetOf(arguments, ids.size());
-    std::unique_ptr<EnsuredFolder> ensured;
-    if (target.file.isEmpty())
-        ensured = session.folderOutside(target.folder);
-    else
-        session.refuseInDevice(target.folder);
-    const bool isPng = !arguments.format.empty() || target.file.toLower().endsWith(".png");
-    ThumbWriter writer(session, target, isPng, ids.size());
+    const ThumbPlace place = placeFor(arguments, ids.size());
+    const bool isPng =
+        !arguments.format.empty() || (!place.isFolder && place.path.toLower().endsWith(".png"));
+    ThumbWriter writer(session, place, isPng, ids.size());
     if (writer.writeAll(ids))
         throw Error(Error::Cancelled, "interrupted: " + writer.summary().toStdString());
-    if (ensured)
-        ensured->keep();
-    if (!isQuiet)
-        output.writeLine(writer.summary());
-    return writer.failed() == 0 ? 0 : exitFailed;
+    writer.finish(isQuiet, output);
+    return writer.failed() == 0 ? exitDone : exitFailed;
 }
 
 int runThumb(const CommandContext &context, const ThumbArguments &arguments)
@@ -261,8 +198,8 @@ void addArguments(CLI::App &command, ThumbArguments &arguments)
     command.add_option("ID", arguments.ids, "The ids of photos and videos")->option_text("[ID...]");
     CLI::Option *const output =
         command.add_option("-o,--output", arguments.target,
-                           "The file to write, or a folder; for several ids it is a folder, made "
-                           "if need be");
+                           "The file to write, or - for standard output; a folder for several ids. "
+                           "Folders are created if necessary");
     output->type_name("FILE|DIR");
     command.add_option("--all", arguments.allFolder, "Write those of all to this folder")
         ->check([](const std::string &name) { return name.empty() ? "the name is empty" : ""; })
@@ -273,11 +210,12 @@ void addArguments(CLI::App &command, ThumbArguments &arguments)
                     "Convert; else as the device has it: JPEG, "
                     "or BMP for a packed thumbnail. A FILE that ends in \".png\" is converted, too")
         ->check(CLI::IsMember({"png"}));
-    command.footer("Files are replaced. In a folder they are called \"42-IMG_0041.jpg\",\n"
-                   "or \"42.bmp\" where a classic iPod knows no name.\n"
+    command.footer("Files are replaced. In a folder they are called \"42-IMG_0041.jpg\", or "
+                   "\"42.bmp\" where a classic iPod knows no name.\n"
                    "\n"
                    "Examples:\n"
                    "  photolib thumb 42 -o thumb.png -d /media/phone\n"
+                   "  photolib thumb 42 -o - -d /media/phone | display\n"
                    "  photolib thumb 42 43 -o thumbs --format png -d /media/phone\n"
                    "  photolib thumb --all thumbs -d /media/phone");
 }

@@ -49,11 +49,10 @@ bool isStoredAsJpeg(const StoredPicture &variant)
 // Bytes of the image file that is made of `variant`.
 qint64 imageFileSize(const StoredPicture &variant)
 {
-    constexpr qint64 headers = 54;
     const QSize size = unpackedSize(variant);
     if (size.isEmpty() || isStoredAsJpeg(variant))
         return qMax(variant.size, 0);
-    return headers + (qint64(size.width()) * 3 + 3) / 4 * 4 * size.height();
+    return bmpFileBytes(size);
 }
 
 // The name of the image file that is made for `photo`.
@@ -65,19 +64,16 @@ QByteArray pictureName(const LibrarySession &session, const photoItem &photo, co
     return stem + '.' + extension;
 }
 
-MadeFile pictureFile(LibrarySession &session, const photoItem &photo)
+MadeFile madeFile(LibrarySession &session, const photoItem &photo)
 {
-    const Thumbnail picture = sourcePhotoOf(session, photo.id);
-    const char *const extension = imageExtension(picture.bytes);
-    if (picture.failure.kind != FileError::None)
+    PictureRequest request;
+    request.id = photo.id;
+    request.choice = PictureChoice::Largest;
+    const PictureFile picture = pictureFile(session, request);
+    if (!picture.format)
         return {QByteArray(), QByteArray(), std::nullopt, picture.failure};
-    if (!extension)
-        return {QByteArray(),
-                QByteArray(),
-                std::nullopt,
-                {FileError::Failed, QStringLiteral("a picture that is neither JPEG nor BMP")}};
-    return {pictureName(session, photo, extension), picture.bytes, fileTimeOf(takenDate(photo)),
-            FileError()};
+    return {pictureName(session, photo, picture.format->extension()), picture.bytes,
+            fileTimeOf(takenDate(photo)), FileError()};
 }
 
 // A file that is to be made of `variant`, of which the database tells all but the content. A
@@ -108,7 +104,7 @@ QVector<ExportItem> classicItems(LibrarySession &session, quint64 id, const Clas
         return items;
     ExportItem item = largest ? pictureItem(session, record, *largest) : ExportItem();
     item.label = labelText(session, record);
-    item.make = [&session, record] { return pictureFile(session, record); };
+    item.make = [&session, record] { return madeFile(session, record); };
     items.append(item);
     return items;
 }

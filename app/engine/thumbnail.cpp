@@ -1,84 +1,32 @@
 #include "engine/thumbnail.h"
 
 #include "base/log_output.h"
-#include "base/qt_messages.h"
 #include "boundary/photo_records.h"
 #include "engine/classic_photos.h"
 #include "engine/library_session.h"
+#include "engine/photo_text.h"
+#include "engine/thumbnail_image.h"
 #include "host/transfer_monitor.h"
-
-#include <QBuffer>
-#include <QImageReader>
-#include <QTransform>
-#include <QtEndian>
 
 namespace {
 
-constexpr qint64 mostPixels = 16 << 20;
-
-bool isThumbnailSize(const QSize &size)
-{
-    return !size.isEmpty() && qint64(size.width()) * size.height() <= mostPixels;
-}
-
-// Null where the content is that of another format, whatever readers are installed.
-const char *readerFormat(const QByteArray &bytes)
-{
-    if (bytes.startsWith("\xff\xd8\xff"))
-        return "jpeg";
-    return bytes.startsWith("BM") ? "bmp" : nullptr;
-}
-
-qint32 numberAt(const QByteArray &bytes, int offset)
-{
-    return qFromLittleEndian<qint32>(bytes.constData() + offset);
-}
-
-// Whether all rows are there of a BMP file as the plug-in makes them, with 24 bits a pixel:
-// the reader leaves rows that are missing as the memory happens to be.
-bool isWholeBmp(const QByteArray &bytes)
-{
-    constexpr int headers = 54;
-    if (bytes.size() < headers)
-        return false;
-    const qint64 width = numberAt(bytes, 18);
-    const qint64 height = numberAt(bytes, 22);
-    const qint32 planesAndBits = numberAt(bytes, 26);
-    const qint32 compression = numberAt(bytes, 30);
-    if (planesAndBits != (24 << 16 | 1) || compression != 0 || width <= 0 || height <= 0)
-        return false;
-    const qint64 row = (width * 3 + 3) / 4 * 4;
-    const qint64 pixels = numberAt(bytes, 10);
-    return pixels >= headers && row <= (bytes.size() - pixels) / height;
-}
-
-// Each scan of a progressive JPEG goes over all of its pixels again, and may have a few bytes
-// only: some thousands of them take minutes. The usual ones are some ten.
-bool hasFewScans(const QByteArray &jpeg)
-{
-    constexpr int mostScans = 100;
-    return jpeg.count("\xff\xda") <= mostScans;
-}
-
-bool isSound(const QByteArray &bytes, const QByteArray &format)
-{
-    return format == "bmp" ? isWholeBmp(bytes) : hasFewScans(bytes);
-}
-
-// 1 for a picture that is wider than high, -1 for one that is higher, 0 for a square.
-int shapeOf(int width, int height)
-{
-    return (width > height) - (width < height);
-}
-
-// Which of a classic iPod's pictures is asked for, and how.
-struct PictureRequest {
+// What a choice means to the plug-in and to people.
+struct ChosenPicture {
     int (photo_manager_int::*operation)(const quint64 &id, QByteArray &data);
     const StoredPicture *(*variant)(const ClassicPhoto &photo);
-    const char *absence;
+    const char *noun;
 };
 
-// Hears why a file that is there could not be read.
+const ChosenPicture &chosenPicture(PictureChoice choice)
+{
+    static const ChosenPicture thumbnail = {&photo_manager_int::getPhotoThumbnail, smallestVariant,
+                                            "thumbnail"};
+    static const ChosenPicture largest = {&photo_manager_int::getSourcePhoto, largestVariant,
+                                          "picture"};
+    return choice == PictureChoice::Thumbnail ? thumbnail : largest;
+}
+
+// Hears why a file that is there could not be read or unpacked.
 class ReadFailure : public TransferObserver
 {
 public:
@@ -96,123 +44,137 @@ private:
     FileError m_error;
 };
 
-// Why there is no picture; of no kind when nobody tells.
-FileError causeOf(const PictureRequest &request, LibrarySession &session, quint64 id,
-                  const QList<QByteArray> &logged)
+// What the plug-in gives.
+struct GivenPicture {
+    QByteArray bytes; // an image file; empty when there is none
+    FileError cause;  // why; of no kind when the device just has none
+    bool isUnreadable = false;
+};
+
+// Why there is no picture although the host has heard of no failure.
+FileError unheardCause(LibrarySession &session, quint64 id, const ChosenPicture &chosen)
 {
     const ClassicPhoto *const photo = classicPhoto(session, id);
-    const StoredPicture *const variant = photo ? request.variant(*photo) : nullptr;
-    if (!logged.isEmpty())
-        return {FileError::Failed, QString::fromUtf8(logged.first())};
+    const StoredPicture *const variant = photo ? chosen.variant(*photo) : nullptr;
     return variant ? variantFailure(session, *variant) : FileError();
 }
 
-Thumbnail withoutPicture(const PictureRequest &request, const FileError &cause, bool isUnreadable)
+GivenPicture givenPicture(LibrarySession &session, quint64 id, const ChosenPicture &chosen)
 {
-    const QString absence = QLatin1String(request.absence);
-    if (cause.kind == FileError::None)
-        return {QByteArray(), {FileError::Failed, absence}, false};
-    const bool isGone = cause.kind == FileError::Disconnected;
-    return {QByteArray(),
-            {isGone ? FileError::Disconnected : FileError::Failed,
-             QStringLiteral("%1 (%2)").arg(absence, cause.text)},
-            isUnreadable};
+    GivenPicture given;
+    ReadFailure failure;
+    {
+        const LogCapture log; // the failure is told once, by whoever asks
+        const TransferWatch watch(&failure);
+        if ((session.library().*chosen.operation)(id, given.bytes) == 0 && !given.bytes.isEmpty())
+            return given;
+    }
+    given.bytes.clear();
+    session.requireDevice();
+    given.cause = failure.error();
+    given.isUnreadable =
+        given.cause.kind != FileError::None && given.cause.kind != FileError::Damaged;
+    if (given.cause.kind == FileError::None) {
+        given.cause = unheardCause(session, id, chosen);
+        given.isUnreadable = given.cause.kind == FileError::Denied;
+    }
+    return given;
 }
 
-Thumbnail pictureOf(LibrarySession &session, quint64 id, const PictureRequest &request)
+// In words that a message can end with.
+FileError absence(const ChosenPicture &chosen, const FileError &cause)
 {
-    QByteArray bytes;
-    ReadFailure failure;
-    const LogCapture log;
-    {
-        const TransferWatch watch(&failure);
-        const int result = (session.library().*request.operation)(id, bytes);
-        if (result == 0 && !bytes.isEmpty())
-            return {bytes, FileError(), false};
-    }
-    session.requireDevice();
-    if (failure.error().kind != FileError::None)
-        return withoutPicture(request, failure.error(), true);
-    const FileError cause = causeOf(request, session, id, log.failures());
-    return withoutPicture(request, cause, cause.kind == FileError::Denied);
+    const QString text = QStringLiteral("no %1").arg(QLatin1String(chosen.noun));
+    if (cause.kind == FileError::None)
+        return {FileError::Failed, text};
+    const bool isGone = cause.kind == FileError::Disconnected;
+    return {isGone ? FileError::Disconnected : FileError::Failed,
+            QStringLiteral("%1 (%2)").arg(text, cause.text)};
+}
+
+// Puts the given picture into `*file`, as it is.
+void fillAsGiven(PictureFile *file, const GivenPicture &given, const ChosenPicture &chosen)
+{
+    file->format = formatOfContent(given.bytes);
+    if (file->format)
+        file->bytes = given.bytes;
+    else if (given.bytes.isEmpty())
+        file->failure = absence(chosen, given.cause);
+    else
+        file->failure = {
+            FileError::Failed,
+            QStringLiteral("a %1 that is neither JPEG nor BMP").arg(QLatin1String(chosen.noun))};
+}
+
+void convertToPng(PictureFile *file)
+{
+    QString cause;
+    const QImage image = decodedThumbnail(file->bytes, &cause);
+    const bool isDecoded = !image.isNull();
+    file->bytes = isDecoded ? pngFile(image) : QByteArray();
+    file->format = isDecoded ? &pngFormat() : nullptr;
+    if (!isDecoded)
+        file->failure = {FileError::Failed, cause};
+}
+
+// Fills `*shown` with what is wrong when there is no picture to look at.
+QImage decodedPicture(LibrarySession &session, const photoItem &item, PictureChoice choice,
+                      ShownPicture *shown)
+{
+    const ChosenPicture &chosen = chosenPicture(choice);
+    const GivenPicture given = givenPicture(session, item.id, chosen);
+    shown->absence = QStringLiteral("no thumbnail");
+    if (given.isUnreadable)
+        session.noteUnreadable(labelText(session, item), absence(chosen, given.cause));
+    if (given.bytes.isEmpty())
+        return QImage();
+    QString cause;
+    QImage image = decodedThumbnail(given.bytes, &cause);
+    if (!image.isNull())
+        return image;
+    shown->absence = QStringLiteral("damaged thumbnail");
+    shown->faults.append(QStringLiteral("%1: %2").arg(labelText(session, item), cause));
+    return QImage();
+}
+
+bool isIcon(const QImage &picture)
+{
+    constexpr int enough = 100; // pixels
+    return qMax(picture.width(), picture.height()) < enough;
+}
+
+// Whether a classic iPod stores more of the photo than the thumbnail.
+bool hasLargerPicture(const LibrarySession &session, quint64 id)
+{
+    const ClassicPhoto *const photo = classicPhoto(session, id);
+    return photo && smallestVariant(*photo) != largestVariant(*photo);
 }
 
 } // namespace
 
-Thumbnail thumbnailOf(LibrarySession &session, quint64 id)
+PictureFile pictureFile(LibrarySession &session, const PictureRequest &request)
 {
-    return pictureOf(session, id,
-                     {&photo_manager_int::getPhotoThumbnail, smallestVariant, "no thumbnail"});
+    photoItem item;
+    session.library().getPhoto(request.id, &item); // false only when its file is missing
+    PictureFile file;
+    file.label = labelText(session, item);
+    file.name = fileName(session, item);
+    const ChosenPicture &chosen = chosenPicture(request.choice);
+    fillAsGiven(&file, givenPicture(session, request.id, chosen), chosen);
+    if (request.isPng && file.format)
+        convertToPng(&file);
+    return file;
 }
 
-Thumbnail sourcePhotoOf(LibrarySession &session, quint64 id)
+ShownPicture shownPicture(LibrarySession &session, const photoItem &item)
 {
-    return pictureOf(session, id,
-                     {&photo_manager_int::getSourcePhoto, largestVariant, "no picture"});
-}
-
-const char *imageExtension(const QByteArray &bytes)
-{
-    const QByteArray format = readerFormat(bytes);
-    if (format == "jpeg")
-        return "jpg";
-    return format == "bmp" ? "bmp" : nullptr;
-}
-
-QImage decodedThumbnail(const QByteArray &bytes, QString *cause)
-{
-    const QByteArray format = readerFormat(bytes);
-    if (format.isEmpty()) {
-        *cause = QStringLiteral("a thumbnail that is neither JPEG nor BMP");
-        return QImage();
+    ShownPicture shown;
+    const QImage thumbnail = decodedPicture(session, item, PictureChoice::Thumbnail, &shown);
+    if (!isIcon(thumbnail) || !hasLargerPicture(session, item.id)) {
+        shown.image = uprightThumbnail(thumbnail, item);
+        return shown;
     }
-    QBuffer buffer;
-    buffer.setData(bytes);
-    buffer.open(QIODevice::ReadOnly);
-    const QtMessages messages; // of the reader
-    QImageReader reader(&buffer, format);
-    reader.setAutoDetectImageFormat(false);
-    reader.setAutoTransform(true);
-    const QSize size = reader.size();
-    if (!size.isEmpty() && !isThumbnailSize(size)) {
-        *cause = QStringLiteral("a thumbnail of %1 x %2 pixels is too large")
-                     .arg(size.width())
-                     .arg(size.height());
-        return QImage();
-    }
-    const bool isReadable = !size.isEmpty() && isSound(bytes, format);
-    QImage picture = isReadable ? reader.read() : QImage();
-    // The reader makes a picture of half a JPEG file as well, and only says so.
-    if (!picture.isNull() && messages.first().isEmpty())
-        return picture;
-    *cause = QStringLiteral("a damaged thumbnail");
-    return QImage();
-}
-
-QImage turnedUpright(const QImage &picture, int orientation)
-{
-    const bool isOnItsSide = orientation >= 5 && orientation <= 8;
-    QImage standing = isOnItsSide ? picture.transformed(QTransform().rotate(90)) : picture;
-    switch (orientation) {
-    case 2:
-    case 5:
-        return standing.mirrored(true, false);
-    case 3:
-    case 8:
-        return standing.mirrored(true, true);
-    case 4:
-    case 7:
-        return standing.mirrored(false, true);
-    default:
-        return standing;
-    }
-}
-
-QImage uprightThumbnail(const QImage &picture, const photoItem &item)
-{
-    const int wanted = shapeOf(item.width, item.height);
-    const int given = shapeOf(picture.width(), picture.height());
-    const bool liesAcross = wanted * given == -1;
-    const bool isOnItsSide = item.orientation >= 5 && item.orientation <= 8;
-    return liesAcross && isOnItsSide ? turnedUpright(picture, item.orientation) : picture;
+    const QImage largest = decodedPicture(session, item, PictureChoice::Largest, &shown);
+    shown.image = largest.isNull() ? thumbnail : largest;
+    return shown;
 }

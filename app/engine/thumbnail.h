@@ -2,43 +2,51 @@
 #define PHOTOLIB_ENGINE_THUMBNAIL_H
 
 #include "devices/device_file_system.h"
+#include "engine/picture_format.h"
 
 #include <QByteArray>
 #include <QImage>
 #include <QString>
+#include <QStringList>
 
 class LibrarySession;
 class photoItem;
 
-/// A thumbnail as the plug-in gives it.
-struct Thumbnail {
-    QByteArray bytes;          ///< an image file; empty when there is no thumbnail
-    FileError failure;         ///< why there is none, in words that a message can end with
-    bool isUnreadable = false; ///< the device has a file for it that can not be read
+/// Which of the pictures of a photo or video is wanted.
+enum class PictureChoice {
+    Thumbnail, ///< of a classic iPod the smallest that it stores
+    Largest,   ///< the largest that a classic iPod stores; an iOS device has none
 };
 
-/// Throws Error when the device is gone.
-Thumbnail thumbnailOf(LibrarySession &session, quint64 id);
+/// A picture that is wanted as a file.
+struct PictureRequest {
+    quint64 id = 0; ///< of a photo or video of the library
+    PictureChoice choice = PictureChoice::Thumbnail;
+    bool isPng = false; ///< converted to PNG; else as the plug-in gives it, JPEG or BMP
+};
 
-/// The largest picture that a classic iPod stores of the photo, likewise.
-Thumbnail sourcePhotoOf(LibrarySession &session, quint64 id);
+/// A file that is ready to be written, or the reason why there is none.
+struct PictureFile {
+    QString label;                         ///< what tells the photo from others in a message
+    QString name;                          ///< its own file's, not safe to show; may be empty
+    QByteArray bytes;                      ///< empty when there is none
+    const PictureFormat *format = nullptr; ///< of `bytes`; null when there are none
+    FileError failure;                     ///< in words that a message can end with
+};
 
-/// The extension that belongs to the content of an image file: "jpg" or "bmp", or null for
-/// anything else.
-const char *imageExtension(const QByteArray &bytes);
+/// Has the plug-in give the picture. Throws Error when the device is gone.
+PictureFile pictureFile(LibrarySession &session, const PictureRequest &request);
 
-/// The picture in the image file `bytes`, which a device may have made up. Returns a null
-/// image and fills `*cause` for one that is damaged, of an unknown format, or far larger
-/// than any thumbnail.
-QImage decodedThumbnail(const QByteArray &bytes, QString *cause);
+/// A picture to look at.
+struct ShownPicture {
+    QImage image;       ///< upright; null when there is none
+    QString absence;    ///< why, in two words
+    QStringList faults; ///< of each picture that is damaged: what is wrong, for a message
+};
 
-/// `picture`, stored in the way that the EXIF orientation code `orientation` tells, as it
-/// looks upright. A code that is none of 1 to 8 turns nothing.
-QImage turnedUpright(const QImage &picture, int orientation);
-
-/// The thumbnail `picture` of `item` as it looks upright. Devices turn their thumbnails
-/// when they make them; only one that lies across the item's dimensions is still to be
-/// turned.
-QImage uprightThumbnail(const QImage &picture, const photoItem &item);
+/// The thumbnail of `item`, a photo or video of the library, or the largest picture where that is
+/// but an icon, as the smallest of a classic iPod often is. A file that cannot be read is noted
+/// in `session`. Throws Error when the device is gone.
+ShownPicture shownPicture(LibrarySession &session, const photoItem &item);
 
 #endif // PHOTOLIB_ENGINE_THUMBNAIL_H

@@ -7,6 +7,7 @@
 #include "host/device.h"
 #include "host/host_log.h"
 #include "host/exception_barrier.h"
+#include "host/transfer_monitor.h"
 
 namespace {
 
@@ -50,6 +51,7 @@ int unpackiThmb(IIPod *, QByteArray &raw, const itdb_photo &photo, QByteArray &o
         QString error;
         if (unpackImage(raw, pictureOf(photo), &out, &error))
             return 0;
+        transferObserver().failed(photo.fileName.toUtf8(), {FileError::Damaged, error});
         Log("PHOTOLIB-HOST", 2, "%s", error.toUtf8().constData());
         return failed;
     });

@@ -14,7 +14,8 @@ public:
     /// `count` more bytes have been written to a file of the host computer.
     virtual void bytesWritten(qint64 count) = 0;
 
-    /// Opening, reading, seeking or writing the file `name` failed.
+    /// Opening, reading, seeking or writing the file `name` failed, or, where the error is
+    /// Damaged, the unpacking of a picture from it.
     virtual void failed(const QByteArray &name, const FileError &error) = 0;
 };
 

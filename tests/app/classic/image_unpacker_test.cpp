@@ -1,6 +1,6 @@
 #include "classic/image_unpacker.h"
 
-#include "engine/thumbnail.h"
+#include "engine/thumbnail_image.h"
 #include "support/row_name.h"
 
 #include <gtest/gtest.h>

@@ -416,14 +416,56 @@ TEST_F(SheetProgram, SaysThatTextCanNotBeDrawn)
     EXPECT_FALSE(m_scratch.exists("sheet.png"));
 }
 
+TEST_F(SheetProgram, CreatesTheFolderOfTheFile)
+{
+    writeTwoPhotos();
+    const QByteArray path = m_scratch.path("new/folder/sheet.png");
+    EXPECT_EQ(0, run({"sheet", "-d", device(), "-o", path}).exitCode);
+    EXPECT_FALSE(sheet("new/folder/sheet.png").isNull());
+}
+
+TEST_F(SheetProgram, WritesOnePageToStandardOutput)
+{
+    writeTwoPhotos();
+    ASSERT_EQ(0, draw().exitCode);
+    const ProgramResult result = run({"sheet", "-d", device(), "-o", "-"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ(QByteArray(), result.errors);
+    EXPECT_EQ(m_scratch.read("sheet.png"), result.output) << "nothing else is among it";
+    EXPECT_FALSE(m_scratch.exists("-"));
+}
+
+TEST_F(SheetProgramOnBadInput, WritesNoPictureToATerminal)
+{
+    writeTwoPhotos();
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    m_setup.outputFd = terminal.slave();
+    expectFailure({"sheet", "-d", device(), "-o", "-"},
+                  "--output: a terminal shows no pictures; redirect standard output, or name a "
+                  "file (photolib sheet --help shows the usage)",
+                  2);
+}
+
+TEST_F(SheetProgramOnBadInput, WritesOnePageOnlyToStandardOutput)
+{
+    writeSampleDevice(500, false);
+    expectFailure({"sheet", "-d", device(), "-o", "-"},
+                  "standard output: takes one page, and the sheet has 2; name a file, or an album");
+}
+
 TEST_F(SheetProgramOnBadInput, NamesWhereItCanNotWrite)
 {
     writeTwoPhotos();
-    const QByteArray nowhere = m_scratch.path("none/sheet.png");
-    expectFailure({"sheet", "-d", device(), "-o", nowhere},
-                  m_scratch.path("none") + ": No such file or directory");
-    expectFailure({"sheet", "-d", device(), "-o", m_scratch.root()},
-                  m_scratch.root() + ": a folder, not a file to write");
+    m_scratch.write("file", "text");
+    expectFailure({"sheet", "-d", device(), "-o", m_scratch.path("file/sheet.png")},
+                  m_scratch.path("file") + ": not a folder");
+    for (const QByteArray &folder : {m_scratch.root(), m_scratch.path("new/")})
+        expectFailure({"sheet", "-d", device(), "-o", folder},
+                      folder + ": a folder, not a file to write");
+    expectRefusalOfDevice({"sheet", "-d", device(), "-o", device() + "/new/sheet.png"},
+                          device() + "/new");
     expectFailure({"sheet", "-d", device(), "-o", device() + "/sheet.png"},
                   device() + ": a device is only read; name a folder outside it");
     expectFailure({"sheet", "-d", device(), "--album", "9", "-o", m_scratch.path("sheet.png")},

@@ -85,6 +85,59 @@ TEST_F(ThumbProgram, ConvertsToPngOnRequest)
     EXPECT_EQ(m_scratch.read("thumb"), m_scratch.read("thumb.PNG"));
 }
 
+TEST_F(ThumbProgram, CreatesTheFolderOfTheFileThatIsNamed)
+{
+    writeDevice();
+    const QByteArray png = m_scratch.path("new/folder/1.png");
+    EXPECT_EQ(0, run({"thumb", "-d", device(), "1", "-o", png}).exitCode);
+    EXPECT_EQ(QSize(30, 20), QImage::fromData(m_scratch.read("new/folder/1.png"), "PNG").size());
+    EXPECT_EQ(0, run({"thumb", "-d", device(), "1", "-o", out() + '/'}).exitCode);
+    EXPECT_EQ(m_jpeg, m_scratch.read("out/1-IMG_0001.jpg"));
+}
+
+TEST_F(ThumbProgram, LeavesNoFolderWithoutAThumbnail)
+{
+    writeTwoPhotos();
+    for (const QByteArray &target : {m_scratch.path("new/folder/1.png"), m_scratch.path("new/")})
+        EXPECT_EQ(1, run({"thumb", "-d", device(), "1", "-o", target}).exitCode);
+    EXPECT_FALSE(m_scratch.exists("new"));
+}
+
+TEST_F(ThumbProgram, WritesOneToStandardOutput)
+{
+    writeDevice();
+    const ProgramResult stored = run({"thumb", "-d", device(), "1", "-o", "-"});
+    EXPECT_EQ(0, stored.exitCode);
+    EXPECT_EQ(QByteArray(), stored.errors);
+    EXPECT_EQ(m_jpeg, stored.output) << "nothing else is among it";
+    const ProgramResult png = run({"thumb", "-d", device(), "1", "-o", "-", "--format", "png"});
+    EXPECT_EQ(QSize(30, 20), QImage::fromData(png.output, "PNG").size());
+    const ProgramResult none = run({"thumb", "-d", device(), "2", "-o", "-"});
+    EXPECT_EQ(1, none.exitCode);
+    EXPECT_EQ(QByteArray(), none.output);
+    EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0002.JPG: no thumbnail\n", none.errors);
+}
+
+TEST_F(ThumbProgramOnBadInput, WritesNoPictureToATerminal)
+{
+    writeDevice();
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    m_setup.outputFd = terminal.slave();
+    expectFailure({"thumb", "-d", device(), "1", "-o", "-"},
+                  "--output: a terminal shows no pictures; redirect standard output, or name a "
+                  "file (photolib thumb --help shows the usage)",
+                  2);
+}
+
+TEST_F(ThumbProgramOnBadInput, WritesOneOnlyToStandardOutput)
+{
+    writeDevice();
+    expectFailure({"thumb", "-d", device(), "1", "2", "-o", "-"},
+                  "standard output takes one thumbnail; name a folder for 2", 2);
+}
+
 TEST_F(ThumbProgram, ReportsAPhotoWithoutOneAndGoesOn)
 {
     writeDevice();
@@ -150,12 +203,11 @@ TEST_F(ThumbProgram, MakesNamesOfTheDeviceSafe)
 TEST_F(ThumbProgramOnBadInput, NamesWhereItCanNotWrite)
 {
     writeDevice();
-    expectFailure({"thumb", "-d", device(), "1", "-o", out() + '/'}, out() + "/: no such folder");
-    expectFailure({"thumb", "-d", device(), "1", "-o", out() + "/a"},
-                  out() + ": No such file or directory");
     expectFailure({"thumb", "-d", device(), "1", "-o", device() + "/a"},
                   device() + ": a device is only read; name a folder outside it");
     m_scratch.write("file", "text");
+    expectFailure({"thumb", "-d", device(), "1", "-o", m_scratch.path("file/a.jpg")},
+                  m_scratch.path("file") + ": not a folder");
     expectFailure({"thumb", "-d", device(), "1", "2", "-o", m_scratch.path("file")},
                   m_scratch.path("file") + ": not a folder");
     expectFailure({"thumb", "-d", device(), "--all", m_scratch.path("file/sub")},
@@ -183,6 +235,8 @@ TEST_F(ThumbProgramOnBadInput, WritesNothingIntoADevice)
     for (const QByteArray &path : {device(), device() + "/new/folder"})
         expectRefusalOfDevice({"thumb", "-d", device(), "--all", path}, path);
     expectRefusalOfDevice({"thumb", "-d", device(), "1", "-o", device() + "/a"}, device());
+    expectRefusalOfDevice({"thumb", "-d", device(), "1", "-o", device() + "/new/a"},
+                          device() + "/new");
 }
 
 TEST_F(ThumbProgramOnBadInput, ReplacesNoDeviceOrPipe)

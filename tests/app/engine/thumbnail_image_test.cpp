@@ -1,4 +1,4 @@
-#include "engine/thumbnail.h"
+#include "engine/thumbnail_image.h"
 
 #include "boundary/photo_records.h"
 #include "support/row_name.h"
@@ -125,14 +125,6 @@ INSTANTIATE_TEST_SUITE_P(Numbers, DecodedThumbnailOfScans,
                                          ScansRow{"OneTooMany", 101, "a damaged thumbnail"},
                                          ScansRow{"Thousands", 4000, "a damaged thumbnail"}),
                          rowName<ScansRow>);
-
-TEST(ImageExtension, FollowsTheContent)
-{
-    EXPECT_STREQ("jpg", imageExtension(encoded(gradient(8, 8), "JPEG")));
-    EXPECT_STREQ("bmp", imageExtension(encoded(gradient(8, 8), "BMP")));
-    EXPECT_EQ(nullptr, imageExtension(encoded(gradient(8, 8), "PNG")));
-    EXPECT_EQ(nullptr, imageExtension(QByteArray()));
-}
 
 // Where the corners of an upright picture, called A B in its upper row and C D in its lower
 // one, lie in a stored picture with that orientation code, by the definition of the codes.

@@ -4,6 +4,7 @@
 #include "devices/folder_file_system.h"
 #include "host/classic_ipod.h"
 #include "host/device.h"
+#include "host/transfer_monitor.h"
 #include "support/device_folder.h"
 #include "support/environment.h"
 #include "support/photo_database_bytes.h"
@@ -460,6 +461,31 @@ TEST(ThumbnailUnpacker, LogsWhatItCanNotDecodeAndLeavesTheOutputAlone)
     EXPECT_EQ("untouched", out);
     ASSERT_EQ(1, log.failures().size());
     EXPECT_TRUE(log.failures()[0].contains("9999"));
+}
+
+// Hears what fails.
+class FailureObserver : public TransferObserver
+{
+public:
+    QList<FileError> errors;
+
+    void bytesWritten(qint64) override {}
+    void failed(const QByteArray &, const FileError &error) override { errors.append(error); }
+};
+
+TEST(ThumbnailUnpacker, TellsWhoeverWatchesWhatItCannotDecode)
+{
+    const LogCapture log;
+    FailureObserver observer;
+    const TransferWatch watch(&observer);
+    QByteArray raw = "pixels";
+    QByteArray out;
+    itdb_photo photo;
+    photo.formatId = 9999;
+    EXPECT_NE(0, unpackiThmb(nullptr, raw, photo, out));
+    ASSERT_EQ(1, observer.errors.size());
+    EXPECT_EQ(FileError::Damaged, observer.errors[0].kind);
+    EXPECT_EQ("unknown format 9999", observer.errors[0].text);
 }
 
 } // namespace
