@@ -61,6 +61,10 @@ private:
 
 void writePhotos(LibrarySession &session, const QList<quint64> &ids, Output &output)
 {
+    if (ids.isEmpty()) {
+        output.write("No photos or videos.\n");
+        return;
+    }
     PhotoTable table(session.classicIpod() != nullptr);
     for (const quint64 id : ids)
         table.add(session, id);

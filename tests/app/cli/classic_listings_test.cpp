@@ -44,6 +44,7 @@ TEST_F(ClassicListings, SumUpAnEmptyLibraryAndOneWithoutDates)
                             "Albums:       0\n"
                             "Stored:       0 bytes\n";
     EXPECT_EQ(heading + "Photos:       0\n" + rest, outputOf({"info", "-d", device()}));
+    EXPECT_EQ("No photos or videos.\n", outputOf({"photos", "-d", device()}));
     addPhoto(100);
     writeDevice();
     EXPECT_EQ(heading + "Photos:       1\n" + rest, outputOf({"info", "-d", device()}));
