@@ -93,7 +93,7 @@ bool isDevice(const UniqueFd &folder)
 
 [[noreturn]] void refuse(const QByteArray &named)
 {
-    throw Error(named.toStdString(), "a device is only read; name a folder outside it");
+    throw Error(named.toStdString(), "photolib never writes to the device; choose a folder outside it");
 }
 
 } // namespace

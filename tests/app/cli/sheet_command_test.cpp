@@ -467,7 +467,7 @@ TEST_F(SheetProgramOnBadInput, NamesWhereItCanNotWrite)
     expectRefusalOfDevice({"sheet", "-d", device(), "-o", device() + "/new/sheet.png"},
                           device() + "/new");
     expectFailure({"sheet", "-d", device(), "-o", device() + "/sheet.png"},
-                  device() + ": a device is only read; name a folder outside it");
+                  device() + ": photolib never writes to the device; choose a folder outside it");
     expectFailure({"sheet", "-d", device(), "--album", "9", "-o", m_scratch.path("sheet.png")},
                   "9: no album with this id in " + device());
 }

@@ -204,7 +204,7 @@ TEST_F(ThumbProgramOnBadInput, NamesWhereItCanNotWrite)
 {
     writeDevice();
     expectFailure({"thumb", "-d", device(), "1", "-o", device() + "/a"},
-                  device() + ": a device is only read; name a folder outside it");
+                  device() + ": photolib never writes to the device; choose a folder outside it");
     m_scratch.write("file", "text");
     expectFailure({"thumb", "-d", device(), "1", "-o", m_scratch.path("file/a.jpg")},
                   m_scratch.path("file") + ": not a folder");
