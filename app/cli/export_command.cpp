@@ -1,18 +1,10 @@
 #include "base/byte_count.h"
-#include "base/error.h"
-#include "base/folders.h"
-#include "base/log_output.h"
 #include "cli/exit_codes.h"
 #include "cli/id_arguments.h"
-#include "cli/interruptible_run.h"
-#include "cli/interruptible_task.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
-#include "cli/progress_bar.h"
-#include "engine/device_bounds.h"
-#include "engine/export_folder.h"
-#include "engine/export_items.h"
-#include "engine/id_list.h"
+#include "cli/reported_work.h"
+#include "engine/library_export.h"
 #include "engine/library_session.h"
 #include "engine/photo_ids.h"
 #include "engine/photo_text.h"
@@ -48,124 +40,90 @@ void splitArguments(ExportArguments &arguments)
         throw CLI::ValidationError("--album", "takes the place of ids");
 }
 
-// Each photo once, however often it was named or is in the album.
-QList<quint64> chosenIds(const ExportArguments &arguments, LibrarySession &session)
-{
-    if (arguments.ids.empty())
-        return withoutDuplicates(chosenPhotoIds(session, *arguments.album));
-    return knownPhotoIds(arguments.ids, session);
-}
-
-QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids)
-{
-    QVector<ExportItem> items;
-    items.reserve(ids.size());
-    InterruptibleTask task(showsProgress(), QStringLiteral("Looking at the files"), ids.size());
-    const auto lookAtAll = [&] {
-        for (int i = 0; i < ids.size(); ++i) {
-            task.setDone(i);
-            items += exportItems(session, ids[i]);
-        }
-    };
-    if (task.run(lookAtAll))
-        throw Error(Error::Cancelled, "interrupted: nothing is copied yet");
-    return items;
-}
-
 // How the export goes, on stderr.
-class ExportReport
+class ExportReport : public ExportObserver
 {
 public:
-    ExportReport(PhotoExport &photos, bool tellsAbsent)
-        : m_photos(photos), m_tellsAbsent(tellsAbsent),
-          m_bar(showsProgress(), QStringLiteral("Copying"))
+    ExportReport(ReportedWork &work, bool tellsAbsent) : m_work(work), m_tellsAbsent(tellsAbsent) {}
+
+    void looked(int done, int total) override
     {
-        m_clock.start();
+        m_work.show({QStringLiteral("Looking at the files"), done, total,
+                     QStringLiteral("%1 of %2").arg(done).arg(total)});
     }
 
-    void update()
+    void copied(const ExportProgress &progress) override
     {
-        for (const QByteArray &failure : m_photos.takeFailures())
-            tell(failure);
-        for (const QByteArray &name : m_photos.takeAbsent()) {
-            if (m_tellsAbsent)
-                tell(name + ": not on the device");
-        }
-        m_bar.show(m_photos.doneBytes(), m_photos.totalBytes(), amounts());
+        if (!m_clock.isValid())
+            m_clock.start();
+        m_work.show({QStringLiteral("Copying"), progress.doneBytes, progress.totalBytes,
+                     amounts(progress)});
     }
+
+    void absent(const QString &label) override
+    {
+        if (m_tellsAbsent)
+            m_work.tell(label + QStringLiteral(": not on the device"));
+    }
+
+    void failed(const ItemFailure &failure) override { m_work.failed(failure); }
 
 private:
-    void tell(const QByteArray &line)
-    {
-        m_bar.hide();
-        writeErrorLine("photolib: " + line);
-    }
-
-    QString amounts() const
+    QString amounts(const ExportProgress &progress) const
     {
         return QStringLiteral("%1 of %2 files, %3%4")
-            .arg(QString::number(m_photos.counts().all()), QString::number(m_photos.size()),
-                 byteCountsText(m_photos.doneBytes(), m_photos.totalBytes()), timeLeft());
+            .arg(QString::number(progress.doneFiles), QString::number(progress.files),
+                 byteCountsText(progress.doneBytes, progress.totalBytes), timeLeft(progress));
     }
 
     // Empty while it is too early to tell.
-    QString timeLeft() const
+    QString timeLeft(const ExportProgress &progress) const
     {
         constexpr qint64 earliest = 1000; // milliseconds
-        const auto done = static_cast<double>(m_photos.doneBytes());
-        const auto read = static_cast<double>(m_photos.readBytes()); // only these take time
         const qint64 elapsed = m_clock.elapsed();
-        if (elapsed < earliest || read <= 0)
+        if (elapsed < earliest || progress.readBytes <= 0)
             return QString();
-        const double rest = qMax(0.0, static_cast<double>(m_photos.totalBytes()) - done);
-        const double seconds = rest / read * static_cast<double>(elapsed) / 1000.0;
+        const auto rest =
+            static_cast<double>(qMax(qint64(0), progress.totalBytes - progress.doneBytes));
+        const double seconds =
+            rest / static_cast<double>(progress.readBytes) * static_cast<double>(elapsed) / 1000.0;
         constexpr double longest = 100 * 3600.0; // nobody waits for what takes longer
         return QStringLiteral(", %1 left").arg(durationText(qint64(qMin(seconds, longest))));
     }
 
-    PhotoExport &m_photos;
+    ReportedWork &m_work;
     const bool m_tellsAbsent;
-    ProgressBar m_bar;
-    QElapsedTimer m_clock;
+    QElapsedTimer m_clock; // of the copying
 };
 
-// Whether it was interrupted.
-bool runReported(PhotoExport &photos, bool tellsAbsent)
+ExportRequest requestOf(const ExportArguments &arguments)
 {
-    ExportReport report(photos, tellsAbsent);
-    try {
-        return runInterruptible([&photos] { photos.run(); }, [&photos] { photos.cancel(); },
-                                [&report] { report.update(); });
-    } catch (const Error &error) {
-        throw Error(Error::Failed, error.what() + ("; " + photos.counts().text().toStdString()));
-    }
+    ExportRequest request;
+    request.ids = arguments.ids;
+    request.album = *arguments.album;
+    request.folder = QByteArray::fromStdString(arguments.folder);
+    request.verify = arguments.verify;
+    return request;
 }
 
-int exportPhotos(const ExportArguments &arguments, const CommonOptions &options,
-                 LibrarySession &session, Output &output)
+int exportTo(const ExportRequest &request, const CommonOptions &options, LibrarySession &session,
+             Output &output)
 {
-    const QVector<ExportItem> items = itemsFor(session, chosenIds(arguments, session));
-    const auto path = QByteArray::fromStdString(arguments.folder);
-    const std::unique_ptr<EnsuredFolder> ensured = session.folderOutside(path);
-    refuseDeviceAsTarget(path);
-    ExportFolder folder(path);
-    PhotoExport photos(session.files(), folder, items,
-                       arguments.verify ? ExportComparison::Content
-                                        : ExportComparison::SizeAndTime);
-    const bool isInterrupted = runReported(photos, options.verbose);
-    const ExportCounts counts = photos.counts();
-    if (isInterrupted)
-        throw Error(Error::Cancelled, "interrupted: " + counts.text().toStdString());
-    ensured->keep();
+    ExportResult result;
+    ReportedWork work(showsProgress());
+    ExportReport report(work, options.verbose);
+    work.run([&](const CancelToken &cancel) {
+        result = exportPhotos(session, request, report, cancel);
+    });
     if (!options.quiet)
-        output.writeLine(counts.text());
-    return counts.failed == 0 ? 0 : exitFailed;
+        output.writeLine(result.counts.text());
+    return result.failures.isEmpty() ? exitDone : exitFailed;
 }
 
 int runExport(const CommandContext &context, const ExportArguments &arguments)
 {
     const auto work = [&](LibrarySession &session, Output &output) {
-        return exportPhotos(arguments, context.options, session, output);
+        return exportTo(requestOf(arguments), context.options, session, output);
     };
     requireNamedDevice(context);
     return workOnLibrary(context, work);

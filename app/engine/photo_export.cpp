@@ -1,6 +1,6 @@
 #include "engine/photo_export.h"
 
-#include "base/byte_count.h"
+#include "base/cancel_token.h"
 #include "base/error.h"
 #include "base/file_names.h"
 #include "devices/encoded_names.h"
@@ -91,26 +91,16 @@ struct PhotoExport::Source {
     std::optional<AtomicFile> copy = std::nullopt;
 };
 
-QString ExportCounts::text() const
-{
-    const QString files = copied == 1 ? QStringLiteral("file") : QStringLiteral("files");
-    QString text = QStringLiteral("copied %1 %2 (%3), %4 already there")
-                       .arg(QString::number(copied), files, byteCountText(copiedBytes),
-                            QString::number(present));
-    if (absent > 0)
-        text += QStringLiteral(", %1 not on the device").arg(absent);
-    if (failed > 0)
-        text += QStringLiteral(", %1 failed").arg(failed);
-    return text;
-}
-
 PhotoExport::PhotoExport(DeviceFileSystem &files, ExportFolder &folder, QVector<ExportItem> items,
-                         ExportComparison comparison)
+                         ExportComparison comparison, ExportObserver &observer,
+                         const CancelToken &cancel)
     : m_files(files), m_folder(folder), m_items(std::move(items)), m_comparison(comparison),
-      m_alike(alike(m_items)), m_block(blockSize, '\0'), m_otherBlock(blockSize, '\0')
+      m_observer(observer), m_cancel(cancel), m_alike(alike(m_items)), m_block(blockSize, '\0'),
+      m_otherBlock(blockSize, '\0')
 {
+    m_progress.files = m_items.size();
     for (const ExportItem &item : m_items)
-        m_totalBytes = saturatedSum(m_totalBytes, item.info.size);
+        m_progress.totalBytes = saturatedSum(m_progress.totalBytes, item.info.size);
 }
 
 // Those of several items, whose times may well be the same, too: the pictures of a burst on a
@@ -129,12 +119,9 @@ PhotoExport::NamesAndSizes PhotoExport::alike(const QVector<ExportItem> &items)
 
 void PhotoExport::run()
 {
+    tellProgress();
     try {
-        for (const ExportItem &item : m_items) {
-            handle(item);
-            m_position = 0;
-            m_doneBytes = saturatedSum(m_doneBytes, item.info.size);
-        }
+        workOnEach(m_items.size(), m_observer, m_cancel, [this](int i) { handle(m_items[i]); });
     } catch (const Cancelled &) {
         return;
     }
@@ -142,20 +129,38 @@ void PhotoExport::run()
 
 void PhotoExport::handle(const ExportItem &item)
 {
+    const std::optional<ItemFailure> failure = failureOf(item);
+    if (failure) {
+        m_result.failures.append(*failure);
+        ++m_result.counts.failed;
+    }
+    m_position = 0;
+    m_handledBytes = saturatedSum(m_handledBytes, item.info.size);
+    tellProgress();
+    if (failure)
+        throw ItemFailure(*failure);
+}
+
+// Nothing when it is dealt with.
+std::optional<ItemFailure> PhotoExport::failureOf(const ExportItem &item)
+{
     if (item.failure.kind == FileError::NotFound) {
-        addAbsent(item);
-        return;
+        ++m_result.counts.absent;
+        m_result.absent.append(item.label);
+        m_observer.absent(item.label);
+        return std::nullopt;
     }
     try {
-        if (!tryToStore(item, true) && !tryToStore(item, false))
-            throw FileFailure{QStringLiteral("changed while it was read, twice")};
+        if (tryToStore(item, true) || tryToStore(item, false))
+            return std::nullopt;
+        return ItemFailure{item.label, QStringLiteral("changed while it was read, twice")};
     } catch (const FileFailure &failure) {
-        addFailure(item, failure.cause);
+        return ItemFailure{item.label, failure.cause};
     } catch (const std::system_error &error) {
         const QString cause = QString::fromStdString(error.code().message());
         if (!concernsOneFile(error.code()))
             throw Error(m_folder.path().toStdString(), cause.toStdString());
-        addFailure(item, cause);
+        return ItemFailure{item.label, cause};
     }
 }
 
@@ -235,9 +240,8 @@ bool PhotoExport::storeAs(const QByteArray &name, Source &source)
     }
     if (!source.copy->giveName(name))
         return isPresentAs(name, source); // of another export that is running, say
-    count(&ExportCounts::copied);
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_counts.copiedBytes += source.size;
+    ++m_result.counts.copied;
+    m_result.counts.copiedBytes = saturatedSum(m_result.counts.copiedBytes, source.size);
     return true;
 }
 
@@ -245,7 +249,7 @@ bool PhotoExport::isPresentAs(const QByteArray &name, Source &source)
 {
     for (const QByteArray &other : m_folder.holding(name)) {
         if (isSameAs(other, source)) {
-            count(&ExportCounts::present);
+            ++m_result.counts.present;
             return true;
         }
     }
@@ -313,58 +317,21 @@ bool PhotoExport::hasContentOf(Source &source, const QByteArray &name)
 // The bytes read into the block; 0 at the end of the file.
 qint64 PhotoExport::readBlock(Source &source)
 {
-    if (m_isCancelled)
+    if (m_cancel.isCancelled())
         throw Cancelled();
     FileError error;
     const qint64 count = contentOf(source).read(m_position, m_block.data(), blockSize, &error);
     if (count < 0)
         failToRead(error);
     m_position += count;
-    m_readBytes += count;
+    m_progress.readBytes = saturatedSum(m_progress.readBytes, count);
+    tellProgress();
     return count;
 }
 
-void PhotoExport::count(int ExportCounts::*counter)
+void PhotoExport::tellProgress()
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    ++(m_counts.*counter);
-}
-
-void PhotoExport::addAbsent(const ExportItem &item)
-{
-    count(&ExportCounts::absent);
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_absent.append(item.label.toUtf8());
-}
-
-void PhotoExport::addFailure(const ExportItem &item, const QString &cause)
-{
-    count(&ExportCounts::failed);
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_failures.append((item.label + QLatin1String(": ") + cause).toUtf8());
-}
-
-qint64 PhotoExport::doneBytes() const
-{
-    return saturatedSum(m_doneBytes, m_position);
-}
-
-ExportCounts PhotoExport::counts() const
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_counts;
-}
-
-QList<QByteArray> PhotoExport::takeFailures()
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    QList<QByteArray> failures;
-    failures.swap(m_failures);
-    return failures;
-}
-
-QList<QByteArray> PhotoExport::takeAbsent()
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return std::exchange(m_absent, {});
+    m_progress.doneFiles = m_result.counts.all();
+    m_progress.doneBytes = saturatedSum(m_handledBytes, m_position);
+    m_observer.copied(m_progress);
 }

@@ -3,18 +3,17 @@
 
 #include "base/atomic_file.h"
 #include "devices/device_file_system.h"
+#include "engine/export_report.h"
 
-#include <QList>
 #include <QVector>
 
-#include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <utility>
 
+class CancelToken;
 class ExportFolder;
 
 /// A file that the program makes of what a device stores in another form.
@@ -54,21 +53,6 @@ enum class ExportComparison {
     Content, ///< every byte
 };
 
-/// How many files an export has dealt with.
-struct ExportCounts {
-    int copied = 0;
-    int present = 0; ///< were there already
-    int absent = 0;  ///< are in the library and not on the device
-    int failed = 0;
-    qint64 copiedBytes = 0;
-
-    int all() const { return copied + present + absent + failed; }
-
-    /// "copied 40 files (12.3 MiB), 3 already there, 18 not on the device, 2 failed", the last two
-    /// only where there are any.
-    QString text() const;
-};
-
 /// Copies files off a device into a folder, and writes those that are made.
 ///
 /// A file that changes while it is copied is copied once more, and fails when it changes again.
@@ -79,35 +63,17 @@ struct ExportCounts {
 class PhotoExport
 {
 public:
-    /// Both must outlive the object.
+    /// What is given by reference must outlive the object.
     PhotoExport(DeviceFileSystem &files, ExportFolder &folder, QVector<ExportItem> items,
-                ExportComparison comparison = ExportComparison::SizeAndTime);
+                ExportComparison comparison, ExportObserver &observer, const CancelToken &cancel);
 
-    /// Copies until all is done or cancelled. A file that can not be read is told by
-    /// `takeFailures`. Throws Error when the device is gone and when the folder can
-    /// not be written.
+    /// Copies until all is done, or `cancel` is cancelled; the file that it is at then is not
+    /// copied. A file that cannot be read is told and in the result. Throws Error when the device
+    /// is gone and when the folder cannot be written.
     void run();
 
-    // The following may be called while another thread runs the export.
-
-    /// Makes `run` return soon; the file that it is at is not copied.
-    void cancel() { m_isCancelled = true; }
-
-    ExportCounts counts() const;
-    qint64 totalBytes() const { return m_totalBytes; }
-    int size() const { return m_items.size(); }
-
-    /// Bytes of the files that are dealt with, and of the part of the current one.
-    qint64 doneBytes() const;
-
-    /// Bytes that were read of the device for that: none of a file that is known to be there.
-    qint64 readBytes() const { return m_readBytes; }
-
-    /// The failures since the last call, "NAME: CAUSE" each.
-    QList<QByteArray> takeFailures();
-
-    /// The names of those that are not on the device, since the last call.
-    QList<QByteArray> takeAbsent();
+    /// Of all that was dealt with, also when `run` has thrown.
+    const ExportResult &result() const { return m_result; }
 
 private:
     struct Source;
@@ -116,6 +82,7 @@ private:
     static NamesAndSizes alike(const QVector<ExportItem> &items);
 
     void handle(const ExportItem &item);
+    std::optional<ItemFailure> failureOf(const ExportItem &item);
     bool tryToStore(const ExportItem &item, bool believesForetold);
     Source sourceOf(const ExportItem &item);
     static void makeNow(Source *source);
@@ -129,27 +96,22 @@ private:
     bool hasTimeOf(const Source &source, qint64 modified) const;
     bool hasContentOf(Source &source, const QByteArray &name);
     qint64 readBlock(Source &source);
-    void addAbsent(const ExportItem &item);
-    void addFailure(const ExportItem &item, const QString &cause);
-    void count(int ExportCounts::*counter);
+    void tellProgress();
 
     DeviceFileSystem &m_files;
     ExportFolder &m_folder;
     const QVector<ExportItem> m_items;
     const ExportComparison m_comparison;
-    NamesAndSizes m_alike; // of several items
-    qint64 m_totalBytes = 0;
+    ExportObserver &m_observer;
+    const CancelToken &m_cancel;
+    const NamesAndSizes m_alike; // of several items
     QByteArray m_block;
     QByteArray m_otherBlock;
 
-    std::atomic<bool> m_isCancelled{false};
-    std::atomic<qint64> m_doneBytes{0};
-    std::atomic<qint64> m_position{0}; // in the current file
-    std::atomic<qint64> m_readBytes{0};
-    mutable std::mutex m_mutex; // guards the members below
-    ExportCounts m_counts;
-    QList<QByteArray> m_failures;
-    QList<QByteArray> m_absent;
+    qint64 m_handledBytes = 0;
+    qint64 m_position = 0; // in the current file
+    ExportProgress m_progress;
+    ExportResult m_result;
 };
 
 #endif // PHOTOLIB_ENGINE_PHOTO_EXPORT_H

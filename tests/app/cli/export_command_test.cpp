@@ -448,26 +448,6 @@ TEST_F(InterruptedExport, LeavesNoHalfFileAndSaysWhatWasDone)
     }
 }
 
-TEST_F(ExportProgramOnASample, MakesNoFolderWhenInterruptedBeforeItCopies)
-{
-    Terminal terminal;
-    if (!terminal.isOpen())
-        GTEST_SKIP() << "there are no pseudo-terminals here";
-    SampleOptions options;
-    options.assets = 60000; // looking for their files takes a second
-    options.pictures = false;
-    QString error;
-    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
-    m_setup.errorFd = terminal.slave();
-    Program program(m_setup, {"export", "-d", device(), out()});
-    terminal.shownUntil("Looking at the files [");
-    ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
-    EXPECT_EQ(130, program.waitForExitCode());
-    const QByteArray line = "\r\x1b[Kphotolib: interrupted: nothing is copied yet\r\n";
-    EXPECT_TRUE(terminal.shownUntil("yet\r\n").endsWith(line));
-    EXPECT_FALSE(m_scratch.exists("out"));
-}
-
 TEST_F(InterruptedExport, TellsTheTimeLeft)
 {
     Terminal terminal;

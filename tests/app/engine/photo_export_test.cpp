@@ -2,6 +2,7 @@
 
 #include "devices/memory_file.h"
 
+#include "base/cancel_token.h"
 #include "base/error.h"
 #include "engine/export_folder.h"
 #include "support/device_folder.h"
@@ -76,6 +77,20 @@ private:
     };
 };
 
+// Keeps what it hears.
+class HeardExport : public ExportObserver
+{
+public:
+    QStringList failures;
+    QStringList missing;
+    ExportProgress progress;
+
+    void looked(int, int) override {}
+    void copied(const ExportProgress &heard) override { progress = heard; }
+    void absent(const QString &label) override { missing.append(label); }
+    void failed(const ItemFailure &failure) override { failures.append(failure.text()); }
+};
+
 class PhotoExports : public testing::Test
 {
 protected:
@@ -134,12 +149,13 @@ protected:
     /// Exports, and returns "copied present failed".
     QByteArray run()
     {
+        m_heard = HeardExport();
         ExportFolder folder(m_scratch.path("out"));
-        PhotoExport photos(m_device, folder, m_items, m_comparison);
+        PhotoExport photos(m_device, folder, m_items, m_comparison, m_heard, m_cancel);
         m_current = &photos;
         photos.run();
-        m_failures = photos.takeFailures();
-        const ExportCounts counts = photos.counts();
+        m_result = photos.result();
+        const ExportCounts counts = m_result.counts;
         return QByteArray::number(counts.copied) + ' ' + QByteArray::number(counts.present) + ' ' +
                QByteArray::number(counts.failed);
     }
@@ -169,8 +185,10 @@ protected:
     MemoryDevice m_device;
     QVector<ExportItem> m_items;
     ExportComparison m_comparison = ExportComparison::SizeAndTime;
-    PhotoExport *m_current = nullptr; ///< while `run` runs
-    QList<QByteArray> m_failures;
+    HeardExport m_heard;
+    CancelToken m_cancel;
+    const PhotoExport *m_current = nullptr; ///< while `run` runs
+    ExportResult m_result;
     int m_reads = 0;
 };
 
@@ -208,12 +226,12 @@ TEST_F(PhotoExports, GiveUpOnAFileThatIsWrittenOverAgainAndAgain)
     add("a.jpg", QByteArray(3 << 20, 'x'));
     add("b.jpg", "b");
     m_device.beforeRead = [&] {
-        if (m_current->counts().failed == 0)
+        if (m_current->result().counts.failed == 0)
             ++m_device.changed;
         return FileError();
     };
     EXPECT_EQ("1 0 1", run());
-    EXPECT_EQ(QList<QByteArray>{"a.jpg: changed while it was read, twice"}, m_failures);
+    EXPECT_EQ(QStringList{"a.jpg: changed while it was read, twice"}, m_heard.failures);
     EXPECT_EQ((Copies{{"b.jpg", "b"}}), copies());
 }
 
@@ -383,8 +401,8 @@ TEST_F(PhotoExports, GoOnAfterAFileThatCanNotBeRead)
         return {FileError::Failed, QStringLiteral("Input/output error")};
     };
     EXPECT_EQ("1 0 2", run());
-    EXPECT_EQ((QList<QByteArray>{"a.jpg: Input/output error", "b.jpg: missing on the device"}),
-              m_failures);
+    EXPECT_EQ((QStringList{"a.jpg: Input/output error", "b.jpg: missing on the device"}),
+              m_heard.failures);
     EXPECT_EQ((Copies{{"c.jpg", "three"}}), copies());
 }
 
@@ -394,13 +412,14 @@ TEST_F(PhotoExports, CountWhatTheDeviceDoesNotHaveApartFromWhatFails)
         add(name, name);
     m_items[0].failure = {FileError::NotFound, "No such file or directory"};
     m_items[1].failure = {FileError::Denied, "Permission denied"};
-    ExportFolder folder(m_scratch.path("out"));
-    PhotoExport photos(m_device, folder, m_items);
-    photos.run();
+    EXPECT_EQ("1 0 1", run());
     EXPECT_EQ("copied 1 file (5 bytes), 0 already there, 1 not on the device, 1 failed",
-              photos.counts().text());
-    EXPECT_EQ(QList<QByteArray>{"a.jpg"}, photos.takeAbsent());
-    EXPECT_EQ(QList<QByteArray>{"b.jpg: Permission denied"}, photos.takeFailures());
+              m_result.counts.text());
+    EXPECT_EQ(QStringList{"a.jpg"}, m_result.absent);
+    EXPECT_EQ(QStringList{"a.jpg"}, m_heard.missing);
+    ASSERT_EQ(1, m_result.failures.size());
+    EXPECT_EQ("b.jpg: Permission denied", m_result.failures[0].text());
+    EXPECT_EQ(QStringList{"b.jpg: Permission denied"}, m_heard.failures);
 }
 
 TEST_F(PhotoExports, RefuseAFileThatIsShorterThanTheDeviceSaid)
@@ -408,7 +427,7 @@ TEST_F(PhotoExports, RefuseAFileThatIsShorterThanTheDeviceSaid)
     add("a.jpg", "whole");
     m_device.surplus = 2;
     EXPECT_EQ("0 0 1", run());
-    EXPECT_EQ(QList<QByteArray>{"a.jpg: changed while it was read, twice"}, m_failures);
+    EXPECT_EQ(QStringList{"a.jpg: changed while it was read, twice"}, m_heard.failures);
     EXPECT_EQ(Copies(), copies());
 }
 
@@ -487,7 +506,7 @@ TEST_F(PhotoExports, LeaveNoHalfFileWhenCancelled)
     int reads = 0;
     m_device.beforeRead = [&]() -> FileError {
         if (++reads == 5)
-            m_current->cancel();
+            m_cancel.cancel();
         return {};
     };
     EXPECT_EQ("1 0 0", run());
@@ -501,11 +520,9 @@ TEST_F(PhotoExports, CountTheBytesThatAreReadApartFromThoseOfWhatIsThere)
     add("a.jpg", QByteArray(1000, 'x'));
     EXPECT_EQ("1 0 0", run());
     add("b.jpg", QByteArray(500, 'x'));
-    ExportFolder folder(m_scratch.path("out"));
-    PhotoExport photos(m_device, folder, m_items);
-    photos.run();
-    EXPECT_EQ(1500, photos.doneBytes());
-    EXPECT_EQ(500, photos.readBytes());
+    EXPECT_EQ("1 1 0", run());
+    EXPECT_EQ(1500, m_heard.progress.doneBytes);
+    EXPECT_EQ(500, m_heard.progress.readBytes);
 }
 
 TEST_F(PhotoExports, CountTheBytesOfWhatIsDone)
@@ -513,15 +530,21 @@ TEST_F(PhotoExports, CountTheBytesOfWhatIsDone)
     add("a.jpg", QByteArray(1000, 'x'));
     add("b.jpg", QByteArray(500, 'x'));
     m_scratch.write("out/b.jpg", QByteArray(500, 'x'));
-    ExportFolder folder(m_scratch.path("out"));
-    PhotoExport photos(m_device, folder, m_items);
-    EXPECT_EQ(1500, photos.totalBytes());
-    EXPECT_EQ(0, photos.doneBytes());
-    photos.run();
-    EXPECT_EQ(1500, photos.doneBytes());
-    EXPECT_EQ(1000, photos.counts().copiedBytes);
-    EXPECT_EQ(1500, photos.readBytes());
-    EXPECT_EQ("copied 1 file (1000 bytes), 1 already there", photos.counts().text());
+    bool isFirst = true;
+    m_device.beforeRead = [&] {
+        if (std::exchange(isFirst, false)) {
+            EXPECT_EQ(0, m_heard.progress.doneBytes);
+            EXPECT_EQ(1500, m_heard.progress.totalBytes);
+            EXPECT_EQ(2, m_heard.progress.files);
+        }
+        return FileError();
+    };
+    EXPECT_EQ("1 1 0", run());
+    EXPECT_EQ(2, m_heard.progress.doneFiles);
+    EXPECT_EQ(1500, m_heard.progress.doneBytes);
+    EXPECT_EQ(1500, m_heard.progress.readBytes);
+    EXPECT_EQ(1000, m_result.counts.copiedBytes);
+    EXPECT_EQ("copied 1 file (1000 bytes), 1 already there", m_result.counts.text());
 }
 
 MadeFile madeFile(const QByteArray &name, const QByteArray &bytes)
@@ -598,7 +621,7 @@ TEST_F(PhotoExports, GoOnAfterAFileThatCanNotBeMade)
     });
     addMade(3, [] { return madeFile("b.bmp", "two"); });
     EXPECT_EQ("1 0 1", run());
-    EXPECT_EQ(QList<QByteArray>{"0: damaged"}, m_failures);
+    EXPECT_EQ(QStringList{"0: damaged"}, m_heard.failures);
     EXPECT_EQ((Copies{{"b.bmp", "two"}}), copies());
 }
 
@@ -618,12 +641,10 @@ TEST_F(PhotoExports, MakeNothingMoreWhenTheDeviceIsGone)
 TEST_F(PhotoExports, CountMadeFilesByTheirAnnouncedSizesUntilTheyAreThere)
 {
     addMade(1000, [] { return madeFile("a.bmp", QByteArray(700, 'x')); });
-    ExportFolder folder(m_scratch.path("out"));
-    PhotoExport photos(m_device, folder, m_items);
-    EXPECT_EQ(1000, photos.totalBytes());
-    photos.run();
-    EXPECT_EQ(1000, photos.doneBytes());
-    EXPECT_EQ(700, photos.counts().copiedBytes);
+    EXPECT_EQ("1 0 0", run());
+    EXPECT_EQ(1000, m_heard.progress.totalBytes);
+    EXPECT_EQ(1000, m_heard.progress.doneBytes);
+    EXPECT_EQ(700, m_result.counts.copiedBytes);
 }
 
 TEST_F(PhotoExports, TakeLinearTimeForManyPhotosOfOneName)

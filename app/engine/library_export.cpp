@@ -1,0 +1,66 @@
+#include "engine/library_export.h"
+
+#include "base/cancel_token.h"
+#include "base/error.h"
+#include "engine/device_bounds.h"
+#include "engine/export_folder.h"
+#include "engine/export_items.h"
+#include "engine/id_list.h"
+#include "engine/library_session.h"
+#include "engine/photo_export.h"
+#include "engine/photo_ids.h"
+
+namespace {
+
+// Each photo once, however often it is named or in the album.
+QList<quint64> chosenIds(const ExportRequest &request, LibrarySession &session)
+{
+    if (request.ids.empty())
+        return withoutDuplicates(chosenPhotoIds(session, request.album));
+    return knownPhotoIds(request.ids, session);
+}
+
+QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids,
+                             ExportObserver &observer, const CancelToken &cancel)
+{
+    QVector<ExportItem> items;
+    items.reserve(ids.size());
+    for (int i = 0; i < ids.size(); ++i) {
+        observer.looked(i, ids.size());
+        if (cancel.isCancelled())
+            throw Error(Error::Cancelled, "interrupted: nothing is copied yet");
+        items += exportItems(session, ids[i]);
+    }
+    return items;
+}
+
+// Every failure that ends it tells what was done by then.
+void run(PhotoExport &photos, const CancelToken &cancel)
+{
+    const auto done = [&photos] { return photos.result().counts.text().toStdString(); };
+    try {
+        photos.run();
+    } catch (const Error &error) {
+        throw Error(Error::Failed, error.what() + ("; " + done()));
+    }
+    if (cancel.isCancelled())
+        throw Error(Error::Cancelled, "interrupted: " + done());
+}
+
+} // namespace
+
+ExportResult exportPhotos(LibrarySession &session, const ExportRequest &request,
+                          ExportObserver &observer, const CancelToken &cancel)
+{
+    const QVector<ExportItem> items =
+        itemsFor(session, chosenIds(request, session), observer, cancel);
+    const std::unique_ptr<EnsuredFolder> ensured = session.folderOutside(request.folder);
+    refuseDeviceAsTarget(request.folder);
+    ExportFolder folder(request.folder);
+    const ExportComparison comparison =
+        request.verify ? ExportComparison::Content : ExportComparison::SizeAndTime;
+    PhotoExport photos(session.files(), folder, items, comparison, observer, cancel);
+    run(photos, cancel);
+    ensured->keep();
+    return photos.result();
+}
