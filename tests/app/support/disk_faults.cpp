@@ -2,7 +2,12 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
+#include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -44,6 +49,44 @@ IN_PLACE_OF_THE_SYSTEM int linkat(int fromFolder, const char *from, int toFolder
     if (lacksLinks)
         return failWith(EPERM);
     return static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
+}
+
+namespace {
+
+// Offset of the lower half of an argument, on a computer whose numbers begin with it.
+constexpr unsigned argument(unsigned number)
+{
+    return static_cast<unsigned>(offsetof(seccomp_data, args)) + number * 8;
+}
+
+constexpr unsigned refuse(unsigned code)
+{
+    return SECCOMP_RET_ERRNO | code;
+}
+
+constexpr unsigned filesWithoutName = O_TMPFILE & ~O_DIRECTORY;
+
+} // namespace
+
+bool takeLinksAway()
+{
+    sock_filter filter[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_linkat, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, refuse(EPERM)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_renameat2, 0, 3),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, argument(4)), // the flags
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, 0, 5, 0),
+        BPF_STMT(BPF_RET | BPF_K, refuse(EINVAL)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_openat, 0, 3),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, argument(2)), // the flags
+        BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, filesWithoutName, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, refuse(EOPNOTSUPP)),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program = {sizeof filter / sizeof *filter, filter};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
 LackOfLinks::LackOfLinks()

@@ -24,4 +24,9 @@ public:
     LackOfRenames &operator=(const LackOfRenames &) = delete;
 };
 
+/// Makes every disk lack the same for the process and the programs that it starts, and also files
+/// without a name, for good. False when the system does not let it. Of the functions of the system
+/// it calls only those that a process may call that was forked.
+bool takeLinksAway();
+
 #endif // PHOTOLIB_TESTS_APP_DISK_FAULTS_H

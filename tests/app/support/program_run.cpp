@@ -1,5 +1,7 @@
 #include "support/program_run.h"
 
+#include "support/disk_faults.h"
+
 #include <QProcessEnvironment>
 
 #include <csignal>
@@ -95,6 +97,8 @@ void Program::setupChildProcess()
         ::dup2(m_setup.errorFd, STDERR_FILENO);
     if (m_setup.respectsPermissions && ::geteuid() == 0)
         dropFileCapabilities();
+    if (m_setup.lacksLinks && !takeLinksAway())
+        ::_exit(77);
 }
 
 ProgramResult runProgram(const ProgramSetup &setup, const QList<QByteArray> &arguments)

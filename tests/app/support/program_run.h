@@ -15,7 +15,9 @@ struct ProgramSetup {
     QString input;                              ///< a file for standard input; empty for none
     QString output;                             ///< a file for standard output; empty to collect it
     bool closesOutput = false;                  ///< starts with a closed standard output
-    bool respectsPermissions = false;           ///< even for the superuser a file's mode counts
+    /// Its disks are without links, see `takeLinksAway`; it exits with 77 where that cannot be.
+    bool lacksLinks = false;
+    bool respectsPermissions = false; ///< even for the superuser a file's mode counts
     /// Bytes of a file that it may write; the default keeps a program that does not stop
     /// from filling the disk.
     quint64 largestFile = quint64(16) << 30;
