@@ -5,6 +5,7 @@
 #include "boundary/photo_records.h"
 #include "cli/text_table.h"
 #include "engine/photo_ids.h"
+#include "engine/type_codes.h"
 
 // Unlike the names of files, titles arrive as they were written: there is no encoding to
 // undo.
@@ -16,17 +17,17 @@ QString albumNameText(const QString &name)
 QString albumKindText(qint32 type)
 {
     switch (type) {
-    case 1:
+    case cameraRollAlbum:
         return QStringLiteral("camera roll");
-    case 2:
+    case panoramaAlbum:
         return QStringLiteral("panoramas");
-    case 3:
+    case videoAlbum:
         return QStringLiteral("videos");
-    case 4:
+    case deviceAlbum:
         return QStringLiteral("album");
-    case 5:
+    case photoLibraryAlbum:
         return QStringLiteral("photo library");
-    case 6:
+    case userAlbum:
         return QStringLiteral("user album");
     default:
         return QStringLiteral("unknown");

@@ -5,6 +5,7 @@
 #include "engine/library_session.h"
 #include "engine/photo_ids.h"
 #include "engine/photo_text.h"
+#include "engine/type_codes.h"
 
 #include <QVector>
 

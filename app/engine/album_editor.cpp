@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "engine/new_photo.h"
+#include "engine/type_codes.h"
 
 #include <QSet>
 
@@ -56,13 +57,10 @@ QList<quint64> without(const QList<quint64> &ids, const QList<quint64> &removed)
 // Library alone, and does not say so.
 bool takesPhotos(const albumItem &album)
 {
-    constexpr qint32 cameraRoll = 1;
-    constexpr qint32 panoramas = 2;
-    constexpr qint32 videos = 3;
     constexpr quint64 madeUpId = 1000; // of the camera roll where the device has none
-    if (album.type == cameraRoll)
+    if (album.type == cameraRollAlbum)
         return album.id != madeUpId || !album.uuid.isNull(); // one of the device has a uuid
-    return album.type != panoramas && album.type != videos;
+    return album.type != panoramaAlbum && album.type != videoAlbum;
 }
 
 } // namespace

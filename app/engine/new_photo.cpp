@@ -1,15 +1,13 @@
 #include "engine/new_photo.h"
 
 #include "base/error.h"
-#include "engine/photo_text.h"
+#include "engine/type_codes.h"
 
 #include <QFileInfo>
 #include <QImageReader>
 #include <QStringList>
 
 namespace {
-
-constexpr int photoType = 3;
 
 bool isVideo(const QFileInfo &file)
 {

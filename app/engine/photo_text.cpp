@@ -3,6 +3,7 @@
 #include "base/printable.h"
 #include "boundary/photo_records.h"
 #include "devices/encoded_names.h"
+#include "engine/type_codes.h"
 
 QString writtenName(const QString &name)
 {

@@ -1,14 +1,13 @@
 #ifndef PHOTOLIB_ENGINE_PHOTO_TEXT_H
 #define PHOTOLIB_ENGINE_PHOTO_TEXT_H
 
+#include "engine/type_codes.h"
+
 #include <QDateTime>
 #include <QString>
 
 class photoItem;
 struct FileError;
-
-/// The plug-in's code for a video in `photoItem::type`.
-constexpr int videoType = 2;
 
 /// A name or path from the plug-in as the person who gave it wrote it: the plug-in reads
 /// names as Latin-1 though devices write UTF-8. Not safe to show.
