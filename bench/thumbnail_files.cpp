@@ -1,5 +1,7 @@
 #include "thumbnail_files.h"
 
+#include "ios/bmp_header.h"
+
 #include <QtEndian>
 
 #include <filesystem>
@@ -9,7 +11,6 @@
 namespace {
 
 const std::size_t trailerBytes = sizeof PhotoThumb().info;
-const std::size_t headerBytes = 54;
 
 } // namespace
 
@@ -20,13 +21,12 @@ std::size_t ThumbnailFormat::recordBytes() const
 
 std::size_t ThumbnailFormat::imageBytes() const
 {
-    const std::size_t rowBytes = (static_cast<std::size_t>(type.width) * 3 + 3) / 4 * 4;
-    return rowBytes * static_cast<std::size_t>(type.height);
+    return static_cast<std::size_t>(bmp::rowBytes(type.width) * type.height);
 }
 
 std::size_t ThumbnailFormat::resultBytes() const
 {
-    return headerBytes + imageBytes();
+    return bmp::headerBytes + imageBytes();
 }
 
 const std::vector<ThumbnailFormat> &thumbnailFormats()
