@@ -74,6 +74,20 @@ TEST_F(DumpProgram, HasThumbnailsOnRequestOnly)
     EXPECT_EQ(3, whole["thumbnails"][0]["bytes"].get<int>());
 }
 
+TEST_F(DumpProgram, HasHelpThatFillsTheTerminal)
+{
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    terminal.setColumns(400);
+    m_setup.outputFd = terminal.slave();
+    Program program(m_setup, {"dump", "--help"});
+    const QByteArray text("\"ok\": false and what was filled all the same. Dates are UTC, and "
+                          "null where the plug-in gives none.\r\n");
+    EXPECT_TRUE(terminal.shownUntil("Examples:").contains(text));
+    EXPECT_EQ(0, program.waitForExitCode());
+}
+
 TEST_F(DumpProgram, DescribesTheOptionForThumbnails)
 {
     EXPECT_TRUE(run({"dump", "--help"}).output.contains("\n  --thumbnails "));

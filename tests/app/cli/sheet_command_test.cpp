@@ -424,6 +424,21 @@ TEST_F(SheetProgram, CreatesTheFolderOfTheFile)
     EXPECT_FALSE(sheet("new/folder/sheet.png").isNull());
 }
 
+TEST_F(SheetProgram, HasHelpThatFillsTheTerminal)
+{
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    terminal.setColumns(400);
+    m_setup.outputFd = terminal.slave();
+    Program program(m_setup, {"sheet", "--help"});
+    const QByteArray text(
+        "What is in the trash is dimmed; the library does not tell that of a photo or video "
+        "whose file is missing.\r\n");
+    EXPECT_TRUE(terminal.shownUntil("Examples:").contains(text));
+    EXPECT_EQ(0, program.waitForExitCode());
+}
+
 TEST_F(SheetProgram, WritesOnePageToStandardOutput)
 {
     writeTwoPhotos();

@@ -138,6 +138,21 @@ TEST_F(ThumbProgramOnBadInput, WritesOneOnlyToStandardOutput)
                   "standard output takes one thumbnail; name a folder for 2", 2);
 }
 
+TEST_F(ThumbProgram, HasHelpThatFillsTheTerminal)
+{
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    terminal.setColumns(400);
+    m_setup.outputFd = terminal.slave();
+    Program program(m_setup, {"thumb", "--help"});
+    const QByteArray text(
+        "Files are replaced. In a folder they are called \"42-IMG_0041.jpg\", or \"42.bmp\" "
+        "where a classic iPod knows no name.\r\n");
+    EXPECT_TRUE(terminal.shownUntil("Examples:").contains(text));
+    EXPECT_EQ(0, program.waitForExitCode());
+}
+
 TEST_F(ThumbProgram, ReportsAPhotoWithoutOneAndGoesOn)
 {
     writeDevice();
