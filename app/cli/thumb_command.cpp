@@ -130,10 +130,8 @@ public:
 private:
     void write(quint64 id)
     {
-        PictureRequest request;
-        request.id = id;
-        request.isPng = m_isPng;
-        const PictureFile picture = pictureFile(m_session, request);
+        const PictureFile picture =
+            requestedPicture(m_session, {id, PictureChoice::Thumbnail, m_isPng});
         if (picture.format) {
             store(id, picture);
             ++m_written;

@@ -64,12 +64,9 @@ QByteArray pictureName(const LibrarySession &session, const photoItem &photo, co
     return stem + '.' + extension;
 }
 
-MadeFile madeFile(LibrarySession &session, const photoItem &photo)
+MadeFile pictureFile(LibrarySession &session, const photoItem &photo)
 {
-    PictureRequest request;
-    request.id = photo.id;
-    request.choice = PictureChoice::Largest;
-    const PictureFile picture = pictureFile(session, request);
+    const PictureFile picture = requestedPicture(session, {photo.id, PictureChoice::Largest});
     if (!picture.format)
         return {QByteArray(), QByteArray(), std::nullopt, picture.failure};
     return {pictureName(session, photo, picture.format->extension()), picture.bytes,
@@ -104,7 +101,7 @@ QVector<ExportItem> classicItems(LibrarySession &session, quint64 id, const Clas
         return items;
     ExportItem item = largest ? pictureItem(session, record, *largest) : ExportItem();
     item.label = labelText(session, record);
-    item.make = [&session, record] { return madeFile(session, record); };
+    item.make = [&session, record] { return pictureFile(session, record); };
     items.append(item);
     return items;
 }

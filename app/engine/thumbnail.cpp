@@ -152,7 +152,7 @@ bool hasLargerPicture(const LibrarySession &session, quint64 id)
 
 } // namespace
 
-PictureFile pictureFile(LibrarySession &session, const PictureRequest &request)
+PictureFile requestedPicture(LibrarySession &session, const PictureRequest &request)
 {
     photoItem item;
     session.library().getPhoto(request.id, &item); // false only when its file is missing

@@ -35,7 +35,7 @@ struct PictureFile {
 };
 
 /// Has the plug-in give the picture. Throws Error when the device is gone.
-PictureFile pictureFile(LibrarySession &session, const PictureRequest &request);
+PictureFile requestedPicture(LibrarySession &session, const PictureRequest &request);
 
 /// A picture to look at.
 struct ShownPicture {

@@ -32,7 +32,7 @@ protected:
         PictureRequest request;
         request.id = id;
         request.isPng = isPng;
-        return pictureFile(library.session, request);
+        return requestedPicture(library.session, request);
     }
 
     void writePhone(const QByteArray &thumbnail)
@@ -98,7 +98,7 @@ protected:
         PictureRequest request;
         request.id = id;
         request.choice = choice;
-        return pictureFile(library.session, request);
+        return requestedPicture(library.session, request);
     }
 };
 
