@@ -268,14 +268,14 @@ TEST_F(ExportProgram, CopiesToADiskWithoutLinks)
     addPhoto("a.jpg", "one");
     addPhoto("b.jpg", "two");
     writeDevice();
-    m_scratch.write("out/a.jpg", "own");
+    m_scratch.write("out/a.jpg", "my own");
     const ProgramResult first = runExport();
     if (first.exitCode == 77)
         GTEST_SKIP() << "no system calls can be taken away here";
     EXPECT_EQ(0, first.exitCode) << first.errors.constData();
     EXPECT_EQ("copied 2 files (6 bytes), 0 already there\n", first.output);
     EXPECT_EQ((QList<QByteArray>{"a (2).jpg", "a.jpg", "b.jpg"}), names());
-    EXPECT_EQ("own", m_scratch.read("out/a.jpg"));
+    EXPECT_EQ("my own", m_scratch.read("out/a.jpg"));
     EXPECT_EQ("one", m_scratch.read("out/a (2).jpg"));
     EXPECT_EQ("copied 0 files (0 bytes), 2 already there\n", runExport().output);
 }
