@@ -10,7 +10,5 @@ QString ExportCounts::text() const
                             QString::number(present));
     if (absent > 0)
         text += QStringLiteral(", %1 not on the device").arg(absent);
-    if (failed > 0)
-        text += QStringLiteral(", %1 failed").arg(failed);
-    return text;
+    return text + QStringLiteral(", %1 failed").arg(failed);
 }

@@ -18,7 +18,7 @@ struct ExportCounts {
 
     int all() const { return copied + present + absent + failed; }
 
-    /// "copied 40 files (12.3 MiB), 3 already there, 18 not on the device, 2 failed", the last two
+    /// "copied 40 files (12.3 MiB), 3 already there, 18 not on the device, 2 failed", the third
     /// only where there are any.
     QString text() const;
 };

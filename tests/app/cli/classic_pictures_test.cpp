@@ -91,7 +91,7 @@ TEST_F(ClassicPictures, AreWrittenAsTheyAreWhenTheyAreJpeg)
     EXPECT_EQ(QList<QByteArray>{"100.jpg"}, names());
     EXPECT_EQ(jpeg, m_scratch.read("out/100.jpg"));
     EXPECT_EQ(0, run({"export", "-d", device(), out()}).exitCode);
-    EXPECT_EQ("copied 0 files (0 bytes), 1 already there\n",
+    EXPECT_EQ("copied 0 files (0 bytes), 1 already there, 0 failed\n",
               run({"export", "-d", device(), out()}).output);
 }
 
@@ -137,7 +137,7 @@ TEST_F(ClassicPictures, AreExportedWithTheOriginals)
     const ProgramResult result = run({"export", "-d", device(), out()});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ(QByteArray(), result.errors);
-    EXPECT_EQ("copied 5 files (675.2 KiB), 0 already there\n", result.output);
+    EXPECT_EQ("copied 5 files (675.2 KiB), 0 already there, 0 failed\n", result.output);
     EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041.bmp", "IMG_0042.JPG",
                                  "IMG_0042.bmp"}),
               names());
@@ -167,10 +167,10 @@ TEST_F(ClassicPictures, AreExportedOnce)
     m_scratch.write("device/Photos/Full Resolution/2005/08/06/IMG_0042.JPG", "other");
     EXPECT_EQ(0, run({"export", "-d", device(), out()}).exitCode);
     const QList<QByteArray> all = names();
-    EXPECT_EQ("copied 0 files (0 bytes), 5 already there\n",
+    EXPECT_EQ("copied 0 files (0 bytes), 5 already there, 0 failed\n",
               run({"export", "-d", device(), out()}).output);
     ASSERT_EQ(0, ::unlink((out() + "/IMG_0042.bmp").constData()));
-    EXPECT_EQ("copied 1 file (225.1 KiB), 4 already there\n",
+    EXPECT_EQ("copied 1 file (225.1 KiB), 4 already there, 0 failed\n",
               run({"export", "-d", device(), out()}).output);
     EXPECT_EQ(all, names());
 }
@@ -212,7 +212,7 @@ TEST_F(ClassicPictures, AreExportedUnderNumberedNamesWhenTheirsAreTaken)
     const QList<QByteArray> all = {"IMG_0041 (2).JPG", "IMG_0041 (2).bmp", "IMG_0041 (3).JPG",
                                    "IMG_0041 (4).jpg", "IMG_0041.JPG",     "IMG_0041.bmp"};
     EXPECT_EQ(all, names());
-    EXPECT_EQ("copied 0 files (0 bytes), 6 already there\n",
+    EXPECT_EQ("copied 0 files (0 bytes), 6 already there, 0 failed\n",
               run({"export", "-d", device(), out()}).output);
     EXPECT_EQ(all, names());
 }

@@ -60,7 +60,7 @@ TEST_F(ExportProgram, CopiesFilesWithTheirTimes)
     ASSERT_EQ(0, ::utimensat(AT_FDCWD, source.constData(), times, 0));
     const ProgramResult result = runExport();
     EXPECT_EQ(0, result.exitCode);
-    EXPECT_EQ("copied 1 file (7 bytes), 0 already there\n", result.output);
+    EXPECT_EQ("copied 1 file (7 bytes), 0 already there, 0 failed\n", result.output);
     EXPECT_EQ(QByteArray(), result.errors);
     EXPECT_EQ("picture", m_scratch.read("out/a.jpg"));
     struct stat status = {};
@@ -85,7 +85,7 @@ TEST_F(ExportProgram, CopiesWhatIsMissingOnlyInASecondRun)
     ASSERT_EQ(0, ::unlink((out() + "/IMG_0001 (3).JPG").constData()));
     const ProgramResult second = runExport();
     EXPECT_EQ(0, second.exitCode);
-    EXPECT_EQ("copied 1 file (13 bytes), 4 already there\n", second.output);
+    EXPECT_EQ("copied 1 file (13 bytes), 4 already there, 0 failed\n", second.output);
     EXPECT_EQ(all, names());
     EXPECT_EQ("DCIM/102APPLE", m_scratch.read("out/IMG_0001 (3).JPG"));
 }
@@ -159,7 +159,7 @@ TEST_F(ExportProgram, FindsTheCopiesOfNamesThatOtherDisksRefuse)
     writeDevice();
     EXPECT_EQ(0, runExport().exitCode);
     EXPECT_EQ((QList<QByteArray>{"__.JPG", "a_b (2).jpg", "a_b.jpg"}), names());
-    EXPECT_EQ("copied 0 files (0 bytes), 3 already there\n", runExport().output);
+    EXPECT_EQ("copied 0 files (0 bytes), 3 already there, 0 failed\n", runExport().output);
 }
 
 TEST_F(ExportProgram, CountsWhatIsNotOnTheDeviceWithoutFailing)
@@ -168,7 +168,8 @@ TEST_F(ExportProgram, CountsWhatIsNotOnTheDeviceWithoutFailing)
     const ProgramResult result = runExport();
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ(QByteArray(), result.errors);
-    EXPECT_EQ("copied 1 file (7 bytes), 0 already there, 1 not on the device\n", result.output);
+    EXPECT_EQ("copied 1 file (7 bytes), 0 already there, 1 not on the device, 0 failed\n",
+              result.output);
     EXPECT_EQ(QList<QByteArray>{"IMG_0001.JPG"}, names());
 }
 
@@ -258,7 +259,7 @@ TEST_F(ExportProgram, CopiesWhatAnIncompleteRunLeft)
     EXPECT_EQ("photolib: DCIM/100APPLE/b.jpg: File too large\n", first.errors);
     EXPECT_EQ((QList<QByteArray>{"a.jpg", "c.jpg"}), names());
     m_setup.largestFile = ProgramSetup().largestFile;
-    EXPECT_EQ("copied 1 file (97.7 KiB), 2 already there\n", runExport().output);
+    EXPECT_EQ("copied 1 file (97.7 KiB), 2 already there, 0 failed\n", runExport().output);
 }
 
 // As many a disk has none that is mounted by another program.
@@ -273,11 +274,11 @@ TEST_F(ExportProgram, CopiesToADiskWithoutLinks)
     if (first.exitCode == 77)
         GTEST_SKIP() << "no system calls can be taken away here";
     EXPECT_EQ(0, first.exitCode) << first.errors.constData();
-    EXPECT_EQ("copied 2 files (6 bytes), 0 already there\n", first.output);
+    EXPECT_EQ("copied 2 files (6 bytes), 0 already there, 0 failed\n", first.output);
     EXPECT_EQ((QList<QByteArray>{"a (2).jpg", "a.jpg", "b.jpg"}), names());
     EXPECT_EQ("my own", m_scratch.read("out/a.jpg"));
     EXPECT_EQ("one", m_scratch.read("out/a (2).jpg"));
-    EXPECT_EQ("copied 0 files (0 bytes), 2 already there\n", runExport().output);
+    EXPECT_EQ("copied 0 files (0 bytes), 2 already there, 0 failed\n", runExport().output);
 }
 
 TEST_F(ExportProgram, SaysNothingWhenQuiet)
@@ -326,7 +327,7 @@ TEST_F(ExportProgramOnBadInput, StopsOnAFullDisk)
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("photolib: " + out() +
                   ": No space left on device; copied 1 file (3 bytes), 0 "
-                  "already there\n",
+                  "already there, 0 failed\n",
               result.errors);
     EXPECT_EQ("a.jpg\n", result.output);
 }
@@ -385,7 +386,7 @@ TEST_F(ExportProgramOnASample, CopiesEveryFileAndLeavesTheDeviceAlone)
     const QList<QByteArray> before = m_scratch.everythingIn("device");
     const ProgramResult result = runExport();
     EXPECT_EQ(0, result.exitCode);
-    EXPECT_TRUE(result.output.endsWith(", 0 already there, 1 not on the device\n"));
+    EXPECT_TRUE(result.output.endsWith(", 0 already there, 1 not on the device, 0 failed\n"));
     EXPECT_EQ(before, m_scratch.everythingIn("device"));
     int found = 0;
     for (const QByteArray &path : before) {

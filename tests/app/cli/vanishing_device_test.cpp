@@ -196,13 +196,13 @@ protected:
 
 TEST_F(VanishingPhotos, AreExportedAsTheyAreWhenOneIsCutShort)
 {
-    expectExport([] {}, "", "copied 3 files (8 bytes), 0 already there\n",
+    expectExport([] {}, "", "copied 3 files (8 bytes), 0 already there, 0 failed\n",
                  {"a.jpg", "b.mov", "c.jpg"});
     EXPECT_EQ(0, m_scratch.size("out/b.mov"));
     m_scratch.write(folder + QByteArray("b.mov"), "two");
     const ProgramResult second = run({"export", "-d", device(), out()});
     EXPECT_EQ(0, second.exitCode);
-    EXPECT_EQ("copied 1 file (3 bytes), 2 already there\n", second.output);
+    EXPECT_EQ("copied 1 file (3 bytes), 2 already there, 0 failed\n", second.output);
     EXPECT_EQ("two", m_scratch.read("out/b (2).mov"));
 }
 
@@ -212,7 +212,7 @@ TEST_F(VanishingPhotos, AreExportedWithTheOneThatTakesThePlaceOfAnother)
         m_scratch.write("new", "two");
         rename(m_scratch.path("new"), m_scratch.path(folder + QByteArray("b.mov")));
     };
-    expectExport(replace, "", "copied 3 files (11 bytes), 0 already there\n",
+    expectExport(replace, "", "copied 3 files (11 bytes), 0 already there, 0 failed\n",
                  {"a.jpg", "b.mov", "c.jpg"});
     EXPECT_EQ("two", m_scratch.read("out/b.mov"));
 }
@@ -220,7 +220,7 @@ TEST_F(VanishingPhotos, AreExportedWithTheOneThatTakesThePlaceOfAnother)
 TEST_F(VanishingPhotos, AreAllExportedFromAFolderThatIsRenamed)
 {
     const auto renameDevice = [this] { rename(device(), m_scratch.path("renamed")); };
-    expectExport(renameDevice, "", "copied 3 files (8 bytes), 0 already there\n",
+    expectExport(renameDevice, "", "copied 3 files (8 bytes), 0 already there, 0 failed\n",
                  {"a.jpg", "b.mov", "c.jpg"});
 }
 
@@ -232,13 +232,13 @@ TEST_F(VanishingPhotos, EndTheExportWhenTheDeviceIsRemoved)
                               std::filesystem::copy_options::create_hard_links);
     expectExport([this] { removeAll(device()); },
                  "photolib: the device: its folder was removed; copied 1 file (3 bytes), 0 "
-                 "already there\n",
+                 "already there, 0 failed\n",
                  "", {"a.jpg"}, 1);
     rename(m_scratch.path("kept"), device());
     m_scratch.write(folder + QByteArray("b.mov"), "two");
     const ProgramResult second = run({"export", "-d", device(), out()});
     EXPECT_EQ(0, second.exitCode);
-    EXPECT_EQ("copied 2 files (8 bytes), 1 already there\n", second.output);
+    EXPECT_EQ("copied 2 files (8 bytes), 1 already there, 0 failed\n", second.output);
     expectCopies({"a.jpg", "b.mov", "c.jpg"});
 }
 

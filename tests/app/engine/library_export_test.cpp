@@ -145,13 +145,13 @@ TEST_F(LibraryExports, CopyWhatIsChosen)
     m_database.join().add(7, 2);
     open();
     m_request.album = "7";
-    EXPECT_EQ("copied 1 file (5 bytes), 0 already there", run());
+    EXPECT_EQ("copied 1 file (5 bytes), 0 already there, 0 failed", run());
     EXPECT_TRUE(m_scratch.exists("out/b.jpg"));
     m_request.album.reset();
     m_request.ids = {"3", "2", "3"};
-    EXPECT_EQ("copied 1 file (5 bytes), 1 already there", run());
+    EXPECT_EQ("copied 1 file (5 bytes), 1 already there, 0 failed", run());
     m_request.ids.clear();
-    EXPECT_EQ("copied 1 file (5 bytes), 2 already there", run());
+    EXPECT_EQ("copied 1 file (5 bytes), 2 already there, 0 failed", run());
     m_request.ids = {"4"};
     EXPECT_THROW(run(), Error);
 }
@@ -161,11 +161,11 @@ TEST_F(LibraryExports, CopyAnEmptyFileLikeAnyOther)
 {
     addPhoto("a.jpg", QByteArray());
     open();
-    EXPECT_EQ("copied 1 file (0 bytes), 0 already there", run());
+    EXPECT_EQ("copied 1 file (0 bytes), 0 already there, 0 failed", run());
     EXPECT_EQ(0, m_scratch.size("out/a.jpg"));
-    EXPECT_EQ("copied 0 files (0 bytes), 1 already there", run());
+    EXPECT_EQ("copied 0 files (0 bytes), 1 already there, 0 failed", run());
     m_request.verify = true;
-    EXPECT_EQ("copied 0 files (0 bytes), 1 already there", run());
+    EXPECT_EQ("copied 0 files (0 bytes), 1 already there, 0 failed", run());
 }
 
 TEST_F(LibraryExports, MakeNoFolderWhenTheyAreCancelledBeforeTheyCopy)
@@ -188,11 +188,11 @@ TEST_F(LibraryExports, KeepWhatIsCopiedWhenTheyAreCancelled)
         if (progress.doneFiles == 1)
             cancel.cancel();
     };
-    EXPECT_EQ("interrupted: copied 1 file (3 bytes), 0 already there", cancelled(cancel));
+    EXPECT_EQ("interrupted: copied 1 file (3 bytes), 0 already there, 0 failed", cancelled(cancel));
     EXPECT_EQ(1, copies());
     EXPECT_EQ("one", m_scratch.read("out/a.jpg"));
     m_heard = HeardExport();
-    EXPECT_EQ("copied 1 file (3 bytes), 1 already there", run());
+    EXPECT_EQ("copied 1 file (3 bytes), 1 already there, 0 failed", run());
     EXPECT_EQ(2, copies());
 }
 
@@ -205,7 +205,8 @@ TEST_F(LibraryExports, LeaveNoHalfFileWhenTheyAreCancelledWithinOne)
         if (progress.doneBytes > 0)
             cancel.cancel();
     };
-    EXPECT_EQ("interrupted: copied 0 files (0 bytes), 0 already there", cancelled(cancel));
+    EXPECT_EQ("interrupted: copied 0 files (0 bytes), 0 already there, 0 failed",
+              cancelled(cancel));
     EXPECT_LT(m_heard.last.doneBytes, 20 << 20);
     EXPECT_FALSE(m_scratch.exists("out"));
 }

@@ -544,7 +544,7 @@ TEST_F(PhotoExports, CountTheBytesOfWhatIsDone)
     EXPECT_EQ(1500, m_heard.progress.doneBytes);
     EXPECT_EQ(1500, m_heard.progress.readBytes);
     EXPECT_EQ(1000, m_result.counts.copiedBytes);
-    EXPECT_EQ("copied 1 file (1000 bytes), 1 already there", m_result.counts.text());
+    EXPECT_EQ("copied 1 file (1000 bytes), 1 already there, 0 failed", m_result.counts.text());
 }
 
 MadeFile madeFile(const QByteArray &name, const QByteArray &bytes)
