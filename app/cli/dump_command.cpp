@@ -206,7 +206,7 @@ void addDumpCommand(CLI::App &app, CommandContext &context)
                       "Ask for every thumbnail, too, and print its size and hash");
     command->footer("For those who write hosts for the plug-in: texts, numbers and refusals are "
                     "the plug-in's own. A photo that it refuses has \"ok\": false and what was "
-                    "filled all the same. Dates are UTC, and null where the plug-in gives none.\n"
+                    "filled all the same. A date that the plug-in does not give is null.\n"
                     "\n"
                     "Examples:\n"
                     "  photolib dump > library.json\n"

@@ -71,7 +71,7 @@ QString countText(int count)
     return count == 1 ? QStringLiteral("1 picture") : QStringLiteral("%1 pictures").arg(count);
 }
 
-FileTarget targetFor(const LibrarySession &session, const QByteArray &path)
+FileTarget sheetTarget(const LibrarySession &session, const QByteArray &path)
 {
     if (path == FileTarget::standardOutput)
         return FileTarget();
@@ -87,7 +87,7 @@ public:
     // Throws Error when there is no place for the pages.
     SheetWriter(LibrarySession &session, const QByteArray &path, const QList<quint64> &ids,
                 const QString &album)
-        : m_session(session), m_path(path), m_target(targetFor(session, path)), m_ids(ids),
+        : m_session(session), m_path(path), m_target(sheetTarget(session, path)), m_ids(ids),
           m_album(album), m_pages(qMax(1, (ids.size() + mostOnAPage - 1) / mostOnAPage)),
           m_task(showsProgress(), QStringLiteral("Drawing the sheet"), ids.size())
     {
@@ -104,9 +104,7 @@ public:
     {
         const TextDrawing text(neededBytes()); // on the thread that Qt is to see as the main one
         if (m_task.run([this] { writePages(); }))
-            throw Error(Error::Cancelled, "interrupted: wrote " + std::to_string(m_written.size()) +
-                                              " of " + std::to_string(m_pages) +
-                                              (m_pages == 1 ? " page" : " pages"));
+            throw Error(Error::Cancelled, "interrupted: " + doneText());
     }
 
     // A line for each page, or the page itself.
@@ -128,6 +126,14 @@ private:
         const int count = qMin(mostOnAPage, m_ids.size());
         const QSize size = SheetLayout(count, SheetLayout::columnsFor(count)).size();
         return 2 * bytesOfAPixel * size.width() * size.height() + others;
+    }
+
+    std::string doneText() const
+    {
+        if (m_target.isStandardOutput())
+            return "nothing is written";
+        return "wrote " + std::to_string(m_written.size()) + " of " + std::to_string(m_pages) +
+               (m_pages == 1 ? " page" : " pages");
     }
 
     void writePages()

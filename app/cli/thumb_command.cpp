@@ -61,7 +61,7 @@ ThumbPlace placeFor(const ThumbArguments &arguments, int thumbnails)
     return {path, thumbnails > 1 || path.endsWith('/') || isFolder(path)};
 }
 
-FileTarget targetFor(const LibrarySession &session, const ThumbPlace &place)
+FileTarget thumbTarget(const LibrarySession &session, const ThumbPlace &place)
 {
     return place.isStandardOutput() ? FileTarget() : FileTarget(session, place.folder());
 }
@@ -90,7 +90,7 @@ class ThumbWriter
 public:
     // Throws Error when the place cannot be used.
     ThumbWriter(LibrarySession &session, const ThumbPlace &place, bool isPng, int thumbnails)
-        : m_session(session), m_place(place), m_isPng(isPng), m_target(targetFor(session, place)),
+        : m_session(session), m_place(place), m_isPng(isPng), m_target(thumbTarget(session, place)),
           m_task(showsProgress(), QStringLiteral("Reading thumbnails"), thumbnails)
     {
     }
@@ -110,6 +110,8 @@ public:
 
     QString summary() const
     {
+        if (m_target.isStandardOutput())
+            return QStringLiteral("nothing is written");
         const QString things =
             m_written == 1 ? QStringLiteral("thumbnail") : QStringLiteral("thumbnails");
         const QString path = QString::fromUtf8(printable(m_place.path));

@@ -5,6 +5,7 @@
 #include "support/program_fixture.h"
 
 #include <QColor>
+#include <QMap>
 #include <QSize>
 #include <QtEndian>
 
