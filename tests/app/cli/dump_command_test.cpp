@@ -110,6 +110,12 @@ protected:
         m_setup.output = QString::fromUtf8(m_scratch.path("pipe"));
     }
 
+    bool isFull() const
+    {
+        pollfd descriptor = {m_reader.get(), POLLOUT, 0};
+        return ::poll(&descriptor, 1, 0) == 0;
+    }
+
     QByteArray readSome() const
     {
         QByteArray bytes(1 << 20, '\0');
@@ -129,6 +135,8 @@ TEST_F(InterruptedDump, EndsAtOnceAndCannotBeTakenForAWholeOne)
         m_setup.errorFd = terminal.slave();
         Program program(m_setup, {"dump", "-d", device()});
         EXPECT_TRUE(terminal.shownUntil(" of 2004").contains("Reading the library ["));
+        while (!isFull())
+            ASSERT_FALSE(program.waitForFinished(10));
         ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
         EXPECT_EQ(130, program.waitForExitCode());
         const QByteArray line = "photolib: interrupted: the JSON is not complete\r\n";
