@@ -19,7 +19,7 @@ namespace {
 
 using Json = nlohmann::ordered_json; // the keys stay in the order in which they are set
 
-// Always valid UTF-8: what a text can not express is replaced.
+// Always valid UTF-8: what a text cannot express is replaced.
 std::string utf8(const QString &text)
 {
     return text.toUtf8().toStdString();
