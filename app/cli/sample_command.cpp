@@ -4,15 +4,14 @@
 #include "cli/command.h"
 #include "cli/interruptible_run.h"
 #include "cli/output.h"
-#include "engine/device_bounds.h"
-#include "sample/classic_sample.h"
-#include "sample/sample_writer.h"
+#include "cli/progress_bar.h"
+#include "engine/sample_device.h"
 
-#include <QFile>
 #include <QThreadPool>
 
 #include <CLI/CLI.hpp>
 
+#include <atomic>
 #include <memory>
 
 namespace {
@@ -45,25 +44,34 @@ ClassicSampleOptions classicOptionsFrom(const SampleArguments &arguments)
     return options;
 }
 
-void write(const QString &folder, const SampleArguments &arguments)
+void write(const SampleArguments &arguments)
 {
     // Painting uses Qt's pool of threads, which must not belong to one that ends before it.
     QThreadPool::globalInstance();
-    QString error;
-    bool isWritten = false;
     CancelToken cancel;
+    std::atomic<int> written{0};
+    const SampleWatch watch = {cancel.flag(), &written};
+    const auto path = QByteArray::fromStdString(arguments.folder);
     const auto writeIt = [&] {
-        isWritten =
-            arguments.classic
-                ? writeClassicSample(folder, classicOptionsFrom(arguments), &error, cancel.flag())
-                : writeSample(folder, optionsFrom(arguments), &error, cancel.flag());
+        if (arguments.classic)
+            writeSampleIpod(path, classicOptionsFrom(arguments), watch);
+        else
+            writeSampleDevice(path, optionsFrom(arguments), watch);
     };
-    const bool isInterrupted = runInterruptible(
-        writeIt, [&] { cancel.cancel(); }, [] {});
-    if (!isWritten && isInterrupted)
-        throw Error(Error::Cancelled, "interrupted: no sample is written");
-    if (!isWritten)
-        throw Error(error);
+    ProgressBar bar(showsProgress(), QStringLiteral("Writing the sample"));
+    const auto update = [&] {
+        const int done = written;
+        bar.show(done, arguments.assets,
+                 QStringLiteral("%1 of %2").arg(done).arg(arguments.assets));
+    };
+    try {
+        runInterruptible(
+            writeIt, [&] { cancel.cancel(); }, update);
+    } catch (const Error &) {
+        if (cancel.isCancelled())
+            throw Error(Error::Cancelled, "interrupted: no sample is written");
+        throw;
+    }
 }
 
 void report(const SampleArguments &arguments)
@@ -79,13 +87,7 @@ void report(const SampleArguments &arguments)
 
 int runSample(const SampleArguments &arguments, const CommonOptions &common)
 {
-    const auto bytes = QByteArray::fromStdString(arguments.folder);
-    const QString folder = QFile::decodeName(bytes);
-    // Qt names files in the locale's encoding; another name would end up elsewhere.
-    if (QFile::encodeName(folder) != bytes)
-        throw Error(arguments.folder, "this locale has no such characters");
-    refuseInAnyDevice(bytes);
-    write(folder, arguments);
+    write(arguments);
     if (!common.quiet)
         report(arguments);
     return 0;
@@ -95,7 +97,7 @@ void addArguments(CLI::App &command, SampleArguments &arguments)
 {
     command.add_option("DIR", arguments.folder, "The folder to make; may exist if it is empty")
         ->required();
-    command.add_option("--assets", arguments.assets, "How many photos and videos")
+    command.add_option("--assets", arguments.assets, "How many photos and videos it lists")
         ->check(CLI::Range(0, maxSampleAssets))
         ->capture_default_str();
     command.add_option("--seed", arguments.seed, "Another seed gives another library")

@@ -36,7 +36,8 @@ void makeSample(const QByteArray &folder, const CancelToken &cancel)
     const QString partialName = QFile::decodeName(partial);
     removeAll(partial);
     QString error;
-    const bool isWritten = writeSample(partialName, SampleOptions(), &error, cancel.flag());
+    const bool isWritten =
+        writeSample(partialName, SampleOptions(), &error, {cancel.flag(), nullptr});
     if (!isWritten && cancel.isCancelled())
         throw Error(Error::Cancelled, "interrupted: no sample is written");
     if (!isWritten)

@@ -28,7 +28,8 @@ int assetIndex(int index)
 SampleOptions libraryOptions(const ClassicSampleOptions &options)
 {
     SampleOptions library;
-    library.assets = (options.photos / photosPerOuting + 1) * outingSize;
+    constexpr int listedPerOuting = outingSize - 1;
+    library.assets = (options.photos / photosPerOuting + 1) * listedPerOuting;
     library.seed = options.seed;
     library.schema = SampleSchema::Early; // the years when these devices were sold
     return library;

@@ -1,8 +1,8 @@
 #ifndef PHOTOLIB_SAMPLE_CLASSIC_PLAN_H
 #define PHOTOLIB_SAMPLE_CLASSIC_PLAN_H
 
-#include "sample/classic_sample.h"
 #include "sample/library_plan.h"
+#include "sample/sample_options.h"
 
 #include <QVector>
 

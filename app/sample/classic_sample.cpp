@@ -21,15 +21,14 @@ void checkOptions(const ClassicSampleOptions &options)
                 .arg(maxClassicSamplePhotos));
 }
 
-void writeDatabase(OutputFolder &folder, const ClassicPlan &plan,
-                   const std::atomic<bool> *isCancelled)
+void writeDatabase(OutputFolder &folder, const ClassicPlan &plan, const SampleWatch &watch)
 {
     std::unique_ptr<ClassicPictures> pictures;
     if (plan.hasPictures())
         pictures = std::make_unique<ClassicPictures>(folder, plan.endDate());
     ClassicDatabase database(plan);
     for (int i = 0; i < plan.photoCount(); ++i) {
-        requireGoingOn(isCancelled);
+        tellWritten(watch, i);
         const ClassicPhotoPlan photo = plan.photo(i);
         database.addPhoto(photo, pictures ? pictures->write(photo) : photo.asset.claimedSize);
     }
@@ -45,21 +44,20 @@ void writeDescription(OutputFolder &folder, const ClassicPlan &plan)
                      QByteArrayLiteral("ModelNumStr: MA446\n"), plan.endDate());
 }
 
-void writeAll(const QString &dir, const ClassicSampleOptions &options,
-              const std::atomic<bool> *isCancelled)
+void writeAll(const QString &dir, const ClassicSampleOptions &options, const SampleWatch &watch)
 {
     checkOptions(options);
     const ClassicPlan plan(options);
     OutputFolder folder(dir);
     writeDescription(folder, plan);
-    writeDatabase(folder, plan, isCancelled);
+    writeDatabase(folder, plan, watch);
     folder.keep();
 }
 
 } // namespace
 
 bool writeClassicSample(const QString &dir, const ClassicSampleOptions &options, QString *error,
-                        const std::atomic<bool> *isCancelled)
+                        const SampleWatch &watch)
 {
-    return written(dir, error, [&] { writeAll(dir, options, isCancelled); });
+    return written(dir, error, [&] { writeAll(dir, options, watch); });
 }

@@ -30,7 +30,7 @@ enum Slot {
     ThrownAway = 14,
     SyncedPhoto = 15,
     ReceivedPhoto = 16,
-    LeftOut = 17, // readers leave this one out for its saved type
+    LeftOut = leftOutSlot,
     LivePhoto = 18,
     SizeUnknown = 19,
 };
@@ -199,6 +199,14 @@ int filmTicks(int index, Random &random)
     return random.between(600, 600 * 40);
 }
 
+// As many rows as hold `assets` that are listed: no more than needed.
+int rowsFor(int assets)
+{
+    constexpr int listedSize = outingSize - 1;
+    const int rest = assets % listedSize;
+    return assets / listedSize * outingSize + rest + (rest > LeftOut ? 1 : 0);
+}
+
 double withMillis(qint64 seconds, int millis)
 {
     return static_cast<double>(seconds) + static_cast<double>(millis) / 1000.0;
@@ -206,10 +214,11 @@ double withMillis(qint64 seconds, int millis)
 
 } // namespace
 
-LibraryPlan::LibraryPlan(const SampleOptions &options) : m_options(options)
+LibraryPlan::LibraryPlan(const SampleOptions &options)
+    : m_options(options), m_rows(rowsFor(options.assets))
 {
     // Three years, as long as outings keep at least 25 minutes and at most a month apart.
-    const qint64 outings = options.assets / outingSize + 1;
+    const qint64 outings = m_rows / outingSize + 1;
     m_outingSpacing = qBound<qint64>(shortestSpacing, 1095 * daySeconds / outings, 30 * daySeconds);
 }
 
@@ -228,7 +237,7 @@ qint64 LibraryPlan::outingStart(int outing) const
 
 qint64 LibraryPlan::endDate() const
 {
-    return outingStart(m_options.assets / outingSize + 1) + 400 * daySeconds;
+    return outingStart(m_rows / outingSize + 1) + 400 * daySeconds;
 }
 
 AssetPlan LibraryPlan::asset(int index) const

@@ -1,7 +1,7 @@
 #ifndef PHOTOLIB_SAMPLE_LIBRARY_PLAN_H
 #define PHOTOLIB_SAMPLE_LIBRARY_PLAN_H
 
-#include "sample/sample_writer.h"
+#include "sample/sample_options.h"
 
 #include <QByteArray>
 #include <QString>
@@ -10,6 +10,9 @@ namespace sample {
 
 /// What a photo shows, where that follows from the asset and not from chance.
 enum class Subject { Landscape, Screen };
+
+/// The part in an outing that readers leave out, for its saved type.
+constexpr int leftOutSlot = 17;
 
 /// One row of the asset table and the files that belong to it.
 struct AssetPlan {
@@ -47,6 +50,7 @@ struct AssetPlan {
     quint64 sceneSeed = 0;
     int scenePhase = 0; ///< thousandths of the way through the scene's movement
 
+    bool isLeftOut() const { return slot == leftOutSlot; }
     bool isVideo() const { return kind == 1; }
     bool isInCameraRoll() const { return directory.startsWith(QLatin1String("DCIM/")); }
     QString path() const { return directory + QLatin1Char('/') + fileName; }
@@ -63,11 +67,14 @@ public:
     const SampleOptions &options() const { return m_options; }
     bool isLate() const { return m_options.schema == SampleSchema::Late; }
 
-    /// The asset `index`, 0 to options().assets - 1.
+    /// Rows of the asset table: the assets of the options, and those that readers leave out.
+    int rowCount() const { return m_rows; }
+
+    /// The asset `index`, 0 to rowCount() - 1.
     AssetPlan asset(int index) const;
 
     /// Assets before this index are in the main database file, the others only in its log.
-    int firstLoggedAsset() const { return m_options.assets - (m_options.assets + 4) / 5; }
+    int firstLoggedAsset() const { return m_rows - (m_rows + 4) / 5; }
 
     /// Later than all dates of the library, whole seconds since 2001-01-01 00:00:00 UTC.
     qint64 endDate() const;
@@ -80,6 +87,7 @@ private:
     void giveThumbnails(AssetPlan &plan) const;
 
     SampleOptions m_options;
+    int m_rows;
     qint64 m_outingSpacing;
 };
 

@@ -1,9 +1,10 @@
 #ifndef PHOTOLIB_SAMPLE_SAMPLE_ERROR_H
 #define PHOTOLIB_SAMPLE_SAMPLE_ERROR_H
 
+#include "sample/sample_options.h"
+
 #include <QString>
 
-#include <atomic>
 #include <new>
 #include <stdexcept>
 
@@ -17,10 +18,13 @@ public:
     explicit SampleError(const QString &message) : std::runtime_error(message.toStdString()) {}
 };
 
-/// Throws when another thread has set `*isCancelled`, which may be null.
-inline void requireGoingOn(const std::atomic<bool> *isCancelled)
+/// Tells how many assets are written, before the next one. Throws when another thread wants no
+/// more.
+inline void tellWritten(const SampleWatch &watch, int written)
 {
-    if (isCancelled && *isCancelled)
+    if (watch.written)
+        *watch.written = written;
+    if (watch.isCancelled && *watch.isCancelled)
         throw SampleError(QStringLiteral("interrupted"));
 }
 

@@ -25,26 +25,27 @@ void checkOptions(const SampleOptions &options)
 }
 
 void writeAssets(OutputFolder &folder, const LibraryPlan &plan, PhotosDatabase &database,
-                 const std::atomic<bool> *isCancelled)
+                 const SampleWatch &watch)
 {
     std::unique_ptr<PictureFiles> pictures;
     if (plan.options().pictures)
         pictures = std::make_unique<PictureFiles>(folder, plan);
-    for (int i = 0; i < plan.options().assets; ++i) {
-        requireGoingOn(isCancelled);
+    int listed = 0;
+    for (int i = 0; i < plan.rowCount(); ++i) {
+        tellWritten(watch, listed);
         const AssetPlan asset = plan.asset(i);
+        listed += asset.isLeftOut() ? 0 : 1;
         database.addAsset(asset, pictures ? pictures->write(asset) : asset.claimedSize);
     }
     if (pictures)
         pictures->finish();
 }
 
-void writeDatabase(OutputFolder &folder, const LibraryPlan &plan,
-                   const std::atomic<bool> *isCancelled)
+void writeDatabase(OutputFolder &folder, const LibraryPlan &plan, const SampleWatch &watch)
 {
     const QString path = folder.prepare(QStringLiteral("PhotoData/Photos.sqlite"));
     PhotosDatabase database(path, plan);
-    writeAssets(folder, plan, database, isCancelled);
+    writeAssets(folder, plan, database, watch);
     database.finish();
     for (const char *suffix : {"", "-wal", "-shm"})
         setFileDate(path + QLatin1String(suffix), plan.endDate());
@@ -57,21 +58,20 @@ void writeSyncPlist(OutputFolder &folder, const LibraryPlan &plan)
                      currentLibraryPlist(uuidText(random.uuid())), plan.endDate());
 }
 
-void writeAll(const QString &dir, const SampleOptions &options,
-              const std::atomic<bool> *isCancelled)
+void writeAll(const QString &dir, const SampleOptions &options, const SampleWatch &watch)
 {
     checkOptions(options);
     const LibraryPlan plan(options);
     OutputFolder folder(dir);
     writeSyncPlist(folder, plan);
-    writeDatabase(folder, plan, isCancelled);
+    writeDatabase(folder, plan, watch);
     folder.keep();
 }
 
 } // namespace
 
 bool writeSample(const QString &dir, const SampleOptions &options, QString *error,
-                 const std::atomic<bool> *isCancelled)
+                 const SampleWatch &watch)
 {
-    return written(dir, error, [&] { writeAll(dir, options, isCancelled); });
+    return written(dir, error, [&] { writeAll(dir, options, watch); });
 }

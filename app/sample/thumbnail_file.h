@@ -1,7 +1,7 @@
 #ifndef PHOTOLIB_SAMPLE_THUMBNAIL_FILE_H
 #define PHOTOLIB_SAMPLE_THUMBNAIL_FILE_H
 
-#include "sample/sample_writer.h"
+#include "sample/sample_options.h"
 
 #include <QByteArray>
 #include <QImage>

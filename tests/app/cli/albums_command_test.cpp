@@ -1,7 +1,6 @@
 #include "support/json.h"
 #include "support/program_fixture.h"
-
-#include "sample/sample_writer.h"
+#include "support/sample_device.h"
 
 namespace {
 
@@ -107,10 +106,7 @@ TEST_F(ProgramAlbums, LogNothingOfThumbnailsThatAreMissing)
 // What the thumbnails are is compared elsewhere, which is worth nothing without some.
 TEST_F(ProgramAlbums, HaveThumbnailsOfBothKindsInASample)
 {
-    SampleOptions options;
-    options.assets = 60;
-    QString error;
-    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    writeSampleTo(QString::fromUtf8(device()), sampleOptions(60));
     int pictures = 0;
     for (const QByteArray &name : m_scratch.everythingIn("device/PhotoData/Thumbnails/V2"))
         pictures += name.endsWith("/5005.JPG");

@@ -1,7 +1,6 @@
 #include "support/program_fixture.h"
+#include "support/sample_device.h"
 #include "support/terminal.h"
-
-#include "sample/sample_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -379,10 +378,7 @@ TEST_F(ExportProgramOnBadInput, ExitsWithTwoForWrongUsage)
 
 TEST_F(ExportProgramOnASample, CopiesEveryFileAndLeavesTheDeviceAlone)
 {
-    SampleOptions options;
-    options.assets = 30;
-    QString error;
-    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    writeSampleTo(QString::fromUtf8(device()), sampleOptions(30));
     const QList<QByteArray> before = m_scratch.everythingIn("device");
     const ProgramResult result = runExport();
     EXPECT_EQ(0, result.exitCode);
@@ -404,10 +400,7 @@ TEST_F(ExportProgramOnASample, CopiesEveryFileAndLeavesTheDeviceAlone)
 
 TEST_F(ExportProgramOnASample, CopiesEveryFileOnceInTwoRunsAtATime)
 {
-    SampleOptions options;
-    options.assets = 30;
-    QString error;
-    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    writeSampleTo(QString::fromUtf8(device()), sampleOptions(30));
     const QByteArray alone = m_scratch.path("alone");
     EXPECT_EQ(0, run({"export", "-d", device(), alone}).exitCode);
     const auto arguments = [this](const char *workFolder) {

@@ -1,10 +1,10 @@
 #include "support/command_rows.h"
 #include "support/program_fixture.h"
 #include "support/row_name.h"
+#include "support/sample_device.h"
 
 #include "base/unique_fd.h"
 #include "cli/output.h"
-#include "sample/classic_sample.h"
 
 #include <gtest/gtest.h>
 
@@ -24,15 +24,11 @@ class FullDisk : public ProgramTest
 protected:
     void writeDevice(bool isClassic)
     {
-        QString error;
         const QString folder = QString::fromUtf8(device());
-        SampleOptions options;
-        options.assets = 4;
-        ClassicSampleOptions classicOptions;
-        classicOptions.photos = 4;
-        ASSERT_TRUE(isClassic ? writeClassicSample(folder, classicOptions, &error)
-                              : writeSample(folder, options, &error))
-            << error.toStdString();
+        if (isClassic)
+            writeSampleTo(folder, classicOptions(4));
+        else
+            writeSampleTo(folder, sampleOptions(4));
         m_scratch.write("edits", "add-album Trip\n");
     }
 

@@ -1,8 +1,7 @@
 #include "support/json.h"
 #include "support/library_expectation.h"
 #include "support/program_fixture.h"
-
-#include "sample/sample_writer.h"
+#include "support/sample_device.h"
 
 #include <gtest/gtest.h>
 
@@ -692,8 +691,7 @@ TEST_F(ProgramOnASample, ReadsAnEarlyDatabaseAsWell)
 {
     SampleOptions options;
     options.schema = SampleSchema::Early;
-    QString error;
-    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    writeSampleTo(QString::fromUtf8(device()), options);
     const ProgramResult result = run({"dump", "-d", device(), "--thumbnails"});
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     expectDumpOfDevice(device(), result.output);

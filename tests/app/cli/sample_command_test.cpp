@@ -1,4 +1,5 @@
 #include "support/program_fixture.h"
+#include "support/terminal.h"
 
 namespace {
 
@@ -37,6 +38,69 @@ TEST_F(ProgramSample, HasNoSchemaOfAClassicIpod)
 {
     expectFailure({"sample", m_scratch.path("ipod"), "--classic", "--schema", "early"},
                   "--classic excludes --schema (photolib sample --help shows the usage)", 2);
+}
+
+// How many photos and videos `info` counts.
+int listedIn(const QByteArray &info)
+{
+    int listed = 0;
+    for (const QByteArray &line : info.split('\n')) {
+        if (line.startsWith("Photos:") || line.startsWith("Videos:"))
+            listed += line.mid(7).trimmed().toInt();
+    }
+    return listed;
+}
+
+TEST_F(ProgramSample, HasAsManyPhotosAndVideosAsItWasAskedFor)
+{
+    for (const QByteArray assets : {"0", "1", "17", "18", "19", "20", "37", "60"}) {
+        for (const char *schema : {"early", "late"}) {
+            const QByteArray phone = m_scratch.path("phone" + assets + schema);
+            EXPECT_EQ(
+                0, run({"sample", phone, "--assets", assets, "--schema", schema, "--no-pictures"})
+                       .exitCode);
+            EXPECT_EQ(assets.toInt(), listedIn(run({"info", "-d", phone}).output)) << schema;
+        }
+    }
+}
+
+TEST_F(ProgramSample, TakesANameInAnyBytes)
+{
+    m_setup.program = QStringLiteral("sh");
+    const QByteArray folder = m_scratch.path("deep/caf");
+    for (const char *kind : {"", "--classic"}) {
+        const QByteArray script = "name=$(printf '%s\\351' " + folder + kind +
+                                  ") && \"$0\" sample \"$name\" --assets 3 " + kind +
+                                  " && \"$0\" info -d \"$name\"";
+        const ProgramResult result = run({"-c", script, PHOTOLIB_PROGRAM});
+        EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+        EXPECT_EQ(QByteArray(), result.errors);
+        EXPECT_EQ(3, listedIn(result.output)) << result.output.constData();
+    }
+}
+
+TEST_F(ProgramSample, NamesAFolderInOtherBytesThatIsNotEmpty)
+{
+    m_setup.program = QStringLiteral("sh");
+    m_scratch.makeFolder("deep");
+    const QByteArray script = "name=$(printf '%s\\351' " + m_scratch.path("deep/caf") +
+                              ") && mkdir -p \"$name/in it\" && \"$0\" sample \"$name\"";
+    const ProgramResult result = run({"-c", script, PHOTOLIB_PROGRAM});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: cannot write the sample to " + m_scratch.path("deep/caf\\xe9") +
+                  ": the folder is not empty\n",
+              result.errors);
+}
+
+TEST_F(ProgramSample, ShowsHowFarItIsOnATerminal)
+{
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    m_setup.errorFd = terminal.slave();
+    Program program(m_setup, {"sample", m_scratch.path("phone"), "--assets", "40"});
+    EXPECT_TRUE(terminal.shownUntil(" of 40").contains("Writing the sample ["));
+    EXPECT_EQ(0, program.waitForExitCode());
 }
 
 } // namespace

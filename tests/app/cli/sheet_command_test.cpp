@@ -1,9 +1,8 @@
 #include "engine/contact_sheet.h"
 #include "support/json.h"
 #include "support/program_fixture.h"
+#include "support/sample_device.h"
 #include "support/terminal.h"
-
-#include "sample/sample_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -77,12 +76,7 @@ class SheetProgram : public ProgramTest
 protected:
     void writeSampleDevice(int assets, bool hasPictures = true)
     {
-        SampleOptions options;
-        options.assets = assets;
-        options.pictures = hasPictures;
-        QString error;
-        ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error))
-            << error.toStdString();
+        writeSampleTo(QString::fromUtf8(device()), sampleOptions(assets, hasPictures));
     }
 
     ProgramResult draw(const QList<QByteArray> &further = {})

@@ -1,9 +1,9 @@
 #include "support/command_rows.h"
 #include "support/program_fixture.h"
 #include "support/row_name.h"
+#include "support/sample_device.h"
 
 #include "base/atomic_file.h"
-#include "sample/classic_sample.h"
 
 #include <gtest/gtest.h>
 
@@ -54,15 +54,11 @@ protected:
 
     void writeDevice()
     {
-        QString error;
         const QString folder = QString::fromUtf8(device());
-        SampleOptions options;
-        options.assets = 12;
-        ClassicSampleOptions classicOptions;
-        classicOptions.photos = 4;
-        ASSERT_TRUE(GetParam().isClassic ? writeClassicSample(folder, classicOptions, &error)
-                                         : writeSample(folder, options, &error))
-            << error.toStdString();
+        if (GetParam().isClassic)
+            writeSampleTo(folder, classicOptions(4));
+        else
+            writeSampleTo(folder, sampleOptions(12));
     }
 
     /// Sends the signal at the moment, or not when the program ends before, and expects an

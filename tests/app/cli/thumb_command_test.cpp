@@ -1,7 +1,6 @@
 #include "support/program_fixture.h"
+#include "support/sample_device.h"
 #include "support/terminal.h"
-
-#include "sample/sample_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -309,10 +308,7 @@ TEST_F(ThumbProgramOnBadInput, ExitsWithTwoForWrongUsage)
 
 TEST_F(ThumbProgramOnASample, WritesAllAsTheDeviceHasThem)
 {
-    SampleOptions options;
-    options.assets = 24;
-    QString error;
-    ASSERT_TRUE(writeSample(QString::fromUtf8(device()), options, &error)) << error.toStdString();
+    writeSampleTo(QString::fromUtf8(device()), sampleOptions(24));
     const ProgramResult result = run({"thumb", "-d", device(), "--all", out()});
     EXPECT_EQ(0, result.exitCode) << result.errors.constData();
     int jpegs = 0;

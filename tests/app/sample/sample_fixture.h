@@ -1,8 +1,7 @@
 #ifndef PHOTOLIB_TESTS_APP_SAMPLE_FIXTURE_H
 #define PHOTOLIB_TESTS_APP_SAMPLE_FIXTURE_H
 
-#include "sample/classic_sample.h"
-#include "sample/sample_writer.h"
+#include "support/sample_device.h"
 
 #include <gtest/gtest.h>
 
@@ -20,40 +19,14 @@
 
 #include <memory>
 
-inline SampleOptions sampleOptions(int assets, bool pictures, quint32 seed = 1,
-                                   SampleSchema schema = SampleSchema::Late)
-{
-    SampleOptions options;
-    options.assets = assets;
-    options.pictures = pictures;
-    options.seed = seed;
-    options.schema = schema;
-    return options;
-}
-
-inline ClassicSampleOptions classicOptions(int photos, bool pictures, quint32 seed = 1)
-{
-    ClassicSampleOptions options;
-    options.photos = photos;
-    options.pictures = pictures;
-    options.seed = seed;
-    return options;
-}
-
 /// A sample in a folder of its own, gone at the end of the test.
 class WrittenSample
 {
 public:
-    explicit WrittenSample(const SampleOptions &options)
+    template <class Options>
+    explicit WrittenSample(const Options &options)
     {
-        QString error;
-        EXPECT_TRUE(writeSample(root(), options, &error)) << error.toStdString();
-    }
-
-    explicit WrittenSample(const ClassicSampleOptions &options)
-    {
-        QString error;
-        EXPECT_TRUE(writeClassicSample(root(), options, &error)) << error.toStdString();
+        writeSampleTo(root(), options);
     }
 
     QString root() const { return m_parent.filePath(QStringLiteral("device")); }
