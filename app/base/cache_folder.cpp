@@ -23,6 +23,8 @@ QByteArray homeFolder()
         throw Error("HOME", "is not set, which tells where the user's cache folder is");
     if (!isAbsolute(home))
         throw Error("HOME", "is not an absolute path, but " + home.toStdString());
+    while (home.endsWith('/'))
+        home.chop(1);
     return home;
 }
 

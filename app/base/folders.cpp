@@ -3,7 +3,9 @@
 #include "base/error.h"
 
 #include <cerrno>
+#include <dirent.h>
 #include <fcntl.h>
+#include <memory>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -77,6 +79,18 @@ UniqueFd lockedFolder(const QByteArray &path, const std::function<void()> &befor
     if (fd.isOpen())
         lock(fd, beforeWait);
     return isStillAt(fd, path) ? std::move(fd) : UniqueFd();
+}
+
+struct CloseFolder {
+    void operator()(DIR *folder) const { ::closedir(folder); }
+};
+
+// What lives is locked. Where there are no locks nothing can be told from what lives.
+bool isDead(int folder)
+{
+    struct stat status = {};
+    return ::fstat(folder, &status) == 0 && status.st_uid == ::geteuid() &&
+           ::flock(folder, LOCK_EX | LOCK_NB) == 0;
 }
 
 } // namespace
@@ -178,5 +192,29 @@ LockedFolder::LockedFolder(const QByteArray &path, const EnsuredFolder::Check &c
     while (!m_lock.isOpen()) {
         m_folder.emplace(path, 0700, check);
         m_lock = lockedFolder(path, beforeFirstWait);
+    }
+}
+
+UniqueFd openFolderIn(int parent, const char *name)
+{
+    return UniqueFd(::openat(parent, name, ownFolderFlags));
+}
+
+void removeDeadFolders(const QByteArray &parent, const QByteArray &prefix,
+                       const std::function<void(int)> &clear)
+{
+    const std::unique_ptr<DIR, CloseFolder> entries(::opendir(parent.constData()));
+    if (!entries)
+        return;
+    const int parentFd = ::dirfd(entries.get());
+    while (const dirent *const entry = ::readdir(entries.get())) {
+        const QByteArray name = entry->d_name;
+        if (!name.startsWith(prefix) || name == "." || name == "..")
+            continue;
+        const UniqueFd folder = openFolderIn(parentFd, name.constData());
+        if (!folder.isOpen() || !isDead(folder.get()))
+            continue;
+        clear(folder.get());
+        ::unlinkat(parentFd, name.constData(), AT_REMOVEDIR);
     }
 }

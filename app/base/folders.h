@@ -75,4 +75,15 @@ private:
     std::optional<EnsuredFolder> m_folder;
 };
 
+/// Opens the folder `name` in the open folder `parent`; not open when it is a link, no folder, or
+/// not there.
+UniqueFd openFolderIn(int parent, const char *name);
+
+/// Removes the folders in `parent` that LockedFolders of processes which were killed have left: the
+/// user's own, with a name that begins with `prefix`, and not locked. `clear` is given a descriptor
+/// of each and removes what is the program's; a folder that holds anything else stays. Does what it
+/// can, whatever other users and processes do in `parent`.
+void removeDeadFolders(const QByteArray &parent, const QByteArray &prefix,
+                       const std::function<void(int)> &clear);
+
 #endif // PHOTOLIB_BASE_FOLDERS_H

@@ -8,10 +8,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -22,10 +19,6 @@ namespace {
 const char prefix[] = "photolib-drive-";
 const char driveFolder[] = "iPod:"; // "DRIVE:"
 const char photosFolder[] = "Photos";
-
-struct CloseFolder {
-    void operator()(DIR *folder) const { ::closedir(folder); }
-};
 
 // The plug-in's Qt names files in the locale's encoding, which may lack letters of the path.
 bool survivesLocale(const char *path)
@@ -63,12 +56,7 @@ QByteArray newFolder()
     return path;
 }
 
-// Never follows a link: names in a folder that all users share may be anybody's.
-UniqueFd openFolderIn(int parent, const char *name)
-{
-    return UniqueFd(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-}
-
+// Never follows a link.
 void removeContents(int folder)
 {
     const UniqueFd drive = openFolderIn(folder, driveFolder);
@@ -80,14 +68,6 @@ void removeContents(int folder)
     if (drive.isOpen())
         ::unlinkat(drive.get(), photosFolder, AT_REMOVEDIR);
     ::unlinkat(folder, driveFolder, AT_REMOVEDIR);
-}
-
-// What lives is locked. Where there are no locks nothing can be told from what lives.
-bool isDead(int folder)
-{
-    struct stat status = {};
-    return ::fstat(folder, &status) == 0 && status.st_uid == ::geteuid() &&
-           ::flock(folder, LOCK_EX | LOCK_NB) == 0;
 }
 
 } // namespace
@@ -119,19 +99,7 @@ void DriveLinks::clear()
 
 void DriveLinks::removeDead()
 {
-    const std::unique_ptr<DIR, CloseFolder> parent(::opendir(temporaryFolder().constData()));
-    if (!parent)
-        return;
-    const int parentFd = ::dirfd(parent.get());
-    while (const dirent *const entry = ::readdir(parent.get())) {
-        if (std::strncmp(entry->d_name, prefix, std::strlen(prefix)) != 0)
-            continue;
-        const UniqueFd folder = openFolderIn(parentFd, entry->d_name);
-        if (!folder.isOpen() || !isDead(folder.get()))
-            continue;
-        removeContents(folder.get());
-        ::unlinkat(parentFd, entry->d_name, AT_REMOVEDIR);
-    }
+    removeDeadFolders(temporaryFolder(), prefix, removeContents);
 }
 
 QByteArray DriveLinks::link(size_t number) const

@@ -217,8 +217,11 @@ std::unique_ptr<WorkFolder> LibrarySession::newWorkFolder(OpenObserver &observer
     for (int number = 1;; ++number) {
         const QByteArray path = number == 1 ? first : first + '-' + QByteArray::number(number);
         try {
-            return std::make_unique<WorkFolder>(path, m_options.device, WorkFolder::Origin::Default,
-                                                [] { throw FolderInUse(); });
+            auto folder = std::make_unique<WorkFolder>(
+                path, m_options.device, WorkFolder::Origin::Default, [] { throw FolderInUse(); });
+            // Now it is known not to lie in the device.
+            WorkFolder::removeDead(parentFolder(path));
+            return folder;
         } catch (const FolderInUse &) {
             continue;
         }

@@ -80,6 +80,13 @@ void removeCopies(int folder, const QByteArray &path)
     }
 }
 
+void clear(int folder)
+{
+    for (const char *name : copyNames)
+        ::unlinkat(folder, name, 0);
+    ::unlinkat(folder, markName, 0);
+}
+
 // Bytes that a user may still write. Some disks, of other computers for instance, do not tell:
 // they say that they have no blocks at all.
 qint64 roomIn(int folder)
@@ -106,9 +113,12 @@ WorkFolder::WorkFolder(const QByteArray &path, const QByteArray &deviceFolder, O
 
 WorkFolder::~WorkFolder()
 {
-    for (const char *name : copyNames)
-        ::unlinkat(m_folder.fd(), name, 0);
-    ::unlinkat(m_folder.fd(), markName, 0);
+    clear(m_folder.fd());
+}
+
+void WorkFolder::removeDead(const QByteArray &workFolders)
+{
+    removeDeadFolders(workFolders, QByteArray(), clear);
 }
 
 void WorkFolder::requireRoom(qint64 bytes) const

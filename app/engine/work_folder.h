@@ -36,6 +36,10 @@ public:
     WorkFolder(const WorkFolder &) = delete;
     WorkFolder &operator=(const WorkFolder &) = delete;
 
+    /// Removes what programs that were killed left in the folder `workFolders`, which holds work
+    /// folders of the program's choice, for whichever devices. What lives is left alone.
+    static void removeDead(const QByteArray &workFolders);
+
     /// The folder with a closing "/".
     QString localDataPath() const { return QString::fromUtf8(m_path) + QLatin1Char('/'); }
 

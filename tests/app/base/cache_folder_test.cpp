@@ -1,8 +1,8 @@
+#include "base/cache_folder.h"
+#include "support/environment.h"
 #include "support/program_fixture.h"
 
 #include <gtest/gtest.h>
-
-#include <QFileInfo>
 
 #include <unistd.h>
 
@@ -82,14 +82,61 @@ TEST_F(CacheFolder, MustNotBeAnotherUsers)
 
 TEST_F(CacheFolder, IsInTheHomeFolderWhereNoAbsolutePathIsSet)
 {
-    writeTwoPhotos();
     for (const char *chosen : {"", "relative", "./cache"}) {
-        const QByteArray home = m_scratch.path("home" + QByteArray::number(qstrlen(chosen)));
-        setVariable("HOME", home);
+        const QByteArray homeName = "home" + QByteArray::number(qstrlen(chosen));
+        setVariable("HOME", m_scratch.path(homeName));
         setVariable("XDG_CACHE_HOME", chosen);
-        EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
-        EXPECT_TRUE(QFileInfo::exists(QString::fromUtf8(home + "/.cache/photolib/work"))) << chosen;
+        EXPECT_EQ(0, run({"info"}).exitCode);
+        EXPECT_TRUE(m_scratch.exists(homeName + "/.cache/photolib/sample/PhotoData/Photos.sqlite"))
+            << chosen;
     }
+}
+
+TEST(CacheFolderPath, HasOneSlashBehindTheHomeFolder)
+{
+    const Environment none("XDG_CACHE_HOME", "");
+    for (const auto &[home, path] :
+         {std::pair("/", "/.cache/photolib"), std::pair("/home/anna", "/home/anna/.cache/photolib"),
+          std::pair("/home/anna/", "/home/anna/.cache/photolib")}) {
+        const Environment variable("HOME", home);
+        EXPECT_EQ(path, cacheFolder());
+    }
+}
+
+// What a program that was killed left, for this device and for another one.
+TEST_F(CacheFolder, LosesTheCopiesOfAKilledProgramInTheNextRun)
+{
+    writeTwoPhotos();
+    m_scratch.makeFolder("cache/photolib/work");
+    writeDatabase(m_scratch, "endless", twoPhotos());
+    m_scratch.writeEndless("endless/PhotoData/Photos.sqlite-wal");
+    Program program(m_setup, {"info", "-d", m_scratch.path("endless")});
+    ASSERT_TRUE(program.waitForStarted());
+    const auto copies = [this] {
+        int count = 0;
+        for (const QByteArray &path : m_scratch.everythingIn("cache"))
+            count += path.contains("/Photos.sqlite");
+        return count;
+    };
+    while (copies() == 0)
+        ASSERT_FALSE(program.waitForFinished(5)) << program.readAllStandardError().constData();
+    program.kill();
+    ASSERT_TRUE(program.waitForFinished());
+    EXPECT_GT(copies(), 0);
+    EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
+    EXPECT_EQ(QList<QByteArray>(), m_scratch.everythingIn("cache/photolib/work"));
+}
+
+TEST_F(CacheFolder, IsNotUsedInTheDevice)
+{
+    writeTwoPhotos();
+    setVariable("XDG_CACHE_HOME", device() + "/cache");
+    const QList<QByteArray> before = m_scratch.everythingIn();
+    const ProgramResult result = run({"info", "-d", device()});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_TRUE(result.errors.endsWith(": the work folder must not lie in the device\n"))
+        << result.errors.constData();
+    EXPECT_EQ(before, m_scratch.everythingIn());
 }
 
 TEST_F(CacheFolder, NeedsAHomeFolder)

@@ -214,6 +214,39 @@ TEST(WorkFolder, TellsOfAWaitBeforeItWaits)
     EXPECT_TRUE(places.scratch.exists("cache/work/1"));
 }
 
+TEST(WorkFolder, OfAKilledProgramIsRemoved)
+{
+    const Places places;
+    places.scratch.write("cache/work/dead/Photos.sqlite", "copy");
+    places.scratch.write("cache/work/dead/Photos.sqlite-wal", "copy");
+    places.scratch.write("cache/work/dead/.photolib-work-folder", "");
+    places.scratch.write("cache/work/older/Photos.sqlite", "copy");
+    WorkFolder::removeDead(places.scratch.path("cache/work"));
+    EXPECT_EQ(QList<QByteArray>(), places.scratch.everythingIn("cache/work"));
+}
+
+TEST(WorkFolder, OfAProgramThatLivesIsNotRemoved)
+{
+    const Places places;
+    const WorkFolder folder(places.work, places.device, WorkFolder::Origin::Default);
+    places.scratch.write("cache/work/1/Photos.sqlite", "copy");
+    WorkFolder::removeDead(places.scratch.path("cache/work"));
+    EXPECT_EQ("copy", places.scratch.read("cache/work/1/Photos.sqlite"));
+    EXPECT_TRUE(places.scratch.exists(mark));
+}
+
+TEST(WorkFolder, IsNotRemovedThroughALinkOrWithWhatIsNotTheProgramsOwn)
+{
+    const Places places;
+    places.scratch.write("precious/Photos.sqlite", "text");
+    places.scratch.makeFolder("cache/work");
+    places.scratch.makeLink("cache/work/link", places.scratch.path("precious"));
+    places.scratch.write("cache/work/other/letter", "text");
+    WorkFolder::removeDead(places.scratch.path("cache/work"));
+    EXPECT_EQ("text", places.scratch.read("precious/Photos.sqlite"));
+    EXPECT_EQ("text", places.scratch.read("cache/work/other/letter"));
+}
+
 TEST(WorkFolder, HasRoomForWhatFitsOnItsDisk)
 {
     const Places places;
