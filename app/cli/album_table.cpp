@@ -1,49 +1,7 @@
 #include "cli/album_table.h"
 
-#include "base/printable.h"
-#include "boundary/photo_manager_int.h"
-#include "boundary/photo_records.h"
 #include "cli/text_table.h"
-#include "engine/photo_ids.h"
-#include "engine/type_codes.h"
-
-// Unlike the names of files, titles arrive as they were written: there is no encoding to
-// undo.
-QString albumNameText(const QString &name)
-{
-    return printable(name);
-}
-
-QString albumKindText(qint32 type)
-{
-    switch (type) {
-    case cameraRollAlbum:
-        return QStringLiteral("camera roll");
-    case panoramaAlbum:
-        return QStringLiteral("panoramas");
-    case videoAlbum:
-        return QStringLiteral("videos");
-    case deviceAlbum:
-        return QStringLiteral("album");
-    case photoLibraryAlbum:
-        return QStringLiteral("photo library");
-    case userAlbum:
-        return QStringLiteral("user album");
-    default:
-        return QStringLiteral("unknown");
-    }
-}
-
-QStringList albumRow(photo_manager_int &library, quint64 id, const QSet<quint64> &photos)
-{
-    albumItem item;
-    const bool isShown = library.getAlbum(id, &item);
-    if (!isShown)
-        return {QString::number(id), albumNameText(item.name), QStringLiteral("not shown"),
-                QString()};
-    return {QString::number(id), albumNameText(item.name), albumKindText(item.type),
-            QString::number(listedPhotoIds(item, photos).size())};
-}
+#include "engine/album_list.h"
 
 void writeAlbumTable(photo_manager_int &library, Output &output)
 {
@@ -53,8 +11,10 @@ void writeAlbumTable(photo_manager_int &library, Output &output)
     constexpr int countColumn = 3;
     table.alignRight(idColumn);
     table.alignRight(countColumn);
-    const QSet<quint64> photos = allPhotoIds(library);
-    for (const quint64 id : library.albumIDs())
-        table.addRow(albumRow(library, id, photos));
+    for (const ListedAlbum &album : listedAlbums(library)) {
+        const QString kind = album.isShown ? album.kind : QStringLiteral("not shown");
+        const QString photos = album.isShown ? QString::number(album.photos) : QString();
+        table.addRow({QString::number(album.id), album.name, kind, photos});
+    }
     table.write(output);
 }

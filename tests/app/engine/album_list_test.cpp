@@ -1,4 +1,4 @@
-#include "cli/album_table.h"
+#include "engine/album_list.h"
 
 #include "boundary/photo_manager_int.h"
 #include "boundary/photo_records.h"
@@ -38,31 +38,38 @@ public:
     int updateAlbum(albumItem *) override { return -1; }
 };
 
-TEST(AlbumTable, TellsAnAlbum)
+TEST(AlbumList, TellsAnAlbum)
 {
     OneAlbum library;
     library.album.name = QStringLiteral("Trip");
     library.album.type = 4;
     library.album.photoIDs = {1, 2, 2};
-    EXPECT_EQ(QStringList({"7", "Trip", "album", "3"}), albumRow(library, 7, {1, 2}));
+    const ListedAlbum album = listedAlbum(library, 7, {1, 2});
+    EXPECT_EQ(7u, album.id);
+    EXPECT_TRUE(album.isShown);
+    EXPECT_EQ("Trip", album.name);
+    EXPECT_EQ("album", album.kind);
+    EXPECT_EQ(3, album.photos);
 }
 
-TEST(AlbumTable, CountsOnlyWhatTheLibraryHas)
+TEST(AlbumList, CountsOnlyWhatTheLibraryHas)
 {
     OneAlbum library;
     library.album.photoIDs = {1, 2, 3, 2};
-    EXPECT_EQ("2", albumRow(library, 7, {2, 4}).last().toStdString());
+    EXPECT_EQ(2, listedAlbum(library, 7, {2, 4}).photos);
 }
 
-TEST(AlbumTable, TellsWhatIsKnownOfAnAlbumThatIsNotShown)
+TEST(AlbumList, TellsWhatIsKnownOfAnAlbumThatIsNotShown)
 {
     OneAlbum library;
     library.album.name = QStringLiteral("Shared");
     library.isShown = false;
-    EXPECT_EQ(QStringList({"7", "Shared", "not shown", ""}), albumRow(library, 7, {}));
+    const ListedAlbum album = listedAlbum(library, 7, {});
+    EXPECT_FALSE(album.isShown);
+    EXPECT_EQ("Shared", album.name);
 }
 
-TEST(AlbumTable, HasWordsForEachKind)
+TEST(AlbumList, HasWordsForEachKind)
 {
     const char *const words[] = {"unknown", "camera roll",   "panoramas",  "videos",
                                  "album",   "photo library", "user album", "unknown"};
@@ -71,7 +78,7 @@ TEST(AlbumTable, HasWordsForEachKind)
     EXPECT_EQ("unknown", albumKindText(-1).toStdString());
 }
 
-TEST(AlbumTable, ShowsTitlesAsTheyAreButHarmless)
+TEST(AlbumList, ShowsTitlesAsTheyAreButHarmless)
 {
     // Read as Latin-1, this title would be other UTF-8.
     EXPECT_EQ("Ã¼", albumNameText(QStringLiteral("Ã¼")).toStdString());
