@@ -33,28 +33,29 @@ int imbalance(const QSize &frame, const StoredPicture &photo)
            qAbs(frame.height() - photo.height - photo.verticalPadding);
 }
 
-bool isInTurnedFrame(const QSize &upright, const StoredPicture &photo)
+bool isInRotatedFrame(const QSize &upright, const StoredPicture &photo)
 {
-    const QSize turned = upright.transposed();
-    if (!causeAgainst(turned, photo).isEmpty())
+    const QSize rotated = upright.transposed();
+    if (!causeAgainst(rotated, photo).isEmpty())
         return false;
     return !causeAgainst(upright, photo).isEmpty() ||
-           imbalance(turned, photo) < imbalance(upright, photo);
+           imbalance(rotated, photo) < imbalance(upright, photo);
 }
 
 } // namespace
 
-bool findFrameCrop(const PixelFormat &format, const StoredPicture &photo, FrameCrop *place,
-               QString *cause)
+bool findFrameCrop(const PixelFormat &format, const StoredPicture &photo, FrameCrop *crop,
+                   QString *cause)
 {
-    const bool isTurned = format.turn != PixelTurn::None && isInTurnedFrame(format.frame(), photo);
-    const QString found = isTurned ? QString() : causeAgainst(format.frame(), photo);
+    const bool isRotated =
+        format.rotation != PixelRotation::None && isInRotatedFrame(format.frame(), photo);
+    const QString found = isRotated ? QString() : causeAgainst(format.frame(), photo);
     if (!found.isEmpty()) {
         *cause = found;
         return false;
     }
-    place->isInTurnedFrame = isTurned;
-    place->rectangle = QRect(QPoint(photo.horizontalPadding, photo.verticalPadding),
-                             QPoint(photo.width - 1, photo.height - 1));
+    crop->isInRotatedFrame = isRotated;
+    crop->rectangle = QRect(QPoint(photo.horizontalPadding, photo.verticalPadding),
+                            QPoint(photo.width - 1, photo.height - 1));
     return true;
 }

@@ -1,7 +1,7 @@
 #include "classic/image_unpacker.h"
 
-#include "classic/new_image.h"
 #include "classic/frame_crop.h"
+#include "classic/new_image.h"
 #include "classic/pixel_formats.h"
 #include "classic/stride_guess.h"
 #include "classic/yuv_image.h"
@@ -61,29 +61,29 @@ QImage frameOf(PixelLayout layout, const uchar *bytes, const QSize &size)
     return QImage();
 }
 
-QImage turnedRight(const QImage &image)
+QImage rotatedClockwise(const QImage &image)
 {
     return image.transformed(QTransform().rotate(90));
 }
 
-// Of a format that is turned. Numbers of the turned frame tell of a writer that has turned it;
+// Of a format that is rotated. Numbers of the rotated frame tell of a writer that has rotated it;
 // numbers of the upright frame do not tell, but the pixels do.
-QImage turnedPicture(const PixelFormat &format, const uchar *bytes, const FrameCrop &place)
+QImage rotatedPicture(const PixelFormat &format, const uchar *bytes, const FrameCrop &crop)
 {
-    const QImage turned = frameOf(format.layout, bytes, format.frame().transposed());
-    if (place.isInTurnedFrame)
-        return turnedRight(turned.copy(place.rectangle));
-    if (hasRowsOf(format.width, turned))
-        return frameOf(format.layout, bytes, format.frame()).copy(place.rectangle);
-    return turnedRight(turned).copy(place.rectangle);
+    const QImage rotated = frameOf(format.layout, bytes, format.frame().transposed());
+    if (crop.isInRotatedFrame)
+        return rotatedClockwise(rotated.copy(crop.rectangle));
+    if (hasStride(format.width, rotated))
+        return frameOf(format.layout, bytes, format.frame()).copy(crop.rectangle);
+    return rotatedClockwise(rotated).copy(crop.rectangle);
 }
 
-QImage pictureOf(const PixelFormat &format, const QByteArray &raw, const FrameCrop &place)
+QImage pictureOf(const PixelFormat &format, const QByteArray &raw, const FrameCrop &crop)
 {
     const auto *bytes = reinterpret_cast<const uchar *>(raw.constData());
-    if (format.turn != PixelTurn::None)
-        return turnedPicture(format, bytes, place);
-    return frameOf(format.layout, bytes, format.frame()).copy(place.rectangle);
+    if (format.rotation != PixelRotation::None)
+        return rotatedPicture(format, bytes, crop);
+    return frameOf(format.layout, bytes, format.frame()).copy(crop.rectangle);
 }
 
 QByteArray bmpOf(QImage picture)
@@ -113,10 +113,10 @@ bool unpackJpeg(const QByteArray &raw, QByteArray *image, QString *cause)
 bool unpackPixels(const PixelFormat &format, const QByteArray &raw, const StoredPicture &photo,
                   QByteArray *image, QString *cause)
 {
-    FrameCrop place;
-    if (!isSizeOf(format, raw.size(), cause) || !findFrameCrop(format, photo, &place, cause))
+    FrameCrop crop;
+    if (!isSizeOf(format, raw.size(), cause) || !findFrameCrop(format, photo, &crop, cause))
         return false;
-    *image = bmpOf(pictureOf(format, raw, place));
+    *image = bmpOf(pictureOf(format, raw, crop));
     return true;
 }
 
@@ -137,15 +137,16 @@ QSize unpackedSize(const StoredPicture &photo)
     if (format && format->layout == PixelLayout::Jpeg)
         return sizeInDatabase(photo);
     QString cause;
-    FrameCrop place;
+    FrameCrop crop;
     if (!format || !isSizeOf(*format, photo.size, &cause) ||
-        !findFrameCrop(*format, photo, &place, &cause))
+        !findFrameCrop(*format, photo, &crop, &cause))
         return QSize();
-    const QSize size = place.rectangle.size();
-    return place.isInTurnedFrame ? size.transposed() : size;
+    const QSize size = crop.rectangle.size();
+    return crop.isInRotatedFrame ? size.transposed() : size;
 }
 
-bool unpackImage(const QByteArray &raw, const StoredPicture &photo, QByteArray *image, QString *error)
+bool unpackImage(const QByteArray &raw, const StoredPicture &photo, QByteArray *image,
+                 QString *error)
 {
     const PixelFormat *format = findPixelFormat(photo.formatId);
     if (!format) {

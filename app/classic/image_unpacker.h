@@ -13,13 +13,14 @@ QSize unpackedSize(const StoredPicture &photo);
 /// Decodes `raw`, the stored bytes of the picture that `photo` describes, and cuts its
 /// padding: into a BMP file with 24 bits a pixel, or, when they are a JPEG file, as they are.
 ///
-/// The numbers of the database and the pixels tell whether a picture of a format that is turned
-/// is turned indeed: some writers leave it upright.
+/// The numbers of the database and the pixels tell whether a picture of a format that is rotated
+/// is rotated indeed: some writers leave it upright.
 ///
 /// Returns false, fills `*error` with the cause and leaves `*image` alone for a format that
 /// is not known, for bytes that are not as many as the format has, and for a picture that
 /// does not lie within its frame. Neither pointer may be null. May be called on any thread;
 /// throws std::bad_alloc only.
-bool unpackImage(const QByteArray &raw, const StoredPicture &photo, QByteArray *image, QString *error);
+bool unpackImage(const QByteArray &raw, const StoredPicture &photo, QByteArray *image,
+                 QString *error);
 
 #endif // PHOTOLIB_CLASSIC_IMAGE_UNPACKER_H

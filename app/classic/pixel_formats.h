@@ -14,12 +14,12 @@ enum class PixelLayout {
     Jpeg,            ///< a JPEG file, as long as it happens to be
 };
 
-/// How a frame is turned in its bytes.
-enum class PixelTurn {
+/// How a frame is rotated in its bytes.
+enum class PixelRotation {
     None,
-    /// To the left, as the panel of the device's display is: its first row holds the right edge,
-    /// from the top down. Some writers leave it upright all the same.
-    Left,
+    /// A quarter to the left, as the panel of the device's display is: its first row holds the
+    /// right edge, from the top down. Some writers leave it upright all the same.
+    CounterClockwise,
 };
 
 /// The form that the pictures of one format id have in the device's thumbnail files. Each
@@ -32,7 +32,7 @@ struct PixelFormat {
     int width; ///< of the frame, upright, in pixels
     int height;
     PixelLayout layout;
-    PixelTurn turn = PixelTurn::None;
+    PixelRotation rotation = PixelRotation::None;
     qint32 slotBytes = 0; ///< the place in the file, where the pixels do not fill it
 
     QSize frame() const { return QSize(width, height); }

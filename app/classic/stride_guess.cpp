@@ -20,11 +20,11 @@ public:
     }
 
     // Between a pixel and the one below it, in proportion to the rows: where nothing but shades
-    // goes down the picture, they differ the more the longer the rows are.
-    double betweenRows(int rowLength) const { return mean(0, 1, rowLength) / rowLength; }
+    // goes down the picture, they differ the more the longer the stride is.
+    double betweenRows(int stride) const { return mean(0, 1, stride) / stride; }
 
     // Between the last pixel of a row and the first of the next.
-    double atRowEnds(int rowLength) const { return mean(rowLength - 1, rowLength, 1); }
+    double atRowEnds(int stride) const { return mean(stride - 1, stride, 1); }
 
 private:
     double mean(int first, int step, int distance) const
@@ -42,14 +42,14 @@ private:
 
 } // namespace
 
-bool hasRowsOf(int length, const QImage &image)
+bool hasStride(int stride, const QImage &image)
 {
     const Differences differences(image);
-    const double below = differences.betweenRows(length);
+    const double below = differences.betweenRows(stride);
     const double belowInOwn = differences.betweenRows(image.width());
     if (below < 0.7 * belowInOwn)
         return true;
     if (below > 1.2 * belowInOwn)
         return false;
-    return differences.atRowEnds(length) > 2 * differences.atRowEnds(image.width());
+    return differences.atRowEnds(stride) > 2 * differences.atRowEnds(image.width());
 }
