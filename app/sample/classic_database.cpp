@@ -132,13 +132,13 @@ void ClassicDatabase::addPhoto(const ClassicPhotoPlan &photo, qint64 sourceSize)
 void ClassicDatabase::addVariants(const ClassicPhotoPlan &photo)
 {
     for (const ClassicFormat &format : classicFormats) {
-        const FramePlace place = framePlace(format, photo.index);
+        const FrameLocation location = frameLocation(format, photo.index);
         StoredPicture picture;
         picture.formatId = format.id;
-        picture.offset = place.offset;
+        picture.offset = location.offset;
         picture.size = static_cast<quint32>(format.frameBytes());
         picture.area = format.pictureArea({photo.asset.width, photo.asset.height});
-        picture.path = place.path;
+        picture.path = location.path;
         addPicture(m_chunks, ThumbnailData, picture);
     }
 }

@@ -96,7 +96,7 @@ QByteArray ClassicFormat::frame(const QImage &picture) const
     return packing == PixelPacking::Interlaced ? interlaced(frame) : rgb565(frame);
 }
 
-FramePlace framePlace(const ClassicFormat &format, int index)
+FrameLocation frameLocation(const ClassicFormat &format, int index)
 {
     const int framesPerFile = largestFile / format.frameBytes();
     const int inFile = index % framesPerFile;

@@ -41,14 +41,14 @@ constexpr std::array<ClassicFormat, 4> classicFormats = {{
 }};
 
 /// Where the frame of a photo is stored.
-struct FramePlace {
+struct FrameLocation {
     QString path; ///< relative to the folder of photos
     quint32 offset;
 };
 
-/// The place of the frame of photo `index`, counted from 0. A file ends before offsets need
+/// The location of the frame of photo `index`, counted from 0. A file ends before offsets need
 /// more than 31 bits; the next one has the next number in its name.
-FramePlace framePlace(const ClassicFormat &format, int index);
+FrameLocation frameLocation(const ClassicFormat &format, int index);
 
 } // namespace sample
 

@@ -21,7 +21,7 @@ qint64 ClassicPictures::write(const ClassicPhotoPlan &photo)
 void ClassicPictures::writeFrame(PackedFile &packed, const ClassicFormat &format, int index,
                                  const QImage &picture)
 {
-    const QString path = framePlace(format, index).path;
+    const QString path = frameLocation(format, index).path;
     if (path != packed.path) {
         if (packed.file)
             packed.file->close(m_date);
