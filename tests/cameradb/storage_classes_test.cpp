@@ -189,7 +189,7 @@ void dropAsset(Expected &expected)
 }
 
 /// Highest keys start at 0 and are compared as unsigned numbers.
-qint32 raisedFromZero(const Stored &key)
+qint32 maxKeyFromZero(const Stored &key)
 {
     return key.key() > 0 ? key.low() : 0;
 }
@@ -220,7 +220,7 @@ const std::map<std::string, Effect> effects = {
     {"AssetKey",
      [](Expected &e, const Stored &s) {
          e.asset->pk = s.key();
-         e.highestAsset = raisedFromZero(s);
+         e.highestAsset = maxKeyFromZero(s);
          // The attributes and the join table go on naming asset 7.
          e.asset->duration = 0;
          e.asset->originalFileSize = 0;
@@ -276,7 +276,7 @@ const std::map<std::string, Effect> effects = {
      [](Expected &e, const Stored &s) {
          e.album->pk = s.key();
          e.album->assetKeys.clear();
-         e.highestAlbum = raisedFromZero(s);
+         e.highestAlbum = maxKeyFromZero(s);
      }},
     {"AlbumKind",
      [](Expected &e, const Stored &) {
