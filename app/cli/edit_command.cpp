@@ -18,25 +18,25 @@
 namespace {
 
 const char help[] =
-    R"(A script has one edit a line; blank lines and lines that begin with # are skipped:
-  add-album NAME [ID...]    make an album of photos of the library
-  add-photo FILE|ID ALBUM   add a file of this computer, or a photo of the library
-  rename ALBUM NAME         give an album another name
-  remove-photo ALBUM ID...  take photos out of an album; out of the photo library, too,
-                            when that is the album
-  rm-album ALBUM            hide an album
-
-ALBUM is an id or a name. A name means the album of that name which the script has made,
-or else the one which the device has. Names with blanks stand in double quotes, with \"
-and \\ for a quote and a backslash; a name of digits does, too, or it is an id.
-
-The edits live in memory until the program ends. The device is never changed. The albums
-of a classic iPod can not be edited.
-
-Examples:
-  photolib edit /media/phone edits.txt
-  printf 'add-album "Best of 2018" 3 4\nadd-photo new.jpg "Best of 2018"\n' |
-      photolib edit /media/phone -)";
+    "A script has one edit a line; blank lines and lines that begin with # are skipped:\n"
+    "  add-album NAME [ID...]    make an album of photos of the library\n"
+    "  add-photo FILE|ID ALBUM   add a file of this computer, or a photo of the library\n"
+    "  rename ALBUM NAME         give an album another name\n"
+    "  remove-photo ALBUM ID...  take photos out of an album; out of the photo library, too, when "
+    "that is the album\n"
+    "  rm-album ALBUM            hide an album\n"
+    "\n"
+    "ALBUM is an id or a name. A name means the album of that name which the script has made, or "
+    "else the one which the device has. Names with blanks stand in double quotes, with \\\" and "
+    "\\\\ for a quote and a backslash; a name of digits does, too, or it is an id.\n"
+    "\n"
+    "The edits live in memory until the program ends. The device is never changed. The albums of a "
+    "classic iPod cannot be edited.\n"
+    "\n"
+    "Examples:\n"
+    "  photolib edit edits.txt -d /media/phone\n"
+    "  printf 'add-album \"Best of 2018\" 3 4\\nadd-photo new.jpg \"Best of 2018\"\\n' |\n"
+    "      photolib edit - -d /media/phone";
 
 constexpr int largestScript = 16 << 20; // bytes, far more than a person writes
 constexpr int longestEdit = 60;         // letters of an edit that are shown with its result
@@ -104,7 +104,7 @@ int runEdit(const CommandContext &context, const std::string &script)
     const auto write = [&edits, &refused](LibrarySession &session, Output &output) {
         // The plug-in takes them for done all the same.
         if (session.classicIpod())
-            throw Error(session.deviceName(), "the albums of a classic iPod can not be edited");
+            throw Error(session.deviceName(), "the albums of a classic iPod cannot be edited");
         refused = applyEdits(session.library(), edits, output);
         output.write("\n");
         writeAlbumTable(session.library(), output);

@@ -220,7 +220,7 @@ TEST_F(ClassicListings, RefuseEditsAndDoNotClaimThem)
     writeThreePhotos();
     m_scratch.write("edits", "add-album New 100\nrm-album 2\n");
     expectFailure({"edit", "-d", device(), m_scratch.path("edits")},
-                  device() + ": the albums of a classic iPod can not be edited");
+                  device() + ": the albums of a classic iPod cannot be edited");
 }
 
 } // namespace

@@ -257,4 +257,11 @@ TEST_F(ProgramEdit, ShowsLongEditsShortAndHarmless)
                                        "...  ok: album 10\n"));
 }
 
+TEST_F(ProgramEdit, HasHelpWhoseExamplesNameTheDeviceAsTheProgramTakesIt)
+{
+    const QByteArray help = run({"edit", "--help"}).output;
+    EXPECT_TRUE(help.contains("\n  photolib edit edits.txt -d /media/phone\n"));
+    EXPECT_TRUE(help.contains("\n      photolib edit - -d /media/phone\n"));
+}
+
 } // namespace
