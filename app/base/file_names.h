@@ -16,7 +16,7 @@ QByteArray nameStem(const QByteArray &name);
 /// The `number`th name like `name`: "IMG_0001 (2).JPG" for 2, and `name` itself for 1.
 QByteArray numberedName(const QByteArray &name, int number);
 
-/// What `name` is compared by, so that names are the same that some disk can not tell
+/// What `name` is compared by, so that names are the same that some disk cannot tell
 /// apart: regardless of case and of how accents are put together.
 QString comparedName(const QByteArray &name);
 

@@ -18,7 +18,7 @@ public:
 
     /// `path` with each name as the disk has it: the name itself where it is there, else the
     /// first one in byte order that differs from it in case or composition only. From the
-    /// first name on that is not there, or whose folder can not be listed, the path stays as
+    /// first name on that is not there, or whose folder cannot be listed, the path stays as
     /// it is. ".." and what is no folder are left for the file system to refuse.
     QByteArray resolved(const QByteArray &path);
 

@@ -142,7 +142,7 @@ bool isFileName(const QString &name)
     return !name.isEmpty() && name.size() <= longestFileName;
 }
 
-// Of what can not be read nothing may be listed: it would be taken for the smallest or the
+// Of what cannot be read nothing may be listed: it would be taken for the smallest or the
 // largest picture of its photo, and hide the ones that can. Numbers beyond the signed ones
 // have become negative.
 bool isReadable(const StoredPicture &picture)

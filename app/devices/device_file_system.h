@@ -30,7 +30,7 @@ struct FileError {
     Kind kind = None;
     QString text; ///< the cause in a few words, such as "Permission denied"
 
-    /// Whether the device has no such file, rather than one that can not be read.
+    /// Whether the device has no such file, rather than one that cannot be read.
     bool isMissing() const { return kind == NotFound || kind == WrongType || kind == Outside; }
 
     /// The error for a system call's `errno`.

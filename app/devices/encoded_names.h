@@ -13,12 +13,12 @@
 QByteArray undoneEncoding(const QByteArray &name);
 
 /// DeviceFileSystem::open with both names. On failure `*error` is that of `path` as given,
-/// unless there is a file of the other name that can not be read.
+/// unless there is a file of the other name that cannot be read.
 std::unique_ptr<DeviceFile> openDeviceFile(DeviceFileSystem &files, const QByteArray &path,
                                            FileError *error);
 
 /// DeviceFileSystem::info with both names. On failure `*error` is that of `path` as given,
-/// unless there is a file of the other name that can not be read.
+/// unless there is a file of the other name that cannot be read.
 bool deviceFileInfo(DeviceFileSystem &files, const QByteArray &path, FileInfo *info,
                     FileError *error);
 

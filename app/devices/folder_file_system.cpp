@@ -84,7 +84,7 @@ UniqueFd openUnlessLink(int folder, const QByteArray &name, int flags)
     return fd;
 }
 
-// Refuses every link, for what a link names can not be confined between two calls.
+// Refuses every link, for what a link names cannot be confined between two calls.
 UniqueFd openNameByName(int root, const QList<QByteArray> &names, int flags)
 {
     UniqueFd folder(::openat(root, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));

@@ -11,7 +11,7 @@
 ///
 /// Nothing outside the folder can be reached, whatever a path or a link in the folder
 /// says, also while somebody changes the folder. Links that stay inside are followed where
-/// the kernel can confine them, and refused where it can not.
+/// the kernel can confine them, and refused where it cannot.
 class FolderFileSystem : public DeviceFileSystem
 {
 public:

@@ -22,7 +22,7 @@ quint32 databaseKey(quint64 id)
     return static_cast<quint32>(id & 0xffffffffu);
 }
 
-// Why a database can not be read, in words.
+// Why a database cannot be read, in words.
 struct Unreadable {
     QString cause;
 };

@@ -15,7 +15,7 @@ class ClassicIpod
 {
 public:
     /// The files must be those of a folder of the host computer; `files` must outlive the
-    /// object. Throws std::system_error when the drive can not be given a name.
+    /// object. Throws std::system_error when the drive cannot be given a name.
     explicit ClassicIpod(DeviceFileSystem &files);
     ~ClassicIpod();
 

@@ -15,7 +15,7 @@ class Device : public IIPod
 {
 public:
     /// `localDataPath` is the folder for the copies of its database, with a closing "/";
-    /// a classic iPod has none. Throws std::system_error when a classic iPod's drive can not
+    /// a classic iPod has none. Throws std::system_error when a classic iPod's drive cannot
     /// be given a name.
     Device(std::shared_ptr<DeviceFileSystem> files, DeviceKind kind, QString localDataPath);
     ~Device() override;

@@ -79,7 +79,7 @@ TEST_F(CaseBlindPathsTest, TakeAPathWithoutASlashInFrontForOneFromTheRoot)
     EXPECT_EQ("", resolved("/"));
 }
 
-// A device with the folder "A", which can not be listed.
+// A device with the folder "A", which cannot be listed.
 class ListedDevice : public DeviceFileSystem
 {
 public:

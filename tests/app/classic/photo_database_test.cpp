@@ -138,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(
                     FormRow{"AllAtOnce", 64, 2, true, PhotoDatabaseForm::Counted}),
     rowName<FormRow>);
 
-// Written out by hand, so that reader and builder can not share a mistake.
+// Written out by hand, so that reader and builder cannot share a mistake.
 TEST(PhotoDatabase, HasItsNumbersWhereDevicesPutThem)
 {
     const QByteArray photo =

@@ -322,7 +322,7 @@ TEST(TransferWatch, HearsWhyAFileDidNotOpen)
     EXPECT_EQ(FileError::Outside, observer.kind);
 }
 
-// Files can not grow beyond `bytes` for as long as it lives, as on a full disk.
+// Files cannot grow beyond `bytes` for as long as it lives, as on a full disk.
 class FileSizeLimit
 {
 public:
