@@ -1,5 +1,6 @@
 #include "base/error.h"
 #include "base/printable.h"
+#include "cli/exit_codes.h"
 #include "cli/interruptible_task.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
@@ -84,6 +85,7 @@ Json photoObject(LibrarySession &session, quint64 id)
     object["sortToken"] = record.sortToken;
     return object;
 }
+
 Json albumObject(LibrarySession &session, quint64 id)
 {
     albumItem item;
@@ -190,8 +192,9 @@ private:
 
 int runDump(const CommandContext &context, bool hasThumbnails)
 {
-    return runOnLibrary(context, [hasThumbnails](LibrarySession &session, Output &output) {
+    return workOnLibrary(context, [hasThumbnails](LibrarySession &session, Output &output) {
         LibraryDump(session, output, hasThumbnails).write();
+        return exitDone;
     });
 }
 

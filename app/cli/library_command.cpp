@@ -122,13 +122,43 @@ bool tellWhatIsMissing(const LibrarySession &session)
     return isMissing;
 }
 
+// Writes on a thread of its own until a signal ends it: then a device that is asked for files
+// answers no more, and a reader that keeps the output waiting is left.
+void writeInterruptible(const std::function<void(LibrarySession &, Output &)> &write,
+                        LibrarySession &session, Output &output)
+{
+    const Error interrupted(Error::Cancelled, "interrupted");
+    std::atomic<bool> isCancelled{false};
+    const auto cancel = [&] {
+        isCancelled = true;
+        session.files().close();
+    };
+    const auto writeAll = [&] {
+        output.whileWaiting([&] {
+            if (isCancelled)
+                throw interrupted;
+        });
+        write(session, output);
+        output.flush();
+        output.whileWaiting(nullptr);
+    };
+    try {
+        runInterruptible(writeAll, cancel, [] {});
+    } catch (const Error &) {
+        if (!isCancelled)
+            throw;
+    }
+    if (isCancelled)
+        throw interrupted;
+}
+
 } // namespace
 
 int runOnLibrary(const CommandContext &context,
                  const std::function<void(LibrarySession &, Output &)> &write)
 {
     return workOnLibrary(context, [&write](LibrarySession &session, Output &output) {
-        write(session, output);
+        writeInterruptible(write, session, output);
         return exitDone;
     });
 }

@@ -10,11 +10,13 @@ class Output;
 
 /// Opens the library of the device that the command line names, the built-in sample's when it
 /// names none, has `write` write its result, and returns the exit code. `write` finds out what may
-/// be wrong before it writes anything. Ctrl-C ends the opening.
+/// be wrong before it writes anything. Ctrl-C ends the opening and the writing. `write` is called
+/// on another thread, and it must not wait for signals itself.
 int runOnLibrary(const CommandContext &context,
                  const std::function<void(LibrarySession &, Output &)> &write);
 
-/// The same for work that may fail in part: `work` returns the exit code.
+/// The same for work that may fail in part, or that waits for signals itself: `work` is called on
+/// this thread and returns the exit code.
 int workOnLibrary(const CommandContext &context,
                   const std::function<int(LibrarySession &, Output &)> &work);
 

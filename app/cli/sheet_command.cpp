@@ -1,6 +1,7 @@
 #include "base/error.h"
 #include "base/folders.h"
 #include "base/printable.h"
+#include "cli/exit_codes.h"
 #include "cli/file_target.h"
 #include "cli/id_arguments.h"
 #include "cli/interruptible_task.h"
@@ -205,8 +206,9 @@ int runSheet(const CommandContext &context, const SheetArguments &arguments)
 {
     const auto write = [&](LibrarySession &session, Output &output) {
         writeSheet(arguments, context.options.quiet, session, output);
+        return exitDone;
     };
-    return runOnLibrary(context, write);
+    return workOnLibrary(context, write);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "support/classic_fixture.h"
 #include "support/json.h"
 #include "support/terminal.h"
+#include "support/unread_pipe.h"
 
 #include <gtest/gtest.h>
 
@@ -105,25 +106,8 @@ protected:
             database.rows.assets.push_back(photoRow(i, i));
         writeDatabase(m_scratch, "device", database);
         m_scratch.makePipe("pipe");
-        m_reader =
-            UniqueFd(::open(m_scratch.path("pipe").constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
         m_setup.output = QString::fromUtf8(m_scratch.path("pipe"));
     }
-
-    bool isFull() const
-    {
-        pollfd descriptor = {m_reader.get(), POLLOUT, 0};
-        return ::poll(&descriptor, 1, 0) == 0;
-    }
-
-    QByteArray readSome() const
-    {
-        QByteArray bytes(1 << 20, '\0');
-        const ssize_t count = ::read(m_reader.get(), bytes.data(), size_t(bytes.size()));
-        return bytes.left(int(count));
-    }
-
-    UniqueFd m_reader;
 };
 
 TEST_F(InterruptedDump, EndsAtOnceAndCannotBeTakenForAWholeOne)
@@ -133,15 +117,16 @@ TEST_F(InterruptedDump, EndsAtOnceAndCannotBeTakenForAWholeOne)
         if (!terminal.isOpen())
             GTEST_SKIP() << "there are no pseudo-terminals here";
         m_setup.errorFd = terminal.slave();
+        const UnreadPipe pipe(m_scratch.path("pipe"));
         Program program(m_setup, {"dump", "-d", device()});
         EXPECT_TRUE(terminal.shownUntil(" of 2004").contains("Reading the library ["));
-        while (!isFull())
+        while (!pipe.isFull())
             ASSERT_FALSE(program.waitForFinished(10));
         ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
         EXPECT_EQ(130, program.waitForExitCode());
         const QByteArray line = "photolib: interrupted: the JSON is not complete\r\n";
         EXPECT_TRUE(terminal.shownUntil(line).endsWith("\r\x1b[K" + line));
-        EXPECT_TRUE(QJsonDocument::fromJson(readSome()).isNull());
+        EXPECT_TRUE(QJsonDocument::fromJson(pipe.readAll()).isNull());
     }
 }
 

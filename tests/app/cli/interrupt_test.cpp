@@ -1,8 +1,10 @@
 #include "base/byte_count.h"
 
 #include "support/device_folder.h"
+#include "support/program_fixture.h"
 #include "support/program_run.h"
 #include "support/terminal.h"
+#include "support/unread_pipe.h"
 
 #include <gtest/gtest.h>
 
@@ -85,6 +87,37 @@ TEST_F(InterruptedProgram, ShowsNoProgressWhenQuiet)
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
     EXPECT_TRUE(terminal.shownUntil("\n").startsWith("photolib: interrupted: "));
     EXPECT_EQ(130, program.waitForExitCode());
+}
+
+class InterruptedList : public ProgramTest
+{
+protected:
+    void writePhotos(int count)
+    {
+        PhotosDatabase database;
+        for (int i = 1; i <= count; ++i)
+            database.rows.assets.push_back(photoRow(i, i));
+        writeDatabase(m_scratch, "device", database);
+    }
+};
+
+TEST_F(InterruptedList, EndsThoughNobodyReadsItAndLeavesNoCopyOfTheDatabase)
+{
+    writePhotos(3000);
+    m_scratch.makePipe("pipe");
+    m_setup.output = QString::fromUtf8(m_scratch.path("pipe"));
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        const UnreadPipe pipe(m_scratch.path("pipe"));
+        Program program(m_setup, {"photos", "-d", device()});
+        while (!pipe.isFull())
+            ASSERT_FALSE(program.waitForFinished(10));
+        ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
+        EXPECT_EQ(130, program.waitForExitCode());
+        EXPECT_EQ("photolib: interrupted\n", program.readAllStandardError());
+        EXPECT_TRUE(pipe.readAll().startsWith("  ID  NAME"));
+        for (const QByteArray &path : m_scratch.everythingIn("cache"))
+            EXPECT_FALSE(path.contains("Photos.sqlite")) << path.constData();
+    }
 }
 
 } // namespace

@@ -47,7 +47,8 @@ protected:
         QList<qint64> before;
         for (const QByteArray &each : paths)
             before.append(changeOf(each));
-        expectFailure(arguments, path + ": photolib never writes to the device; choose a folder outside it");
+        expectFailure(arguments,
+                      path + ": photolib never writes to the device; choose a folder outside it");
         for (int i = 0; i < paths.size(); ++i)
             EXPECT_EQ(before[i], changeOf(paths[i])) << paths[i].constData();
     }
