@@ -149,6 +149,28 @@ std::string causeIn(const LogCapture &log)
     return failures.isEmpty() ? std::string() : ": " + failures.first().toStdString();
 }
 
+// Null when another session has it.
+std::unique_ptr<WorkFolder> tryWorkFolder(const QByteArray &path, const QByteArray &device)
+{
+    try {
+        return std::make_unique<WorkFolder>(path, device, WorkFolder::Origin::Default,
+                                            [] { throw FolderInUse(); });
+    } catch (const FolderInUse &) {
+        return nullptr;
+    }
+}
+
+// `first`, or the next one beside it that no other session has.
+std::unique_ptr<WorkFolder> freeWorkFolder(const QByteArray &first, const QByteArray &device)
+{
+    std::unique_ptr<WorkFolder> folder = tryWorkFolder(first, device);
+    for (int number = 2; !folder; ++number)
+        folder = tryWorkFolder(first + '-' + QByteArray::number(number), device);
+    // Now it is known not to lie in the device.
+    WorkFolder::removeDead(parentFolder(first));
+    return folder;
+}
+
 } // namespace
 
 LibrarySession::LibrarySession(const LibraryOptions &options, OpenObserver &observer,
@@ -205,27 +227,15 @@ void LibrarySession::requireCopied(DatabaseCopy &copy, const CancelToken &cancel
         throw Error(Error::Failed, copy.failure().toStdString());
 }
 
-// By default a folder that no other session has, so that nobody waits; a folder that was named is
-// waited for.
+// A folder that is waited for, since a person named it, or by default one that no other session
+// has, so that nobody waits.
 std::unique_ptr<WorkFolder> LibrarySession::newWorkFolder(OpenObserver &observer) const
 {
     const QByteArray named = m_options.workFolder;
-    if (!named.isEmpty())
-        return std::make_unique<WorkFolder>(named, m_options.device, WorkFolder::Origin::Named,
-                                            [&] { observer.waiting(named); });
-    const QByteArray first = defaultWorkFolder(m_files->id());
-    for (int number = 1;; ++number) {
-        const QByteArray path = number == 1 ? first : first + '-' + QByteArray::number(number);
-        try {
-            auto folder = std::make_unique<WorkFolder>(
-                path, m_options.device, WorkFolder::Origin::Default, [] { throw FolderInUse(); });
-            // Now it is known not to lie in the device.
-            WorkFolder::removeDead(parentFolder(path));
-            return folder;
-        } catch (const FolderInUse &) {
-            continue;
-        }
-    }
+    if (named.isEmpty())
+        return freeWorkFolder(defaultWorkFolder(m_files->id()), m_options.device);
+    return std::make_unique<WorkFolder>(named, m_options.device, WorkFolder::Origin::Named,
+                                        [&] { observer.waiting(named); });
 }
 
 // The database is read where it is: nothing is copied.
