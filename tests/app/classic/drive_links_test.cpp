@@ -305,8 +305,10 @@ TEST_F(DeadDriveLinks, AreNotWhatHasOtherNames)
     EXPECT_TRUE(m_scratch.exists("tmp/photolib-drive-333333/letter"));
 }
 
-// Each round may find a folder that another process has made and not locked yet.
-TEST_F(DeadDriveLinks, AreTakenFromNobodyWhoIsMakingThem)
+using DeadDriveLinksThreads = DeadDriveLinks;
+
+// Each round may find a folder that another thread has made and not locked yet.
+TEST_F(DeadDriveLinksThreads, AreTakenFromNobodyWhoIsMakingThem)
 {
     constexpr int rounds = 300;
     m_scratch.write("a", "one");
