@@ -303,7 +303,7 @@ TEST_F(ExportProgramOnBadInput, StopsWhereItMayNotWrite)
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("photolib: " + out() +
                   ": Permission denied; copied 0 files (0 bytes), 0 already "
-                  "there\n",
+                  "there, 0 failed\n",
               result.errors);
     EXPECT_EQ(QByteArray(), result.output);
 }
@@ -454,8 +454,8 @@ TEST_F(InterruptedExport, SaysWhatWasDone)
         EXPECT_EQ(130, program.waitForExitCode());
         const QByteArray report = signal == SIGINT ? "copied 1 file (3 bytes), 0 already there"
                                                    : "copied 0 files (0 bytes), 1 already there";
-        const QByteArray line = "photolib: interrupted: " + report + "\r\n";
-        EXPECT_TRUE(terminal.shownUntil("there\r\n").endsWith("\r\x1b[K" + line));
+        const QByteArray line = "photolib: interrupted: " + report + ", 0 failed\r\n";
+        EXPECT_TRUE(terminal.shownUntil(" failed\r\n").endsWith("\r\x1b[K" + line));
         EXPECT_EQ(QByteArray(), program.readAllStandardOutput());
         EXPECT_EQ((QList<QByteArray>{"a.jpg", "b.mov"}), names());
     }
