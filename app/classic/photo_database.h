@@ -51,8 +51,8 @@ struct ClassicLibrary {
 ///
 /// A stored picture that nothing could read is no damage but left out of `variants`: one
 /// without a file name, with one that is longer than any path, of no bytes, of more than 64 MiB,
-/// or beyond 2 GiB in its file, as `StoredPicture` counts. A full-resolution file without such a name
-/// is none. A header that ends before the dates is one of a photo without them.
+/// or beyond 2 GiB in its file, as `StoredPicture` counts. A full-resolution file without such a
+/// name is none. A header that ends before the dates is one of a photo without them.
 ///
 /// Returns false for a damaged file, fills `*error` with one line on what is wrong at which
 /// offset, as in "the chunk mhii at offset 0x140 goes beyond the end of the chunk mhli at

@@ -1,9 +1,9 @@
 #ifndef PHOTOLIB_CLASSIC_PICTURE_FILES_H
 #define PHOTOLIB_CLASSIC_PICTURE_FILES_H
 
+#include "base/unique_fd.h"
 #include "classic/device_paths.h"
 #include "classic/drive_links.h"
-#include "base/unique_fd.h"
 
 #include <QMap>
 

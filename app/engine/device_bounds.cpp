@@ -93,7 +93,8 @@ bool isDevice(const UniqueFd &folder)
 
 [[noreturn]] void refuse(const QByteArray &named)
 {
-    throw Error(named.toStdString(), "photolib never writes to the device; choose a folder outside it");
+    throw Error(named.toStdString(),
+                "photolib never writes to the device; choose a folder outside it");
 }
 
 } // namespace

@@ -2,11 +2,11 @@
 #include "host/device_database.h"
 #pragma GCC visibility pop
 
-#include "host/classic_ipod.h"
 #include "classic/image_unpacker.h"
+#include "host/classic_ipod.h"
 #include "host/device.h"
-#include "host/host_log.h"
 #include "host/exception_barrier.h"
+#include "host/host_log.h"
 #include "host/transfer_monitor.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "host/device_kind.h"
 
-#include "classic/photo_database.h"
 #include "classic/case_blind_paths.h"
+#include "classic/photo_database.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "boundary/photolib.h"
 
 #include "classic/ipod_photo_manager.h"
+#include "host/exception_barrier.h"
 #include "host/host_log.h"
 #include "host/iipod.h"
 #include "ios/photo_manager.h"
-#include "host/exception_barrier.h"
 
 photo_manager_int *getPhotolib(IIPod *iPod)
 {

@@ -2,9 +2,9 @@
 
 #include "cameradb/cancel_flag.h"
 #include "host/device_files.h"
+#include "host/exception_barrier.h"
 #include "host/host_log.h"
 #include "host/iipod.h"
-#include "host/exception_barrier.h"
 
 #include <QByteArray>
 #include <QString>

@@ -2,9 +2,9 @@
 
 #include "boundary/photo_records.h"
 #include "host/device_database.h"
+#include "host/exception_barrier.h"
 #include "host/host_log.h"
 #include "host/iipod.h"
-#include "host/exception_barrier.h"
 
 #include <QFile>
 #include <QFileInfo>

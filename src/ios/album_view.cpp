@@ -1,9 +1,9 @@
 #include "boundary/photo_records.h"
+#include "host/exception_barrier.h"
 #include "host/host_log.h"
 #include "ios/key_lists.h"
 #include "ios/photo_manager.h"
 #include "ios/synthetic_albums.h"
-#include "host/exception_barrier.h"
 
 #include <QMutexLocker>
 

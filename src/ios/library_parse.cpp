@@ -1,11 +1,11 @@
 #include "cameradb/camera_db_parse.h"
 #include "host/device_files.h"
+#include "host/exception_barrier.h"
 #include "host/host_log.h"
 #include "host/iipod.h"
 #include "ios/library_merge.h"
 #include "ios/photo_manager.h"
 #include "ios/sync_plist.h"
-#include "host/exception_barrier.h"
 
 namespace {
 

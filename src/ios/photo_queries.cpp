@@ -1,8 +1,8 @@
 #include "boundary/photo_records.h"
 #include "host/device_files.h"
+#include "host/exception_barrier.h"
 #include "host/host_log.h"
 #include "ios/photo_manager.h"
-#include "host/exception_barrier.h"
 
 #include <QFile>
 #include <QMutexLocker>

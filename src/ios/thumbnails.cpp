@@ -1,11 +1,11 @@
 #include "host/device_files.h"
+#include "host/exception_barrier.h"
 #include "host/host_log.h"
 #include "ios/bmp_header.h"
 #include "ios/open_file.h"
 #include "ios/photo_manager.h"
 #include "ios/thread_buffer.h"
 #include "ios/thumbnail_rows.h"
-#include "host/exception_barrier.h"
 
 #include <QtEndian>
 

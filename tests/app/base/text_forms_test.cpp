@@ -1,5 +1,5 @@
-#include "devices/encoded_names.h"
 #include "base/printable.h"
+#include "devices/encoded_names.h"
 
 #include <gtest/gtest.h>
 
