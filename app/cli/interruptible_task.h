@@ -1,15 +1,11 @@
 #ifndef PHOTOLIB_CLI_INTERRUPTIBLE_TASK_H
 #define PHOTOLIB_CLI_INTERRUPTIBLE_TASK_H
 
-#include "cli/progress_bar.h"
+#include "cli/reported_work.h"
 
-#include <QByteArray>
-#include <QList>
 #include <QString>
 
-#include <atomic>
 #include <functional>
-#include <mutex>
 
 /// Work in many steps that shows its progress on stderr, and that the signals of
 /// `runInterruptible` end between two of them.
@@ -29,19 +25,14 @@ public:
     /// that reaches no caller, once the program is interrupted.
     void setDone(int done);
 
-    /// Writes a line to stderr, soon.
-    void tell(const QByteArray &line);
+    /// Writes "photolib: LINE" to stderr, soon.
+    void tell(const QString &line) { m_work.tell(line); }
 
 private:
-    void update();
-    void writeLines();
-
+    const QString m_name;
     const int m_steps;
-    ProgressBar m_bar;
-    std::atomic<bool> m_isInterrupted{false};
-    std::atomic<int> m_done{0};
-    std::mutex m_mutex; // guards m_lines
-    QList<QByteArray> m_lines;
+    ReportedWork m_work;
+    const CancelToken *m_cancel = nullptr; // while it runs
 };
 
 #endif // PHOTOLIB_CLI_INTERRUPTIBLE_TASK_H

@@ -178,7 +178,7 @@ private:
         QStringList faults;
         SheetCell cell = sheetCell(m_session, id, &faults);
         for (const QString &fault : faults)
-            m_task.tell("photolib: " + fault.toUtf8());
+            m_task.tell(fault);
         return cell;
     }
 

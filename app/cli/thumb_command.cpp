@@ -5,11 +5,11 @@
 #include "cli/exit_codes.h"
 #include "cli/file_target.h"
 #include "cli/id_arguments.h"
-#include "cli/interruptible_task.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
 #include "cli/progress_bar.h"
-#include "engine/id_list.h"
+#include "cli/reported_work.h"
+#include "engine/item_work.h"
 #include "engine/library_session.h"
 #include "engine/photo_ids.h"
 #include "engine/thumbnail.h"
@@ -89,20 +89,21 @@ class ThumbWriter
 {
 public:
     // Throws Error when the place cannot be used.
-    ThumbWriter(LibrarySession &session, const ThumbPlace &place, bool isPng, int thumbnails)
+    ThumbWriter(LibrarySession &session, const ThumbPlace &place, bool isPng)
         : m_session(session), m_place(place), m_isPng(isPng), m_target(thumbTarget(session, place)),
-          m_task(showsProgress(), QStringLiteral("Reading thumbnails"), thumbnails)
+          m_work(showsProgress())
     {
     }
 
     // Whether it was interrupted.
     bool writeAll(const QList<quint64> &ids)
     {
-        return m_task.run([&] {
-            for (const quint64 id : ids) {
-                m_task.setDone(m_written + m_failed);
-                write(id);
-            }
+        return m_work.run([&](const CancelToken &cancel) {
+            m_failed = workOnEach(ids.size(), m_work, cancel, [&](int i) {
+                m_work.show({QStringLiteral("Reading thumbnails"), i, ids.size(),
+                             QStringLiteral("%1 of %2").arg(i).arg(ids.size())});
+                write(ids[i]);
+            });
         });
     }
 
@@ -134,13 +135,10 @@ private:
     {
         const PictureFile picture =
             requestedPicture(m_session, {id, PictureChoice::Thumbnail, m_isPng});
-        if (picture.format) {
-            store(id, picture);
-            ++m_written;
-        } else {
-            m_task.tell("photolib: " + (picture.label + ": " + picture.failure.text).toUtf8());
-            ++m_failed;
-        }
+        if (!picture.format)
+            throw ItemFailure{picture.label, picture.failure.text};
+        store(id, picture);
+        ++m_written;
     }
 
     void store(quint64 id, const PictureFile &picture)
@@ -155,7 +153,7 @@ private:
     const ThumbPlace m_place;
     const bool m_isPng;
     FileTarget m_target;
-    InterruptibleTask m_task;
+    ReportedWork m_work;
     int m_written = 0;
     int m_failed = 0;
 };
@@ -164,10 +162,7 @@ QList<quint64> chosenIds(const ThumbArguments &arguments, LibrarySession &sessio
 {
     if (arguments.isForAll())
         return session.library().photoIDs();
-    QList<quint64> ids;
-    for (const std::string &id : arguments.ids)
-        ids.append(knownPhotoId(id, session));
-    return withoutDuplicates(ids);
+    return knownPhotoIds(arguments.ids, session);
 }
 
 int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySession &session,
@@ -177,7 +172,7 @@ int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySessio
     const ThumbPlace place = placeFor(arguments, ids.size());
     const bool isPng =
         !arguments.format.empty() || (!place.isFolder && place.path.toLower().endsWith(".png"));
-    ThumbWriter writer(session, place, isPng, ids.size());
+    ThumbWriter writer(session, place, isPng);
     if (writer.writeAll(ids))
         throw Error(Error::Cancelled, "interrupted: " + writer.summary().toStdString());
     writer.finish(isQuiet, output);
