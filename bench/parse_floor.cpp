@@ -40,7 +40,7 @@ struct Attributes {
 
 [[noreturn]] void fail(const char *what)
 {
-    std::fprintf(stderr, "bench: the floor can not %s\n", what);
+    std::fprintf(stderr, "bench: the floor cannot %s\n", what);
     std::exit(1);
 }
 

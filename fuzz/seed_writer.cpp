@@ -169,6 +169,6 @@ int main(int argc, char **argv)
     const bool isWritten = writeDatabases(folder + QStringLiteral("/photos_database")) &&
                            writeThumbnails(folder + QStringLiteral("/thumbnails"));
     if (!isWritten)
-        std::fprintf(stderr, "can not write to %s\n", argv[1]);
+        std::fprintf(stderr, "cannot write to %s\n", argv[1]);
     return isWritten ? 0 : 1;
 }

@@ -18,7 +18,7 @@ QString filledBar(qint64 done, qint64 total, int width)
     return QString(filled, QLatin1Char('#')) + QString(width - filled, QLatin1Char('.'));
 }
 
-// How much fits on one line of the terminal: a line that is broken can not be drawn over.
+// How much fits on one line of the terminal: a line that is broken cannot be drawn over.
 int lineWidth()
 {
     winsize size = {};

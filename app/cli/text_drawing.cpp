@@ -111,7 +111,7 @@ bool takeAway(qint64 bytes)
     ::_exit(0);
 }
 
-// What reads the fonts ends the process when it has no memory, and Qt does when it can not
+// What reads the fonts ends the process when it has no memory, and Qt does when it cannot
 // start. So another process tries first.
 void tryToDrawText(qint64 otherBytes)
 {
@@ -124,7 +124,7 @@ void tryToDrawText(qint64 otherBytes)
     if (child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == noMemory)
         throw std::bad_alloc();
     if (child > 0 && WIFSIGNALED(status))
-        throw Error("text", std::string("can not be drawn (") + ::strsignal(WTERMSIG(status)) +
+        throw Error("text", std::string("cannot be drawn (") + ::strsignal(WTERMSIG(status)) +
                                 "): out of memory, or no use of the fonts or of "
                                 "QT_QPA_PLATFORM");
 }

@@ -13,7 +13,7 @@ class TextDrawing
 {
 public:
     /// Says on stderr when no font is installed. Throws std::bad_alloc when there is no memory
-    /// for text beside `otherBytes` that the drawing takes, and Error where Qt can not
+    /// for text beside `otherBytes` that the drawing takes, and Error where Qt cannot
     /// draw text; nothing is left behind in any case.
     explicit TextDrawing(qint64 otherBytes);
 

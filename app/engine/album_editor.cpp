@@ -154,7 +154,7 @@ void AlbumEditor::update(albumItem item)
     requireSuccess(m_library.updateAlbum(&item), "the album cannot be changed");
 }
 
-// A script can not know the id of an album that it makes, nor what names the device has:
+// A script cannot know the id of an album that it makes, nor what names the device has:
 // those of its own albums come first.
 quint64 AlbumEditor::findAlbum(const ScriptWord &word)
 {

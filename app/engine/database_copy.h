@@ -18,7 +18,7 @@ class DatabaseCopy : public TransferObserver
 {
 public:
     /// Looks at the files of an iOS device. Throws Error when one of them is there
-    /// but can not be read; `workFolder` is where the copies go, with a closing "/".
+    /// but cannot be read; `workFolder` is where the copies go, with a closing "/".
     DatabaseCopy(DeviceFileSystem &files, const QByteArray &workFolder);
 
     /// Bytes of all files together.

@@ -23,7 +23,7 @@ using Identity = std::tuple<dev_t, ino_t>;
 
 [[noreturn]] void failToTell(const QByteArray &path)
 {
-    throw Error(path.toStdString(), "whether it lies in the device can not be told (" +
+    throw Error(path.toStdString(), "whether it lies in the device cannot be told (" +
                                         std::generic_category().message(errno) + ")");
 }
 

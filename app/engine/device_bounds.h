@@ -7,7 +7,7 @@
 // a link gives the device another name. It is looked for on the way up from the folder itself.
 
 /// Whether `path`, or the nearest folder above it that is there, is the folder `device` or
-/// lies in it, whatever their names are. Throws Error when that can not be told.
+/// lies in it, whatever their names are. Throws Error when that cannot be told.
 bool liesIn(const QByteArray &path, const QByteArray &device);
 
 /// Throws Error, which names `named`, when something written to the folder `path` would

@@ -324,7 +324,7 @@ QString LibrarySession::unreadableText() const
     if (m_unreadable == 0)
         return QString();
     const QString files = m_unreadable == 1 ? QStringLiteral("file") : QStringLiteral("files");
-    return QStringLiteral("%1; %2 %3 can not be read")
+    return QStringLiteral("%1; %2 %3 cannot be read")
         .arg(m_firstUnreadable, QString::number(m_unreadable), files);
 }
 

@@ -67,15 +67,15 @@ public:
     FileState photo(quint64 id, photoItem *item);
 
     /// Whether the file of `item` is on the device, be it empty; it is on a classic iPod. Notes
-    /// one that can not be read. Throws Error, and so does `photo`, when the device is
+    /// one that cannot be read. Throws Error, and so does `photo`, when the device is
     /// gone.
     FileState fileState(const photoItem &item);
 
-    /// Notes a file of the device that can not be read though it is not missing, by a name for
+    /// Notes a file of the device that cannot be read though it is not missing, by a name for
     /// messages. On the thread that uses the session.
     void noteUnreadable(const QString &name, const FileError &error);
 
-    /// Why the first file that was noted can not be read, and how many there are, for a
+    /// Why the first file that was noted cannot be read, and how many there are, for a
     /// message; empty when there are none.
     QString unreadableText() const;
 

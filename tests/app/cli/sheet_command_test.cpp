@@ -404,7 +404,7 @@ TEST_F(SheetProgram, SaysThatTextCanNotBeDrawn)
     m_setup.environment = {{"QT_QPA_PLATFORM", "nonsense"}};
     const ProgramResult result = draw();
     EXPECT_EQ(1, result.exitCode);
-    EXPECT_TRUE(result.errors.startsWith("photolib: text: can not be drawn (Aborted): "))
+    EXPECT_TRUE(result.errors.startsWith("photolib: text: cannot be drawn (Aborted): "))
         << result.errors.constData();
     EXPECT_EQ(1, result.errors.count('\n'));
     EXPECT_FALSE(m_scratch.exists("sheet.png"));

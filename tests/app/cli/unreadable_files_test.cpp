@@ -35,7 +35,7 @@ protected:
         const ProgramResult result = run(arguments);
         EXPECT_EQ(1, result.exitCode) << arguments[0].constData();
         EXPECT_TRUE(result.errors.contains("Permission denied")) << result.errors.constData();
-        EXPECT_TRUE(result.errors.endsWith("; " + files + " can not be read\n"))
+        EXPECT_TRUE(result.errors.endsWith("; " + files + " cannot be read\n"))
             << result.errors.constData();
         EXPECT_EQ(1, result.errors.count('\n')) << result.errors.constData();
         return result.output;

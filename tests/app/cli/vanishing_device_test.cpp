@@ -362,7 +362,7 @@ protected:
         m_scratch.write("device/PhotoData/Photos.sqlite-shm", files.shm);
     }
 
-    /// Reads the library, and returns how many photos it shows, or why it can not be read.
+    /// Reads the library, and returns how many photos it shows, or why it cannot be read.
     QByteArray read(const std::shared_ptr<FaultyFolder> &folder) const
     {
         const QByteArray work = m_scratch.path("work/");
