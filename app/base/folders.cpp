@@ -47,8 +47,10 @@ UniqueFd openOwnFolder(const QByteArray &path)
 {
     UniqueFd fd(::open(path.constData(), ownFolderFlags));
     const int code = errno;
+    if (!fd.isOpen() && code == ENOENT) // even if another process has made it by now
+        return fd;
     const mode_t type = fd.isOpen() ? S_IFDIR : typeOf(path);
-    if (type == 0 && (code == ENOENT || code == ENOTDIR)) // a file may stand above it
+    if (type == 0 && code == ENOTDIR) // a file may stand above it
         return fd;
     if (type == S_IFLNK)
         throw Error(path.toStdString(), "a link, where a folder itself is needed");
@@ -157,7 +159,8 @@ bool EnsuredFolder::createEach(const QByteArray &path, mode_t mode, const Check 
     return create(path, mode, check);
 }
 
-// False when the parent is gone, which `errno` says, too.
+// False when the parent is gone, or the folder itself that another program had made: `errno` says
+// so, too.
 bool EnsuredFolder::create(const QByteArray &path, mode_t mode, const Check &check)
 {
     if (isFolder(path))
@@ -167,11 +170,11 @@ bool EnsuredFolder::create(const QByteArray &path, mode_t mode, const Check &che
         m_created.append(path);
         return true;
     }
-    if (errno == ENOENT)
-        return false;
-    if (errno != EEXIST || !isFolder(path))
+    if (errno == EEXIST && isFolder(path))
+        return true;
+    if (errno != ENOENT)
         fail(path);
-    return true;
+    return false;
 }
 
 void EnsuredFolder::removeCreated()
