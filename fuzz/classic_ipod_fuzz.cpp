@@ -51,6 +51,7 @@ public:
         return true;
     }
 
+    DeviceState state() override { return DeviceState::Ready; }
     void close() override {}
     QByteArray id() const override { return "fuzz"; }
     QByteArray name() const override { return "fuzz"; }

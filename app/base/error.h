@@ -12,9 +12,15 @@ class Error : public std::runtime_error
 {
 public:
     enum Kind {
-        Failed,
-        WrongUsage, ///< of an option or argument, say
-        Cancelled,  ///< by the caller's own wish
+        Failed,        ///< none of the following
+        WrongUsage,    ///< what was asked for does not make sense
+        Cancelled,     ///< by the caller's own wish
+        NoLibrary,     ///< a device without a photo library
+        Damaged,       ///< a photo library that cannot be read
+        Locked,        ///< until a person unlocks the device
+        NotTrusted,    ///< until a person tells the device to trust this computer
+        NeedsPassword, ///< an encrypted backup, say
+        Disconnected,  ///< the device is gone
     };
 
     /// `thing` is the file, folder, device or argument at fault, in the user's own bytes;

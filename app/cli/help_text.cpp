@@ -34,7 +34,7 @@ std::string wrappedLine(const std::string &line, std::size_t width)
             cut = rest.find(' ', width);
         if (cut == std::string::npos)
             break;
-        result += rest.substr(0, cut) + '\n';
+        result.append(rest, 0, cut).push_back('\n');
         const std::size_t next = rest.find_first_not_of(' ', cut);
         rest = next == std::string::npos ? std::string() : indent + rest.substr(next);
     }

@@ -127,7 +127,6 @@ bool tellWhatIsMissing(const LibrarySession &session)
 void writeInterruptible(const std::function<void(LibrarySession &, Output &)> &write,
                         LibrarySession &session, Output &output)
 {
-    const Error interrupted(Error::Cancelled, "interrupted");
     std::atomic<bool> isCancelled{false};
     const auto cancel = [&] {
         isCancelled = true;
@@ -136,7 +135,7 @@ void writeInterruptible(const std::function<void(LibrarySession &, Output &)> &w
     const auto writeAll = [&] {
         output.whileWaiting([&] {
             if (isCancelled)
-                throw interrupted;
+                throw Error(Error::Cancelled, "interrupted");
         });
         write(session, output);
         output.flush();
@@ -149,7 +148,7 @@ void writeInterruptible(const std::function<void(LibrarySession &, Output &)> &w
             throw;
     }
     if (isCancelled)
-        throw interrupted;
+        throw Error(Error::Cancelled, "interrupted");
 }
 
 } // namespace

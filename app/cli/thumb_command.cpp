@@ -98,13 +98,7 @@ public:
     // Whether it was interrupted.
     bool writeAll(const QList<quint64> &ids)
     {
-        return m_work.run([&](const CancelToken &cancel) {
-            m_failed = workOnEach(ids.size(), m_work, cancel, [&](int i) {
-                m_work.show({QStringLiteral("Reading thumbnails"), i, ids.size(),
-                             QStringLiteral("%1 of %2").arg(i).arg(ids.size())});
-                write(ids[i]);
-            });
-        });
+        return m_work.run([&](const CancelToken &cancel) { writeEach(ids, cancel); });
     }
 
     int failed() const { return m_failed; }
@@ -131,6 +125,15 @@ public:
     }
 
 private:
+    void writeEach(const QList<quint64> &ids, const CancelToken &cancel)
+    {
+        m_failed = workOnEach(ids.size(), m_work, cancel, [&](int i) {
+            m_work.show({QStringLiteral("Reading thumbnails"), i, ids.size(),
+                         QStringLiteral("%1 of %2").arg(i).arg(ids.size())});
+            write(ids[i]);
+        });
+    }
+
     void write(quint64 id)
     {
         const PictureFile picture =

@@ -117,7 +117,7 @@ public:
     virtual bool list(const QByteArray &path, QList<QByteArray> *names, FileError *error) = 0;
 
     /// Whether the files can be read now. May ask the device.
-    virtual DeviceState state() { return DeviceState::Ready; }
+    virtual DeviceState state() = 0;
 
     /// Ends the use of the device: operations that are going on soon fail with
     /// `FileError::Disconnected`, and so does each that comes after. From any thread, as often as

@@ -180,6 +180,11 @@ FileError FolderFileSystem::failure(int code) const
     return FileError::fromErrno(code);
 }
 
+DeviceState FolderFileSystem::state()
+{
+    return m_isClosed || isRemoved() ? DeviceState::Gone : DeviceState::Ready;
+}
+
 bool FolderFileSystem::isRemoved() const
 {
     struct stat status = {};

@@ -33,6 +33,7 @@ public:
     bool info(const QByteArray &path, FileInfo *info, FileError *error) override;
     bool list(const QByteArray &path, QList<QByteArray> *names, FileError *error) override;
     UniqueFd openLocal(const QByteArray &path, FileError *error) override;
+    DeviceState state() override;
     void close() override { m_isClosed = true; }
 
     /// The folder's path without links, so that every name of it gives the same id.

@@ -73,6 +73,31 @@ std::string stateText(DeviceState state)
     return "not readable";
 }
 
+Error::Kind errorKind(DeviceState state)
+{
+    switch (state) {
+    case DeviceState::Ready:
+        break;
+    case DeviceState::Locked:
+        return Error::Locked;
+    case DeviceState::NotTrusted:
+        return Error::NotTrusted;
+    case DeviceState::NeedsPassword:
+        return Error::NeedsPassword;
+    case DeviceState::Gone:
+        return Error::Disconnected;
+    }
+    return Error::Failed;
+}
+
+// Throws Error when a person has to do something before the device can be read.
+void requireReady(DeviceFileSystem &files, const std::string &name)
+{
+    const DeviceState state = files.state();
+    if (state != DeviceState::Ready)
+        throw Error(errorKind(state), name + ": " + stateText(state));
+}
+
 // Throws Error unless the device holds the library database of a device of `kind`.
 void requireLibrary(DeviceFileSystem &files, const std::string &name, DeviceKind kind)
 {
@@ -81,11 +106,9 @@ void requireLibrary(DeviceFileSystem &files, const std::string &name, DeviceKind
     const QByteArray database = libraryDatabase(files, kind);
     const bool isThere = !database.isEmpty() && files.info(database, &info, &error);
     if (!isThere && (database.isEmpty() || error.kind == FileError::NotFound))
-        throw Error(name, noDatabaseIn(kind));
+        throw Error(Error::NoLibrary, name + ": " + noDatabaseIn(kind));
     if (!isThere)
         throw Error(files.displayName(database).toStdString(), error.text.toStdString());
-    if (files.state() != DeviceState::Ready)
-        throw Error(name, stateText(files.state()));
 }
 
 std::shared_ptr<DeviceFileSystem> openFolder(const std::string &name)
@@ -139,7 +162,8 @@ bool isDatabase(const QByteArray &path)
 
 [[noreturn]] void failToParse(const QByteArray &database, const std::string &cause)
 {
-    throw Error(database.toStdString(), "not readable as a photo library" + cause);
+    throw Error(Error::Damaged,
+                database.toStdString() + ": not readable as a photo library" + cause);
 }
 
 // What our own reading of the database logged.
@@ -181,6 +205,7 @@ LibrarySession::LibrarySession(const LibraryOptions &options, OpenObserver &obse
         throw Error("device", "the name is empty");
     DriveLinks::removeDead();
     m_files = openFolder(deviceName());
+    requireReady(*m_files, deviceName());
     const DeviceKind kind = m_options.kind == DeviceKind::None ? kindOf(*m_files) : m_options.kind;
     requireLibrary(*m_files, deviceName(), kind);
     if (kind == DeviceKind::Classic)
@@ -218,10 +243,11 @@ void LibrarySession::openIos(OpenObserver &observer, CancelToken &cancel)
 // A parse may well succeed on a copy that is not complete.
 void LibrarySession::requireCopied(DatabaseCopy &copy, const CancelToken &cancel) const
 {
+    const std::string copied = byteCountsText(copy.done(), copy.total()).toStdString();
+    if (cancel.isCancelled() && copy.done() < copy.total())
+        throw Error(Error::Cancelled, "interrupted: " + copied + " of the database copied");
     if (cancel.isCancelled())
-        throw Error(Error::Cancelled,
-                    "interrupted: " + byteCountsText(copy.done(), copy.total()).toStdString() +
-                        " of the database copied");
+        throw Error(Error::Cancelled, "interrupted");
     copy.requireUnchanged(*m_files);
     if (!copy.failure().isEmpty())
         throw Error(Error::Failed, copy.failure().toStdString());
@@ -340,5 +366,5 @@ void LibrarySession::requireDevice() const
 void LibrarySession::requireConnected(const FileError &error) const
 {
     if (error.kind == FileError::Disconnected)
-        throw Error(deviceName(), error.text.toStdString());
+        throw Error(Error::Disconnected, deviceName() + ": " + error.text.toStdString());
 }

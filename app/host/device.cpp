@@ -12,6 +12,13 @@ Device::Device(std::shared_ptr<DeviceFileSystem> files, DeviceKind kind, QString
 
 Device::~Device() {}
 
+// A device that is gone is not blocked: its files tell what is wrong.
+bool Device::isAccessBlocked()
+{
+    const DeviceState state = m_files->state();
+    return state != DeviceState::Ready && state != DeviceState::Gone;
+}
+
 QString Device::driveName()
 {
     return m_classicIpod ? m_classicIpod->driveName() : QString();

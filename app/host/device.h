@@ -25,7 +25,7 @@ public:
     /// Null for a device of another kind.
     ClassicIpod *classicIpod() const { return m_classicIpod.get(); }
 
-    bool isAccessBlocked() override { return m_files->state() != DeviceState::Ready; }
+    bool isAccessBlocked() override;
 
     /// A name in ASCII that no other device of the process has, whatever the device's own
     /// name is: part of the plug-in passes it on in the locale's encoding.

@@ -51,8 +51,6 @@ Plugin::Plugin(const std::string &file)
     if (!library.load())
         failToLoad(path.toStdString(), library.errorString());
     m_makeLibrary = reinterpret_cast<MakeLibrary>(find(library, "getPhotolib"));
-    // A C++ function, so by its mangled name: void cancleParse().
-    m_cancelParse = find(library, "_Z11cancleParsev");
 }
 
 std::unique_ptr<photo_manager_int> Plugin::makeLibrary(IIPod *device) const

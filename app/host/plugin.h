@@ -21,16 +21,10 @@ public:
     /// threads at a time.
     std::unique_ptr<photo_manager_int> makeLibrary(IIPod *device) const;
 
-    /// Stops a parse that is copying, on whichever thread it runs. One that has not begun
-    /// forgets it. Returns at once.
-    void cancelParse() const { m_cancelParse(); }
-
 private:
     using MakeLibrary = photo_manager_int *(*)(IIPod *);
-    using CancelParse = void (*)();
 
     MakeLibrary m_makeLibrary;
-    CancelParse m_cancelParse;
 };
 
 #endif // PHOTOLIB_HOST_PLUGIN_H

@@ -12,14 +12,14 @@ thread_local TransferObserver *current = nullptr;
 
 } // namespace
 
-TransferWatch::TransferWatch(TransferObserver *observer)
+TransferWatch::TransferWatch(TransferObserver *observer) : m_outer(current)
 {
     current = observer;
 }
 
 TransferWatch::~TransferWatch()
 {
-    current = nullptr;
+    current = m_outer;
 }
 
 TransferObserver &transferObserver()

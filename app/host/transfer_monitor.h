@@ -20,7 +20,7 @@ public:
 };
 
 /// Has `observer` told of every transfer on the thread that makes the object, until the end of the
-/// scope. One at a time on a thread.
+/// scope. Objects may be nested, and the innermost one has its observer told.
 class TransferWatch
 {
 public:
@@ -29,6 +29,9 @@ public:
 
     TransferWatch(const TransferWatch &) = delete;
     TransferWatch &operator=(const TransferWatch &) = delete;
+
+private:
+    TransferObserver *const m_outer;
 };
 
 /// The calling thread's observer, or one that ignores everything.

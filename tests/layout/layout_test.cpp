@@ -52,10 +52,11 @@ std::string contentOf(const fs::path &path)
     return text.str();
 }
 
-// The files that are included in quotes, as they are written.
+// The files that are included, as they are written.
+// Each begins with the quote or bracket that it stands in.
 std::vector<std::string> includesIn(const std::string &text)
 {
-    static const std::regex pattern("(?:^|\n)[ \t]*#[ \t]*include[ \t]*\"([^\"]+)\"");
+    static const std::regex pattern("(?:^|\n)[ \t]*#[ \t]*include[ \t]*([\"<][^\">]+)[\">]");
     std::vector<std::string> names;
     for (std::sregex_iterator at(text.begin(), text.end(), pattern), end; at != end; ++at)
         names.push_back((*at)[1]);
@@ -104,11 +105,11 @@ const std::map<std::string, SourceFile> &sources()
                 SourceFile &file = files[name];
                 file.room = roomOf(name);
                 for (const std::string &include : includesIn(contentOf(entry.path()))) {
-                    const std::string meant = fileMeant(file.room, include);
-                    if (meant.empty())
-                        file.unknown.push_back(include);
-                    else
+                    const std::string meant = fileMeant(file.room, include.substr(1));
+                    if (!meant.empty())
                         file.includes.insert(meant);
+                    else if (include[0] == '"')
+                        file.unknown.push_back(include);
                 }
             }
         }
@@ -233,7 +234,7 @@ TEST(Layout, HasNoCircleOfRoomsOfTheProgram)
 // The searches of this test itself: one that finds nothing would pass everything.
 TEST(Layout, FindsIncludesAndCircles)
 {
-    EXPECT_EQ((std::vector<std::string>{"a/b.h", "c.h"}),
+    EXPECT_EQ((std::vector<std::string>{"\"a/b.h", "<d.h", "\"c.h"}),
               includesIn("#include \"a/b.h\"\n#include <d.h>\n  # include \"c.h\"\n// #include\n"));
     EXPECT_EQ("app/host/device.h", fileMeant("app/cli", "host/device.h"));
     EXPECT_EQ("src/host/iipod.h", fileMeant("app/cli", "host/iipod.h"));

@@ -96,6 +96,7 @@ public:
 
     std::unique_ptr<DeviceFile> open(const QByteArray &, FileError *) override { return nullptr; }
     bool info(const QByteArray &, FileInfo *, FileError *) override { return false; }
+    DeviceState state() override { return DeviceState::Ready; }
     void close() override {}
     QByteArray id() const override { return "listed"; }
     QByteArray name() const override { return "listed"; }

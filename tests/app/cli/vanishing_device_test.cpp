@@ -296,6 +296,7 @@ public:
         return !fails(error) && m_files->list(path, names, error);
     }
 
+    DeviceState state() override { return m_files->state(); }
     void close() override { m_files->close(); }
     QByteArray id() const override { return m_files->id(); }
     QByteArray name() const override { return m_files->name(); }

@@ -292,7 +292,9 @@ TEST_P(FolderDevice, AnswersNothingOnceItIsClosed)
     FileError error;
     const auto file = m_files->open("a.jpg", &error);
     ASSERT_TRUE(file);
+    EXPECT_EQ(DeviceState::Ready, m_files->state());
     m_files->close();
+    EXPECT_EQ(DeviceState::Gone, m_files->state());
 
     char bytes[10] = {};
     EXPECT_EQ(-1, file->read(0, bytes, sizeof(bytes), &error));
@@ -346,7 +348,9 @@ TEST_P(FolderDevice, IsGoneWhenItsFolderIsRemoved)
     EXPECT_EQ(FileError::NotFound, openError("b.jpg"));
     ASSERT_EQ(0, ::unlink(m_scratch.path("device/a.jpg").constData()));
     EXPECT_EQ(FileError::NotFound, openError("a.jpg"));
+    EXPECT_EQ(DeviceState::Ready, m_files->state());
     ASSERT_EQ(0, ::rmdir(m_scratch.path("device").constData()));
+    EXPECT_EQ(DeviceState::Gone, m_files->state());
     EXPECT_EQ(FileError::Disconnected, openError("a.jpg"));
     EXPECT_EQ(FileError::Disconnected, infoError("DCIM/a.jpg"));
     EXPECT_EQ(FileError::Disconnected, infoError("/"));

@@ -147,10 +147,12 @@ TEST_F(LibrarySessions, FailWithTheirOwnCause)
     const auto whole = opened(deviceOf("whole", 1));
     EXPECT_EQ(std::make_pair(m_scratch.path("text/PhotoData/Photos.sqlite").toStdString() +
                                  ": not readable as a photo library: not an SQLite database",
-                             Error::Failed),
+                             Error::Damaged),
               failureOf(text));
+    const auto missing = failureOf(none);
     EXPECT_EQ(m_scratch.path("none").toStdString(),
-              failureOf(none).first.substr(0, none.device.toStdString().size()));
+              missing.first.substr(0, none.device.toStdString().size()));
+    EXPECT_EQ(Error::NoLibrary, missing.second);
     EXPECT_EQ(1, photosIn(*whole));
 }
 

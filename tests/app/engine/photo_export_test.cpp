@@ -53,6 +53,7 @@ public:
     }
 
     bool list(const QByteArray &, QList<QByteArray> *, FileError *) override { return false; }
+    DeviceState state() override { return DeviceState::Ready; }
     void close() override {}
     QByteArray id() const override { return "memory"; }
     QByteArray name() const override { return "memory"; }
