@@ -12,10 +12,10 @@
 
 namespace {
 
-class NewFilesInAFolder : public testing::Test
+class AtomicFilesInAFolder : public testing::Test
 {
 protected:
-    NewFilesInAFolder()
+    AtomicFilesInAFolder()
     {
         m_scratch.makeFolder("folder");
         m_folder = openFolder(m_scratch.path("folder"));
@@ -36,13 +36,14 @@ protected:
     UniqueFd m_folder;
 };
 
-class NewFiles : public NewFilesInAFolder, public testing::WithParamInterface<AtomicFile::Hiding>
+class AtomicFiles : public AtomicFilesInAFolder,
+                    public testing::WithParamInterface<AtomicFile::Hiding>
 {
 };
 
 // On a disk that has neither a rename that replaces nothing nor links, and so no files without a
 // name.
-class NewFilesWithoutLinks : public NewFilesInAFolder
+class AtomicFilesWithoutLinks : public AtomicFilesInAFolder
 {
 protected:
     /// Makes a file with the content "new" and calls `name` to give it a name, on such a disk.
@@ -56,7 +57,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Hiding, NewFiles,
+INSTANTIATE_TEST_SUITE_P(Hiding, AtomicFiles,
                          testing::Values(AtomicFile::Hiding::BestAvailable,
                                          AtomicFile::Hiding::TemporaryName),
                          [](const testing::TestParamInfo<AtomicFile::Hiding> &info) {
@@ -65,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(Hiding, NewFiles,
                                         : "TemporaryName";
                          });
 
-TEST_P(NewFiles, HaveTheirContentWhenTheyGetTheirName)
+TEST_P(AtomicFiles, HaveTheirContentWhenTheyGetTheirName)
 {
     {
         AtomicFile file(folder(), GetParam());
@@ -78,7 +79,7 @@ TEST_P(NewFiles, HaveTheirContentWhenTheyGetTheirName)
     EXPECT_EQ(1, names().size());
 }
 
-TEST_P(NewFiles, AreGoneWithoutAName)
+TEST_P(AtomicFiles, AreGoneWithoutAName)
 {
     {
         AtomicFile file(folder(), GetParam());
@@ -87,7 +88,7 @@ TEST_P(NewFiles, AreGoneWithoutAName)
     EXPECT_EQ(QList<QByteArray>(), names());
 }
 
-TEST_P(NewFiles, ReplaceNothingThatHasTheName)
+TEST_P(AtomicFiles, ReplaceNothingThatHasTheName)
 {
     m_scratch.write("folder/file", "old");
     m_scratch.makeLink("folder/link", m_scratch.path("elsewhere"));
@@ -105,14 +106,14 @@ TEST_P(NewFiles, ReplaceNothingThatHasTheName)
     EXPECT_EQ(4, names().size());
 }
 
-TEST_F(NewFilesWithoutLinks, GetTheirNameWhole)
+TEST_F(AtomicFilesWithoutLinks, GetTheirNameWhole)
 {
     makeFile([](AtomicFile &file) { EXPECT_TRUE(file.giveName("name")); });
     EXPECT_EQ("new", m_scratch.read("folder/name"));
     EXPECT_EQ(1, names().size());
 }
 
-TEST_F(NewFilesWithoutLinks, ReplaceNothingThatHasTheName)
+TEST_F(AtomicFilesWithoutLinks, ReplaceNothingThatHasTheName)
 {
     m_scratch.write("folder/file", "old");
     m_scratch.makeLink("folder/link", m_scratch.path("elsewhere"));
@@ -128,7 +129,7 @@ TEST_F(NewFilesWithoutLinks, ReplaceNothingThatHasTheName)
     EXPECT_EQ(4, names().size());
 }
 
-TEST_F(NewFilesWithoutLinks, LeaveNothingUnderANameThatTheyCouldNotGet)
+TEST_F(AtomicFilesWithoutLinks, LeaveNothingUnderANameThatTheyCouldNotGet)
 {
     makeFile([](AtomicFile &file) {
         const LackOfRenames lack;
@@ -142,7 +143,7 @@ TEST_F(NewFilesWithoutLinks, LeaveNothingUnderANameThatTheyCouldNotGet)
     EXPECT_EQ(QList<QByteArray>(), names());
 }
 
-TEST_P(NewFiles, ReplaceAFileOrLinkOnRequest)
+TEST_P(AtomicFiles, ReplaceAFileOrLinkOnRequest)
 {
     m_scratch.write("elsewhere", "untouched");
     m_scratch.write("folder/file", "old");
@@ -158,7 +159,7 @@ TEST_P(NewFiles, ReplaceAFileOrLinkOnRequest)
     EXPECT_EQ(2, names().size());
 }
 
-TEST_P(NewFiles, LeaveNothingWhenTheyCanNotReplace)
+TEST_P(AtomicFiles, LeaveNothingWhenTheyCannotReplace)
 {
     m_scratch.makeFolder("folder/folder");
     {
@@ -168,7 +169,7 @@ TEST_P(NewFiles, LeaveNothingWhenTheyCanNotReplace)
     EXPECT_EQ(1, names().size());
 }
 
-TEST_P(NewFiles, KeepATimeToTheNanosecond)
+TEST_P(AtomicFiles, KeepATimeToTheNanosecond)
 {
     const qint64 times[] = {1580466030123456789, 0, -1, -1500000000};
     for (const qint64 time : times) {
@@ -180,7 +181,7 @@ TEST_P(NewFiles, KeepATimeToTheNanosecond)
     }
 }
 
-TEST_P(NewFiles, HaveThePermissionsOfAnyNewFile)
+TEST_P(AtomicFiles, HaveThePermissionsOfAnyNewFile)
 {
     const mode_t before = ::umask(0027);
     AtomicFile(folder(), GetParam()).giveName("name");
@@ -188,7 +189,7 @@ TEST_P(NewFiles, HaveThePermissionsOfAnyNewFile)
     EXPECT_EQ(mode_t(0640), statusOf("name").st_mode & 07777);
 }
 
-TEST_P(NewFiles, FailWhereThereIsNoFolder)
+TEST_P(AtomicFiles, FailWhereThereIsNoFolder)
 {
     EXPECT_THROW(AtomicFile(-1, GetParam()), std::system_error);
 }
