@@ -23,7 +23,7 @@ public:
                  ///< also those of versions that made no mark
     };
 
-    /// Prepares the folder `path`, created with its parents if need be. Throws Error
+    /// Prepares the folder `path`, created with its parents if necessary. Throws Error
     /// when that fails, when `path` is not UTF-8, which the plug-in needs, is a link or
     /// another user's folder, when it lies in `deviceFolder`, whose own database would be
     /// overwritten, and when a named one holds a photo database without the mark. Calls

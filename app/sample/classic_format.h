@@ -25,9 +25,9 @@ struct ClassicFormat {
     PixelPacking packing;
 
     int frameBytes() const { return width * height * 2; }
-    /// Where a picture of the size `original` lies in its frame, made smaller if need be.
+    /// Where a picture of the size `original` lies in its frame, made smaller if necessary.
     QRect pictureArea(const QSize &original) const;
-    /// `picture` as a frame with the pixels packed. It is made smaller if need be.
+    /// `picture` as a frame with the pixels packed. It is made smaller if necessary.
     QByteArray frame(const QImage &picture) const;
 };
 

@@ -40,7 +40,7 @@ public:
     OutputFolder(const OutputFolder &) = delete;
     OutputFolder &operator=(const OutputFolder &) = delete;
 
-    /// The full path of `relative`, whose folder is made if need be. Throws SampleError.
+    /// The full path of `relative`, whose folder is made if necessary. Throws SampleError.
     QString prepare(const QString &relative);
     /// Writes a whole file. Throws SampleError.
     void writeFile(const QString &relative, const QByteArray &bytes, qint64 seconds);

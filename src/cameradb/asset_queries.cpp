@@ -44,7 +44,7 @@ const char *columnOrMissing(sqlite3 *db, const char *column, const char *selectI
 }
 
 // Texts that many rows repeat, such as a folder's name: equal ones share one string. It
-// remembers the last text of each hash only, so a device can not make it grow.
+// remembers the last text of each hash only, so a device cannot make it grow.
 class repeated_texts
 {
 public:

@@ -21,7 +21,7 @@
 /// value comes back without a log line.
 
 /// Whether the definition of the table ZGENERICASSET contains the text `column`,
-/// case-sensitively. False, after logging, when the schema can not be read. `db` must
+/// case-sensitively. False, after logging, when the schema cannot be read. `db` must
 /// not be null.
 PHOTOLIB_EXPORT bool assetsHasSpecialCol(sqlite3 *db, const QString &column);
 

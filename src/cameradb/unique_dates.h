@@ -11,7 +11,7 @@
 ///
 /// Dates handed out are kept as runs of consecutive seconds. Asking in ascending order,
 /// as the photo query does, takes constant time, any other order logarithmic time,
-/// whatever the dates are: a device can not make it slow.
+/// whatever the dates are: a device cannot make it slow.
 class unique_dates
 {
 public:

@@ -8,7 +8,7 @@
 #endif
 
 /// Runs `body` and returns its result, or `failure` when it throws. Exported operations
-/// wrap what allocates in it: a host built by another compiler can not catch our
+/// wrap what allocates in it: a host built by another compiler cannot catch our
 /// exceptions, so running out of memory must come back as a failed call.
 template <class Result, class Body>
 Result withoutThrowing(const Result &failure, const Body &body)

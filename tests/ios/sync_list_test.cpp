@@ -16,7 +16,7 @@
 
 namespace {
 
-// How many dictionaries the plug-in freed. The sanitizers can not tell those that it did
+// How many dictionaries the plug-in freed. The sanitizers cannot tell those that it did
 // not: leaks from libplist's own code are suppressed.
 int freedDictionaries = 0;
 

@@ -130,7 +130,7 @@ TEST_F(V2Thumbnail, IsZeroWhereAReadGaveLessThanItSaid)
     EXPECT_EQ(out, QByteArray("0123456789") + QByteArray(490, '\0'));
 }
 
-// --- Files that can not be read whole.
+// --- Files that cannot be read whole.
 
 struct BadFile {
     std::string name;

@@ -173,7 +173,7 @@ public:
     void onCall(const std::string &operation, int n, std::function<void()> hook);
 
     /// Asks `plan` at the start of every call, in place of an earlier plan. Calls without a
-    /// result, such as `vFileClose`, can not fail. The plan must not call the host.
+    /// result, such as `vFileClose`, cannot fail. The plan must not call the host.
     void planFaults(std::function<std::optional<CallFault>(const CountedCall &)> plan);
 
     // --- What the plug-in did.

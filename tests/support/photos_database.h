@@ -112,7 +112,7 @@ struct Schema {
 
     bool utf16 = false; ///< stores texts in UTF-16, little-endian
 
-    bool uniqueKeys = true; ///< Z_PK is the primary key, so that two rows can not share one
+    bool uniqueKeys = true; ///< Z_PK is the primary key, so that two rows cannot share one
     /// Further column definitions of ZGENERICASSET, before its optional ones, such as
     /// "ZODD INTEGER DEFAULT 5". A comment works as well: "ZODD /* ZSORTTOKEN */".
     std::vector<std::string> furtherAssetColumns;
