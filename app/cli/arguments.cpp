@@ -33,6 +33,7 @@ void addCommonOptions(CLI::App &app, CommonOptions &options)
            "-d,--device", [&options](const std::string &device) { options.device = device; },
            "Folder laid out as an iOS device's media root or a classic iPod's disk: a mounted "
            "device or a copy. \"sample\" is a built-in sample, which is shown without -d, too")
+        ->check([](const std::string &name) { return name.empty() ? "the name is empty" : ""; })
         ->type_name("DEVICE")
         ->envname("PHOTOLIB_DEVICE");
     CLI::Option *const verbose =

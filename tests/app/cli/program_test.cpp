@@ -39,11 +39,6 @@ TEST_F(ProgramOnBadInput, NamesAFolderWithoutADatabase)
                              "(PhotoData/Photos.sqlite or Photos/Photo Database)");
 }
 
-TEST_F(ProgramOnBadInput, RefusesAnEmptyName)
-{
-    expectFailure({"info", "-d", ""}, "device: the name is empty");
-}
-
 TEST_F(ProgramOnBadInput, EscapesTheNameInTheLine)
 {
     expectFailure({"info", "-d", "/no\n\x1b[2J"}, "/no\\x0a\\x1b[2J: no such folder");
@@ -198,9 +193,17 @@ TEST_F(ProgramUsage, ExitsWithTwoWhenItIsWrong)
     expectFailure({"info", "a", "b"}, "a: not expected here" + infoHint, 2);
     expectFailure({"-q", "-v", "info"}, "--verbose excludes --quiet" + infoHint, 2);
     expectFailure({"info", "--nonsense"}, "--nonsense: no such option" + infoHint, 2);
-    expectFailure({"info", "-d", ""}, "device: the name is empty", 1);
+    expectFailure({"info", "-d", ""}, "--device: the name is empty" + infoHint, 2);
     expectFailure({"help", "nonsense"},
                   "nonsense: no such command (photolib help --help shows the usage)", 2);
+}
+
+TEST_F(ProgramUsage, ShowsTheSampleForAnEmptyVariable)
+{
+    m_setup.environment = {{"PHOTOLIB_DEVICE", ""}};
+    const ProgramResult result = run({"info"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_TRUE(result.errors.startsWith("photolib: no device named with -d; "));
 }
 
 TEST_F(ProgramUsage, SuggestsWhatWasMeant)
