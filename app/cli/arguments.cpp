@@ -1,6 +1,7 @@
 #include "cli/arguments.h"
 
 #include "base/error.h"
+#include "base/folders.h"
 #include "base/log_output.h"
 #include "cli/command.h"
 #include "cli/exit_codes.h"
@@ -176,15 +177,23 @@ std::vector<std::string> optionNames(const CLI::App &app)
     return names;
 }
 
+std::string unexpectedValue(const std::string &argument)
+{
+    const bool isDevice = isFolder(QByteArray::fromStdString(argument));
+    return argument + ": unexpected argument" + (isDevice ? "; name the device with -d" : "");
+}
+
 // What is wrong with the first argument that nothing takes.
 std::string unexpected(const CLI::App &app, const std::string &argument)
 {
     const CLI::App &current = currentApp(app);
+    if (argument == "--")
+        return unexpectedValue(argument);
     if (argument.compare(0, 1, "-") == 0)
         return argument + ": no such option" + suggestion(argument, optionNames(current));
     if (&current == &app)
         return argument + ": no such command" + suggestion(argument, commandNames(app));
-    return argument + ": not expected here";
+    return unexpectedValue(argument);
 }
 
 std::string usageError(const CLI::App &app, const CLI::ParseError &error)
@@ -197,7 +206,9 @@ std::string usageError(const CLI::App &app, const CLI::ParseError &error)
     else if (&current == &app &&
              error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError))
         cause = "a command is missing";
-    const std::string command = &current == &app ? std::string() : current.get_name() + ' ';
+    // The commands that `help` takes are listed in the program's own help.
+    const bool isAboutProgram = &current == &app || current.get_name() == "help";
+    const std::string command = isAboutProgram ? std::string() : current.get_name() + ' ';
     return cause + " (photolib " + command + "--help shows the usage)";
 }
 

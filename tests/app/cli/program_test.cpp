@@ -190,12 +190,23 @@ TEST_F(ProgramUsage, ExitsWithTwoWhenItIsWrong)
     expectFailure({"--nonsense"}, "--nonsense: no such option" + hint, 2);
     expectFailure({"show"}, "ID is required" + showHint, 2);
     expectFailure({"show", "1x"}, "ID: not a number" + showHint, 2);
-    expectFailure({"info", "a", "b"}, "a: not expected here" + infoHint, 2);
+    expectFailure({"info", "a", "b"}, "a: unexpected argument" + infoHint, 2);
+    expectFailure({"info", "--", "a"}, "a: unexpected argument" + infoHint, 2);
+    expectFailure({"--", "info"}, "--: unexpected argument" + hint, 2);
     expectFailure({"-q", "-v", "info"}, "--verbose excludes --quiet" + infoHint, 2);
     expectFailure({"info", "--nonsense"}, "--nonsense: no such option" + infoHint, 2);
     expectFailure({"info", "-d", ""}, "--device: the name is empty" + infoHint, 2);
-    expectFailure({"help", "nonsense"},
-                  "nonsense: no such command (photolib help --help shows the usage)", 2);
+    expectFailure({"help", "nonsense"}, "nonsense: no such command" + hint, 2);
+}
+
+TEST_F(ProgramUsage, TellsHowToNameAFolderThatIsNotExpected)
+{
+    m_scratch.makeFolder("device");
+    expectFailure(
+        {"info", device()},
+        device() +
+            ": unexpected argument; name the device with -d (photolib info --help shows the usage)",
+        2);
 }
 
 TEST_F(ProgramUsage, ShowsTheSampleForAnEmptyVariable)
@@ -212,8 +223,7 @@ TEST_F(ProgramUsage, SuggestsWhatWasMeant)
                   "phots: no such command; did you mean photos? (photolib --help shows the usage)",
                   2);
     expectFailure({"help", "exp"},
-                  "exp: no such command; did you mean export? (photolib help --help shows the "
-                  "usage)",
+                  "exp: no such command; did you mean export? (photolib --help shows the usage)",
                   2);
     expectFailure({"photos", "--albun", "3"},
                   "--albun: no such option; did you mean --album? (photolib photos --help shows "
