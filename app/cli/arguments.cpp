@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <new>
+#include <sstream>
 
 namespace {
 
@@ -61,7 +62,8 @@ void addCommonOptions(CLI::App &app, CommonOptions &options)
         ->envname("PHOTOLIB_PLUGIN");
 }
 
-// An argument that stands for several has them as its option text.
+// An argument that stands for several has them as its option text, and may describe each in a line
+// of its own, "NAME\tDESCRIPTION".
 class UsageFormatter : public CLI::Formatter
 {
 public:
@@ -75,6 +77,19 @@ public:
     {
         const bool isList = option->get_positional() && !option->get_option_text().empty();
         return isList ? std::string() : CLI::Formatter::make_option_opts(option);
+    }
+
+    std::string make_option(const CLI::Option *option, bool isPositional) const override
+    {
+        const std::string &description = option->get_description();
+        if (description.find('\t') == std::string::npos)
+            return CLI::Formatter::make_option(option, isPositional);
+        std::istringstream lines(description);
+        std::ostringstream result;
+        std::string name;
+        for (std::string text; std::getline(lines, name, '\t') && std::getline(lines, text);)
+            CLI::detail::format_help(result, name, text, get_column_width());
+        return result.str();
     }
 
     // A command takes the options of the program, too.

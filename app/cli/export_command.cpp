@@ -133,8 +133,8 @@ void addArguments(CLI::App &command, ExportArguments &arguments)
 {
     command
         .add_option("DIR", arguments.positionals,
-                    "[ID...] DIR: the ids of what to copy, all without them; and the folder to "
-                    "copy to, created if necessary")
+                    "ID\tPhotos and videos to copy. Default: all\n"
+                    "DIR\tFolder to copy to, created if necessary")
         ->required()
         ->option_text("[ID...] DIR");
     arguments.album = addAlbumOption(command);

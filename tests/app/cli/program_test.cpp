@@ -237,7 +237,11 @@ TEST_F(ProgramUsage, SuggestsWhatWasMeant)
 
 TEST_F(ProgramUsage, TellsTheOrderOfArguments)
 {
-    EXPECT_TRUE(run({"export", "--help"}).output.contains(" [OPTIONS] [ID...] DIR\n"));
+    const QByteArray exportHelp = run({"export", "--help"}).output;
+    EXPECT_TRUE(exportHelp.contains(" [OPTIONS] [ID...] DIR\n"));
+    EXPECT_TRUE(exportHelp.contains(
+        "\n  ID                          Photos and videos to copy. Default: all"
+        "\n  DIR                         Folder to copy to, created if necessary\n"));
     EXPECT_TRUE(run({"thumb", "--help"}).output.contains(" [OPTIONS] [ID...]\n"));
 }
 
