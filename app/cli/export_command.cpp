@@ -33,11 +33,10 @@ void splitArguments(ExportArguments &arguments)
     if (arguments.folder.empty())
         throw CLI::ValidationError("DIR", "the name is empty");
     if (isNumber(arguments.folder))
-        throw CLI::ValidationError(arguments.folder,
-                                   "an id where the folder to copy to is missing; write ./" +
-                                       arguments.folder + " for a folder of that name");
+        throw CLI::ValidationError("no folder to copy to was named; if " + arguments.folder +
+                                   " is the folder, write ./" + arguments.folder);
     if (*arguments.album && !arguments.ids.empty())
-        throw CLI::ValidationError("--album", "takes the place of ids");
+        throw CLI::ValidationError("--album", "cannot be combined with ids");
 }
 
 // How the export goes, on stderr.

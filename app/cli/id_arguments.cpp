@@ -26,6 +26,6 @@ void requireIds(const std::vector<std::string> &ids)
 {
     for (const std::string &id : ids) {
         if (!isNumber(id))
-            throw CLI::ValidationError(id, "not an id; a device is named with -d");
+            throw CLI::ValidationError(id, "not an id; name the device with -d");
     }
 }

@@ -45,7 +45,7 @@ void checkArguments(const SheetArguments &arguments)
         throw CLI::ValidationError(arguments.target,
                                    "a sheet is a PNG picture; let the name end in .png");
     if (path == FileTarget::standardOutput && Output::isTerminal())
-        throw CLI::ValidationError("--output", "a terminal shows no pictures; redirect standard "
+        throw CLI::ValidationError("--output", "a terminal cannot show pictures; redirect standard "
                                                "output, or name a file");
 }
 

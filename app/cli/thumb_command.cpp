@@ -31,14 +31,14 @@ void checkArguments(ThumbArguments &arguments)
 {
     requireIds(arguments.ids);
     if (arguments.isForAll() && !arguments.ids.empty())
-        throw CLI::ValidationError("--all", "takes the place of ids");
+        throw CLI::ValidationError("--all", "cannot be combined with ids");
     if (!arguments.isForAll() && arguments.ids.empty())
-        throw CLI::ValidationError("ID", "is missing; --all DIR is for all photos and videos");
+        throw CLI::ValidationError("name the ids, or use --all DIR for all photos and videos");
     if (!arguments.isForAll() && arguments.target.empty())
-        throw CLI::ValidationError("--output", "is missing: the file or folder to write to");
+        throw CLI::ValidationError("name the file or folder to write to with -o");
     if (arguments.target == FileTarget::standardOutput && Output::isTerminal())
-        throw CLI::ValidationError("--output", "a terminal shows no pictures; redirect standard "
-                                               "output, or name a file");
+        throw CLI::ValidationError("--output", "a terminal cannot show pictures; redirect "
+                                               "standard output, or name a file");
 }
 
 // Where the thumbnails go: to files of their own names in a folder, or to one file.

@@ -366,14 +366,11 @@ TEST_F(ExportProgramOnBadInput, ExitsWithTwoForWrongUsage)
     expectFailure({"export"}, "DIR is required" + hint, 2);
     expectFailure({"export", ""}, "DIR: the name is empty" + hint, 2);
     expectFailure({"export", "42"},
-                  "42: an id where the folder to copy to is missing; write ./42 for a folder of "
-                  "that name" +
-                      hint,
+                  "no folder to copy to was named; if 42 is the folder, write ./42" + hint, 2);
+    expectFailure({"export", "a", "b", "c", "d"}, "a: not an id; name the device with -d" + hint,
                   2);
-    expectFailure({"export", "a", "b", "c", "d"}, "a: not an id; a device is named with -d" + hint,
-                  2);
-    expectFailure({"export", "--album", "1", "2", "c"}, "--album: takes the place of ids" + hint,
-                  2);
+    expectFailure({"export", "--album", "1", "2", "c"},
+                  "--album: cannot be combined with ids" + hint, 2);
 }
 
 TEST_F(ExportProgramOnASample, CopiesEveryFileAndLeavesTheDeviceAlone)

@@ -452,7 +452,7 @@ TEST_F(SheetProgramOnBadInput, WritesNoPictureToATerminal)
         GTEST_SKIP() << "there are no pseudo-terminals here";
     m_setup.outputFd = terminal.slave();
     expectFailure({"sheet", "-d", device(), "-o", "-"},
-                  "--output: a terminal shows no pictures; redirect standard output, or name a "
+                  "--output: a terminal cannot show pictures; redirect standard output, or name a "
                   "file (photolib sheet --help shows the usage)",
                   2);
 }

@@ -125,7 +125,7 @@ TEST_F(ThumbProgramOnBadInput, WritesNoPictureToATerminal)
         GTEST_SKIP() << "there are no pseudo-terminals here";
     m_setup.outputFd = terminal.slave();
     expectFailure({"thumb", "-d", device(), "1", "-o", "-"},
-                  "--output: a terminal shows no pictures; redirect standard output, or name a "
+                  "--output: a terminal cannot show pictures; redirect standard output, or name a "
                   "file (photolib thumb --help shows the usage)",
                   2);
 }
@@ -298,10 +298,10 @@ TEST_F(ThumbProgramOnBadInput, WritesNothingWhenAnIdIsUnknown)
 TEST_F(ThumbProgramOnBadInput, ExitsWithTwoForWrongUsage)
 {
     const QByteArray hint = " (photolib thumb --help shows the usage)";
-    expectFailure({"thumb"}, "ID: is missing; --all DIR is for all photos and videos" + hint, 2);
+    expectFailure({"thumb"}, "name the ids, or use --all DIR for all photos and videos" + hint, 2);
     expectFailure({"thumb", "--all", ""}, "--all: the name is empty" + hint, 2);
-    expectFailure({"thumb", "1"}, "--output: is missing: the file or folder to write to" + hint, 2);
-    expectFailure({"thumb", "1", "--all", "a"}, "--all: takes the place of ids" + hint, 2);
+    expectFailure({"thumb", "1"}, "name the file or folder to write to with -o" + hint, 2);
+    expectFailure({"thumb", "1", "--all", "a"}, "--all: cannot be combined with ids" + hint, 2);
     const ProgramResult result = run({"thumb", "1", "-o", "a", "--format", "gif"});
     EXPECT_EQ(2, result.exitCode);
 }
