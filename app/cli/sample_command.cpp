@@ -69,7 +69,7 @@ void write(const SampleArguments &arguments)
             writeIt, [&] { cancel.cancel(); }, update);
     } catch (const Error &) {
         if (cancel.isCancelled())
-            throw Error(Error::Cancelled, "interrupted: no sample is written");
+            throw Error(Error::Cancelled, "interrupted: no sample was written");
         throw;
     }
 }

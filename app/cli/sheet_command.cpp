@@ -132,7 +132,7 @@ private:
     std::string doneText() const
     {
         if (m_target.isStandardOutput())
-            return "nothing is written";
+            return "nothing was written";
         return "wrote " + std::to_string(m_written.size()) + " of " + std::to_string(m_pages) +
                (m_pages == 1 ? " page" : " pages");
     }

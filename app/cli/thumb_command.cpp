@@ -106,7 +106,7 @@ public:
     QString summary() const
     {
         if (m_target.isStandardOutput())
-            return QStringLiteral("nothing is written");
+            return QStringLiteral("nothing was written");
         const QString things =
             m_written == 1 ? QStringLiteral("thumbnail") : QStringLiteral("thumbnails");
         const QString path = QString::fromUtf8(printable(m_place.path));

@@ -166,7 +166,7 @@ quint64 AlbumEditor::findAlbum(const ScriptWord &word)
     if (found.isEmpty())
         throw refusal(QStringLiteral("no album with the name %1").arg(word.text));
     if (found.size() > 1)
-        throw refusal(QStringLiteral("%1 albums have the name %2; its id tells which is meant")
+        throw refusal(QStringLiteral("%1 albums have the name %2; use the id of one")
                           .arg(found.size())
                           .arg(word.text));
     return found.first();

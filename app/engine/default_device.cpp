@@ -39,7 +39,7 @@ void makeSample(const QByteArray &folder, const CancelToken &cancel)
     const bool isWritten =
         writeSample(partialName, SampleOptions(), &error, {cancel.flag(), nullptr});
     if (!isWritten && cancel.isCancelled())
-        throw Error(Error::Cancelled, "interrupted: no sample is written");
+        throw Error(Error::Cancelled, "interrupted: no sample was written");
     if (!isWritten)
         throw Error(error);
     if (std::rename(partial.constData(), folder.constData()) != 0)

@@ -28,7 +28,7 @@ QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids,
     for (int i = 0; i < ids.size(); ++i) {
         observer.looked(i, ids.size());
         if (cancel.isCancelled())
-            throw Error(Error::Cancelled, "interrupted: nothing is copied yet");
+            throw Error(Error::Cancelled, "interrupted: nothing was copied");
         items += exportItems(session, ids[i]);
     }
     return items;

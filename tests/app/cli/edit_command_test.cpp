@@ -147,8 +147,7 @@ TEST_F(ProgramEdit, FindsAnAlbumByItsName)
     EXPECT_EQ("ok", resultOf("rm-album Trip"));
     EXPECT_EQ("ok", resultOf("rm-album Video"));
     EXPECT_EQ("refused: no album with the name trip", resultOf("rm-album trip"));
-    EXPECT_EQ("refused: 2 albums have the name Twin; its id tells which is meant",
-              resultOf("rm-album Twin"));
+    EXPECT_EQ("refused: 2 albums have the name Twin; use the id of one", resultOf("rm-album Twin"));
     EXPECT_EQ("refused: no album with the name 7", resultOf("rm-album \"7\""));
     EXPECT_EQ("refused: no album with the id 99999999999999999999999",
               resultOf("rm-album 99999999999999999999999"));

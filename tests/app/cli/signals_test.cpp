@@ -228,7 +228,7 @@ TEST_F(InterruptedSample, IsRemovedWithTheFoldersThatWereMadeForIt)
         ASSERT_TRUE(waitFor(program, "new/phone/DCIM/100APPLE/IMG_0001.JPG"));
         ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), signal));
         EXPECT_EQ(130, program.waitForExitCode());
-        EXPECT_EQ("photolib: interrupted: no sample is written\n", program.readAllStandardError());
+        EXPECT_EQ("photolib: interrupted: no sample was written\n", program.readAllStandardError());
         EXPECT_FALSE(m_scratch.exists("new"));
     }
 }
@@ -250,7 +250,7 @@ TEST_F(InterruptedSample, ThatWouldHaveBeenShownLeavesNoCacheFolder)
     ASSERT_TRUE(waitFor(program, "cache/photolib/sample.partial/PhotoData"));
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGTERM));
     EXPECT_EQ(130, program.waitForExitCode());
-    EXPECT_EQ("photolib: interrupted: no sample is written\n", program.readAllStandardError());
+    EXPECT_EQ("photolib: interrupted: no sample was written\n", program.readAllStandardError());
     EXPECT_FALSE(m_scratch.exists("cache/photolib"));
 }
 

@@ -174,7 +174,7 @@ TEST_F(LibraryExports, MakeNoFolderWhenTheyAreCancelledBeforeTheyCopy)
     open();
     CancelToken cancel;
     m_heard.afterLook = [&] { cancel.cancel(); };
-    EXPECT_EQ("interrupted: nothing is copied yet", cancelled(cancel));
+    EXPECT_EQ("interrupted: nothing was copied", cancelled(cancel));
     EXPECT_FALSE(m_scratch.exists("out"));
 }
 
