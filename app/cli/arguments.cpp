@@ -22,10 +22,10 @@ const char examples[] = R"(Examples:
   photolib -d /media/phone photos     list its photos and videos
   photolib -d /media/phone export ~/Pictures/phone
                                       copy them all into a folder
-  photolib -d ~/phone-copy show 42    tell all about one photo
+  photolib -d ~/phone-copy show 42    show everything known about one photo
   photolib -d ~/phone-copy sheet -o sheet.png
                                       draw a contact sheet
-  photolib photos                     list a built-in sample, to try things out
+  photolib photos                     list the built-in sample, to try things out
 
 Exit codes: 0 done, 1 failed, 2 wrong usage, 130 interrupted.)";
 
@@ -34,17 +34,19 @@ void addCommonOptions(CLI::App &app, CommonOptions &options)
     app.add_option_function<std::string>(
            "-d,--device", [&options](const std::string &device) { options.device = device; },
            "Folder laid out as an iOS device's media root or a classic iPod's disk: a mounted "
-           "device or a copy. \"sample\" is a built-in sample, which is shown without -d, too")
+           "device or a copy. \"sample\" is the built-in sample, which is also the default; write "
+           "./sample for a folder of that name")
         ->check([](const std::string &name) { return name.empty() ? "the name is empty" : ""; })
         ->type_name("DEVICE")
         ->envname("PHOTOLIB_DEVICE");
-    CLI::Option *const verbose =
-        app.add_flag("-v,--verbose", options.verbose, "Log progress and the plug-in's messages");
+    CLI::Option *const verbose = app.add_flag(
+        "-v,--verbose", options.verbose,
+        "Log progress and the plug-in's messages; for export, also list what is not on the device");
     app.add_flag("-q,--quiet", options.quiet, "Log nothing and show no progress")
         ->excludes(verbose);
     app.add_option("--work-dir", options.workFolder,
-                   "Where the device's database is copied to while it is read. Default: a folder "
-                   "for each device in the user's cache folder")
+                   "Where the device's database is copied to while it is read. Default: in your "
+                   "cache folder, one for each device")
         ->type_name("DIR");
     app.add_option_function<std::string>(
            "--kind",
@@ -52,12 +54,12 @@ void addCommonOptions(CLI::App &app, CommonOptions &options)
                options.kind = kind == "ios" ? DeviceKind::Ios : DeviceKind::Classic;
            },
            "What the device is: ios, with PhotoData/Photos.sqlite, or classic, with "
-           "Photos/Photo Database. Default: what is there, ios if both are")
+           "Photos/Photo Database. Default: whichever is there, ios if both are")
         ->check(CLI::IsMember({"ios", "classic"}))
         ->type_name("KIND");
     app.add_option("--plugin", options.plugin,
-                   "The plug-in to load. Default: libphotolib.so beside the program or in its "
-                   "library folder")
+                   "The plug-in to load. Default: libphotolib.so next to the program, or in the "
+                   "library folder that it was installed with")
         ->type_name("FILE")
         ->envname("PHOTOLIB_PLUGIN");
 }

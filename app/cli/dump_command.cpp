@@ -203,13 +203,13 @@ int runDump(const CommandContext &context, bool hasThumbnails)
 void addDumpCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command =
-        app.add_subcommand("dump", "Print what the plug-in tells of the library, as JSON");
+        app.add_subcommand("dump", "Print the library as JSON, as the plug-in gives it");
     const auto hasThumbnails = std::make_shared<bool>(false);
     command->add_flag("--thumbnails", *hasThumbnails,
-                      "Ask for every thumbnail, too, and print its size and hash");
-    command->footer("For those who write hosts for the plug-in: texts, numbers and refusals are "
-                    "the plug-in's own. A photo that it refuses has \"ok\": false and what was "
-                    "filled all the same. A date that the plug-in does not give is null.\n"
+                      "Also read every thumbnail, and print its size and hash");
+    command->footer("For authors of hosts: texts, numbers and refusals are the plug-in's own. A "
+                    "photo that it refuses has \"ok\": false and the fields that the plug-in did "
+                    "fill. A date that the plug-in does not give is null.\n"
                     "\n"
                     "Examples:\n"
                     "  photolib dump > library.json\n"

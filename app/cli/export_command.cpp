@@ -138,25 +138,23 @@ void addArguments(CLI::App &command, ExportArguments &arguments)
         ->option_text("[ID...] DIR");
     arguments.album = addAlbumOption(command);
     command.add_flag("--verify", arguments.verify,
-                     "Compare the contents of files that are there already");
-    command.footer("A name that is taken gets a number; a file that is there already is left as "
-                   "it is, so that a second run copies only what is missing. Photos of which the "
-                   "device has no file, since it is in iCloud, say, are counted, and listed with "
-                   "-v.\n"
-                   "\n"
-                   "A copy has its original's time of change, and a file of the same name, size "
-                   "and time is taken for the copy without reading it. On a disk that keeps times "
-                   "only to the second, or to every other one as FAT does, that is exact enough. "
-                   "Where the times differ, the contents decide; with --verify they always do.\n"
-                   "\n"
-                   "Of a photo of a classic iPod the full-resolution file is copied, if there is "
-                   "one, and the largest of the stored pictures written: as BMP, or as JPEG where "
-                   "it is stored so.\n"
-                   "\n"
-                   "Examples:\n"
-                   "  photolib export ~/Pictures/phone -d /media/phone\n"
-                   "  photolib export 42 43 /tmp/two -d /media/phone\n"
-                   "  photolib export --album 7 /tmp/album -d /media/phone");
+                     "Compare the contents of files that are already there");
+    command.footer(
+        "A file whose name is taken gets a number; a file that is already there is left as it is, "
+        "so a second run copies only what is missing. Photos that are only in iCloud are counted, "
+        "and listed with -v.\n"
+        "\n"
+        "Copies keep their modification time, and a file of the same name, size and time counts as "
+        "the copy, without being read. For that, times to the second, or to two seconds as on FAT, "
+        "are exact enough. If the times differ, or with --verify, the contents are compared.\n"
+        "\n"
+        "For each photo of a classic iPod, the full-resolution file is copied, if there is one, "
+        "and the largest stored picture is written: as BMP, or as JPEG if it is stored so.\n"
+        "\n"
+        "Examples:\n"
+        "  photolib export ~/Pictures/phone -d /media/phone\n"
+        "  photolib export 42 43 /tmp/two -d /media/phone\n"
+        "  photolib export --album 7 /tmp/album -d /media/phone");
 }
 
 } // namespace

@@ -16,7 +16,7 @@ std::shared_ptr<std::optional<std::string>> addAlbumOption(CLI::App &command)
     command
         .add_option_function<std::string>(
             "--album", [album](const std::string &id) { *album = id; },
-            "Only the photos and videos of this album, as the command albums lists it")
+            "Only the photos and videos of this album; find its id with photolib albums")
         ->check([](const std::string &id) { return isNumber(id) ? "" : notANumber; })
         ->type_name("ID");
     return album;

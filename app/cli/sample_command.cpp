@@ -95,12 +95,12 @@ int runSample(const SampleArguments &arguments, const CommonOptions &common)
 
 void addArguments(CLI::App &command, SampleArguments &arguments)
 {
-    command.add_option("DIR", arguments.folder, "The folder to make; may exist if it is empty")
+    command.add_option("DIR", arguments.folder, "The folder to make; must be empty or not exist")
         ->required();
-    command.add_option("--assets", arguments.assets, "How many photos and videos it lists")
+    command.add_option("--assets", arguments.assets, "Number of photos and videos")
         ->check(CLI::Range(0, maxSampleAssets))
         ->capture_default_str();
-    command.add_option("--seed", arguments.seed, "Another seed gives another library")
+    command.add_option("--seed", arguments.seed, "Seed of the random content")
         ->capture_default_str();
     CLI::Option *const classic =
         command.add_flag("--classic", arguments.classic, "Write a classic iPod, with photos only");
@@ -109,7 +109,7 @@ void addArguments(CLI::App &command, SampleArguments &arguments)
         ->capture_default_str()
         ->excludes(classic);
     command.add_flag("--no-pictures", arguments.noPictures,
-                     "Write the database only, not the files that it names");
+                     "Write only the database, not the files that it names");
 }
 
 } // namespace

@@ -221,20 +221,19 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
     arguments->album = addAlbumOption(*command);
     command
         ->add_option("-o,--output", arguments->target,
-                     "The PNG file to write, or - for standard output. A file is replaced, and "
-                     "its folder created if necessary. What does not fit on it goes to "
-                     "sheet-2.png and so on, " +
-                         std::to_string(mostOnAPage) + " pictures each")
+                     "The PNG file to write, or - for standard output. An existing file is "
+                     "replaced, and its folder is created if necessary. Pictures beyond the "
+                     "first " +
+                         std::to_string(mostOnAPage) + " go to sheet-2.png and so on")
         ->required()
         ->type_name("FILE");
-    command->footer(
-        "What is in the trash is dimmed; the library does not tell that of a photo or video whose "
-        "file is missing.\n"
-        "\n"
-        "Examples:\n"
-        "  photolib sheet -o sheet.png\n"
-        "  photolib sheet -d /media/phone --album 7 -o album.png\n"
-        "  photolib sheet -d /media/phone -o - | display");
+    command->footer("What is in the trash is dimmed; whether a photo with a missing file is in the "
+                    "trash is not known.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  photolib sheet -o sheet.png\n"
+                    "  photolib sheet -d /media/phone --album 7 -o album.png\n"
+                    "  photolib sheet -d /media/phone -o - | display");
     command->callback([&context, arguments] {
         checkArguments(*arguments);
         context.run = [&context, arguments] { return runSheet(context, *arguments); };

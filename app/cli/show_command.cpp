@@ -127,9 +127,10 @@ int runShow(const CommandContext &context, const std::string &id)
 
 void addShowCommand(CLI::App &app, CommandContext &context)
 {
-    CLI::App *const command = app.add_subcommand("show", "Show one photo or video");
+    CLI::App *const command =
+        app.add_subcommand("show", "Show everything known about one photo or video");
     const auto id = std::make_shared<std::string>();
-    command->add_option("ID", *id, "Its id, as the command photos lists it")
+    command->add_option("ID", *id, "Its id; find it with photolib photos")
         ->required()
         ->check([](const std::string &text) { return isNumber(text) ? "" : "not a number"; })
         ->type_name("");

@@ -194,22 +194,23 @@ int runThumb(const CommandContext &context, const ThumbArguments &arguments)
 void addArguments(CLI::App &command, ThumbArguments &arguments)
 {
     command.add_option("ID", arguments.ids, "The ids of photos and videos")->option_text("[ID...]");
-    CLI::Option *const output =
-        command.add_option("-o,--output", arguments.target,
-                           "The file to write, or - for standard output; a folder for several ids. "
-                           "Folders are created if necessary");
+    CLI::Option *const output = command.add_option(
+        "-o,--output", arguments.target,
+        "The file to write, or - for standard output; for several ids, a folder. Folders are "
+        "created if necessary");
     output->type_name("FILE|DIR");
-    command.add_option("--all", arguments.allFolder, "Write those of all to this folder")
+    command
+        .add_option("--all", arguments.allFolder,
+                    "Write the thumbnails of all photos and videos to this folder")
         ->check([](const std::string &name) { return name.empty() ? "the name is empty" : ""; })
         ->type_name("DIR")
         ->excludes(output);
     command
         .add_option("--format", arguments.format,
-                    "Convert; else as the device has it: JPEG, "
-                    "or BMP for a packed thumbnail. A FILE that ends in \".png\" is converted, too")
+                    "Convert to PNG. Default: as stored, JPEG or BMP, unless FILE ends in \".png\"")
         ->check(CLI::IsMember({"png"}));
-    command.footer("Files are replaced. In a folder they are called \"42-IMG_0041.jpg\", or "
-                   "\"42.bmp\" where a classic iPod knows no name.\n"
+    command.footer("Existing files are replaced. In a folder, thumbnails are named "
+                   "\"42-IMG_0041.jpg\", or \"42.bmp\" for a photo without a name.\n"
                    "\n"
                    "Examples:\n"
                    "  photolib thumb 42 -o thumb.png -d /media/phone\n"

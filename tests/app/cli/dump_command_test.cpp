@@ -83,8 +83,8 @@ TEST_F(DumpProgram, HasHelpThatFillsTheTerminal)
     terminal.setColumns(400);
     m_setup.outputFd = terminal.slave();
     Program program(m_setup, {"dump", "--help"});
-    const QByteArray text("\"ok\": false and what was filled all the same. A date that "
-                          "the plug-in does not give is null.\r\n");
+    const QByteArray text("\"ok\": false and the fields that the plug-in did fill. A date that the "
+                          "plug-in does not give is null.\r\n");
     EXPECT_TRUE(terminal.shownUntil("Examples:").contains(text));
     EXPECT_EQ(0, program.waitForExitCode());
 }

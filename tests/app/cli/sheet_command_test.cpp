@@ -427,8 +427,8 @@ TEST_F(SheetProgram, HasHelpThatFillsTheTerminal)
     m_setup.outputFd = terminal.slave();
     Program program(m_setup, {"sheet", "--help"});
     const QByteArray text(
-        "What is in the trash is dimmed; the library does not tell that of a photo or video "
-        "whose file is missing.\r\n");
+        "What is in the trash is dimmed; whether a photo with a missing file is in the trash is "
+        "not known.\r\n");
     EXPECT_TRUE(terminal.shownUntil("Examples:").contains(text));
     EXPECT_EQ(0, program.waitForExitCode());
 }

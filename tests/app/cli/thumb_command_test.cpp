@@ -146,8 +146,8 @@ TEST_F(ThumbProgram, HasHelpThatFillsTheTerminal)
     m_setup.outputFd = terminal.slave();
     Program program(m_setup, {"thumb", "--help"});
     const QByteArray text(
-        "Files are replaced. In a folder they are called \"42-IMG_0041.jpg\", or \"42.bmp\" "
-        "where a classic iPod knows no name.\r\n");
+        "Existing files are replaced. In a folder, thumbnails are named \"42-IMG_0041.jpg\", or "
+        "\"42.bmp\" for a photo without a name.\r\n");
     EXPECT_TRUE(terminal.shownUntil("Examples:").contains(text));
     EXPECT_EQ(0, program.waitForExitCode());
 }
