@@ -36,7 +36,7 @@ std::string wrappedLine(const std::string &line, std::size_t width)
             break;
         result.append(rest, 0, cut).push_back('\n');
         const std::size_t next = rest.find_first_not_of(' ', cut);
-        rest = next == std::string::npos ? std::string() : indent + rest.substr(next);
+        rest = next == std::string::npos ? std::string() : std::string(indent).append(rest, next);
     }
     return result + rest + '\n';
 }
