@@ -192,7 +192,7 @@ TEST_F(ProgramUsage, ExitsWithTwoWhenItIsWrong)
     expectFailure({"show", "1x"}, "ID: not a number" + showHint, 2);
     expectFailure({"info", "a", "b"}, "a: unexpected argument" + infoHint, 2);
     expectFailure({"info", "--", "a"}, "a: unexpected argument" + infoHint, 2);
-    expectFailure({"--", "info"}, "--: unexpected argument" + hint, 2);
+    expectFailure({"--", "info"}, "--: unexpected argument" + infoHint, 2);
     expectFailure({"-q", "-v", "info"}, "--verbose excludes --quiet" + infoHint, 2);
     expectFailure({"info", "--nonsense"}, "--nonsense: no such option" + infoHint, 2);
     expectFailure({"info", "-d", ""}, "--device: the name is empty" + infoHint, 2);
