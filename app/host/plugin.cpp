@@ -6,6 +6,8 @@
 #include <QFileInfo>
 #include <QLibrary>
 
+#include <mutex>
+
 namespace {
 
 const char fileName[] = "libphotolib.so";
@@ -37,6 +39,14 @@ QFunctionPointer find(QLibrary &library, const char *symbol)
     return function;
 }
 
+// Held while the plug-in is loaded and while it makes a library: neither its own set-up nor Qt's
+// count of a library's users is meant for two threads at a time.
+std::mutex &loaderMutex()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
 } // namespace
 
 Plugin::Plugin(const std::string &file)
@@ -44,6 +54,7 @@ Plugin::Plugin(const std::string &file)
     const QString path = file.empty() ? findPlugin() : QFile::decodeName(file.c_str());
     if (!QFile::exists(path))
         throw Error(path.toStdString(), "no such file");
+    const std::lock_guard<std::mutex> lock(loaderMutex());
     // The loader looks a name without a folder up elsewhere; here it is a file's name.
     QLibrary library(QFileInfo(path).absoluteFilePath());
     // A host service that the program lacked would otherwise show in the midst of a parse.
@@ -55,6 +66,7 @@ Plugin::Plugin(const std::string &file)
 
 std::unique_ptr<photo_manager_int> Plugin::makeLibrary(IIPod *device) const
 {
+    const std::lock_guard<std::mutex> lock(loaderMutex());
     std::unique_ptr<photo_manager_int> library(m_makeLibrary(device));
     if (!library)
         throw std::bad_alloc();

@@ -14,11 +14,11 @@ class Plugin
 public:
     /// Loads the library `file`, or, when it is empty, the one that lies beside the program
     /// or in the library folder that belongs to it. Throws Error when there is none
-    /// or when it is not the plug-in.
+    /// or when it is not the plug-in. Any thread.
     explicit Plugin(const std::string &file);
 
-    /// A new photo library for `device`, which must outlive it. Never null. Not on several
-    /// threads at a time.
+    /// A new photo library for `device`, which must outlive it. Never null; throws
+    /// std::bad_alloc instead. Any thread.
     std::unique_ptr<photo_manager_int> makeLibrary(IIPod *device) const;
 
 private:
