@@ -311,6 +311,23 @@ TEST(TransferWatch, HearsOfTheBytesWritten)
     EXPECT_TRUE(observer.names.isEmpty());
 }
 
+TEST(TransferWatch, GivesWayToAnotherWithinIt)
+{
+    const ScratchFolder scratch;
+    RememberingObserver outer;
+    RememberingObserver inner;
+    VFile *const file = vFileOpen(vDevOpen(VDevHost, ""), scratch.path("a").constData(), writing);
+    const TransferWatch watch(&outer);
+    {
+        const TransferWatch innerWatch(&inner);
+        vFileWrite(file, "12345", 5);
+    }
+    vFileWrite(file, "123", 3);
+    vFileClose(file);
+    EXPECT_EQ(5, inner.bytes);
+    EXPECT_EQ(3, outer.bytes);
+}
+
 TEST(TransferWatch, HearsWhyAFileDidNotOpen)
 {
     const RegisteredFolder device;
