@@ -160,10 +160,16 @@ bool isDatabase(const QByteArray &path)
     return count <= 0 || QByteArray(start, sizeof start) == QByteArray("SQLite format 3", 16);
 }
 
+const char unreadableTables[] = ": its tables cannot be read";
+
+std::string notReadable(const QByteArray &database, const std::string &cause)
+{
+    return database.toStdString() + ": not readable as a photo library" + cause;
+}
+
 [[noreturn]] void failToParse(const QByteArray &database, const std::string &cause)
 {
-    throw Error(Error::Damaged,
-                database.toStdString() + ": not readable as a photo library" + cause);
+    throw Error(Error::Damaged, notReadable(database, cause));
 }
 
 // What our own reading of the database logged.
@@ -205,6 +211,7 @@ LibrarySession::LibrarySession(const LibraryOptions &options, OpenObserver &obse
         throw Error("device", "the name is empty");
     DriveLinks::removeDead();
     m_files = openFolder(deviceName());
+    m_listing = std::make_unique<DeviceListing>(*m_files);
     requireReady(*m_files, deviceName());
     const DeviceKind kind = m_options.kind == DeviceKind::None ? kindOf(*m_files) : m_options.kind;
     requireLibrary(*m_files, deviceName(), kind);
@@ -232,12 +239,26 @@ void LibrarySession::openIos(OpenObserver &observer, CancelToken &cancel)
     const bool isParsed = parse(cancel);
     requireCopied(copy, cancel);
     if (!isParsed)
-        failToParse(copy.deviceDatabase(), isDatabase(copy.localDatabase())
-                                               ? ": its tables cannot be read"
-                                               : ": not an SQLite database");
-    if (isDamaged(QString::fromUtf8(copy.localDatabase()), cancel))
-        m_damagedDatabase = copy.deviceDatabase();
+        m_parseFailure = notReadable(copy.deviceDatabase(), unreadableTables);
+    readTables(copy, cancel);
     requireCopied(copy, cancel);
+}
+
+// The plug-in asks for more of a database than the lists need.
+void LibrarySession::readTables(const DatabaseCopy &copy, CancelToken &cancel)
+{
+    const QString database = QString::fromUtf8(copy.localDatabase());
+    if (!isDatabase(copy.localDatabase()))
+        failToParse(copy.deviceDatabase(), ": not an SQLite database");
+    try {
+        m_catalog = readCatalog(database, cancel);
+    } catch (const Error &error) {
+        if (error.kind() != Error::Damaged)
+            throw;
+        failToParse(copy.deviceDatabase(), unreadableTables);
+    }
+    if (!m_catalog.unread.empty() || isDamaged(database, cancel))
+        m_damagedDatabase = copy.deviceDatabase();
 }
 
 // A parse may well succeed on a copy that is not complete.
@@ -306,10 +327,17 @@ void LibrarySession::refuseInDevice(const QByteArray &folder) const
     ::refuseInDevice(folder, m_options.device, folder);
 }
 
+photo_manager_int &LibrarySession::library()
+{
+    if (!m_parseFailure.empty())
+        throw Error(Error::Damaged, m_parseFailure);
+    return *m_library;
+}
+
 // The plug-in refuses an empty file like a missing one.
 FileState LibrarySession::photo(quint64 id, photoItem *item)
 {
-    m_library->getPhoto(id, item);
+    library().getPhoto(id, item);
     return fileState(*item);
 }
 
@@ -329,6 +357,18 @@ FileState LibrarySession::fileState(const photoItem &item)
     if (error.isMissing())
         return FileState::Missing;
     noteUnreadable(labelText(item), error);
+    return FileState::Unreadable;
+}
+
+FileState LibrarySession::fileState(const Asset &asset)
+{
+    FileError error;
+    if (classicIpod() || m_listing->has(asset.path(), &error))
+        return FileState::There;
+    requireConnected(error);
+    if (error.isMissing())
+        return FileState::Missing;
+    noteUnreadable(QString::fromUtf8(asset.path()), error);
     return FileState::Unreadable;
 }
 

@@ -5,6 +5,8 @@
 #include "base/folders.h"
 #include "boundary/photo_manager_int.h"
 #include "boundary/photo_records.h"
+#include "catalog/catalog.h"
+#include "engine/device_listing.h"
 #include "host/device.h"
 #include "host/plugin.h"
 
@@ -59,7 +61,13 @@ public:
     LibrarySession(const LibrarySession &) = delete;
     LibrarySession &operator=(const LibrarySession &) = delete;
 
-    photo_manager_int &library() { return *m_library; }
+    /// What the library tells of its photos, videos, albums and people. Read once, when it is
+    /// opened.
+    const Catalog &catalog() const { return m_catalog; }
+
+    /// The plug-in's view of the library: thumbnails, album edits. Throws Error when the plug-in
+    /// cannot read the library although `catalog` can.
+    photo_manager_int &library();
 
     /// Fills `*item`, a new one, for the photo or video `id`, and tells of its file. Of a file that
     /// is empty or not there only the identity, name, dimensions, kind and path are filled: the
@@ -70,6 +78,13 @@ public:
     /// one that cannot be read. Throws Error, and so does `photo`, when the device is
     /// gone.
     FileState fileState(const photoItem &item);
+
+    /// Whether the file of `asset` is on the device, be it empty; what a folder cannot tell is
+    /// noted once. It is on a classic iPod. Throws Error when the device is gone.
+    FileState fileState(const Asset &asset);
+
+    /// The device's folders, each listed when it is asked for first.
+    DeviceListing &listing() { return *m_listing; }
 
     /// Notes a file of the device that cannot be read though it is not missing, by a name for
     /// messages. On the thread that uses the session.
@@ -109,6 +124,7 @@ public:
 private:
     void openIos(OpenObserver &observer, CancelToken &cancel);
     std::unique_ptr<WorkFolder> newWorkFolder(OpenObserver &observer) const;
+    void readTables(const DatabaseCopy &copy, CancelToken &cancel);
     void openClassic(CancelToken &cancel);
     bool parse(CancelToken &cancel);
     void requireCopied(DatabaseCopy &copy, const CancelToken &cancel) const;
@@ -116,11 +132,14 @@ private:
 
     const LibraryOptions m_options;
     QByteArray m_damagedDatabase; // as a person knows it; empty when it is sound
-    QString m_firstUnreadable;    // "NAME: CAUSE"
+    std::string m_parseFailure;   // why the plug-in cannot read the library; empty when it can
+    Catalog m_catalog;
+    QString m_firstUnreadable; // "NAME: CAUSE"
     int m_unreadable = 0;
 
     // In the order in which they depend on each other.
     std::shared_ptr<DeviceFileSystem> m_files;
+    std::unique_ptr<DeviceListing> m_listing;
     std::unique_ptr<Plugin> m_plugin;
     std::unique_ptr<WorkFolder> m_workFolder; // null for a classic iPod
     std::unique_ptr<Device> m_device;

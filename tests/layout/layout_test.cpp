@@ -35,10 +35,11 @@ const Arrows &allowedArrows()
         {"app/classic", {"app/devices", "app/base"}},
         {"app/host", {"src/host", "src/boundary", "app/classic", "app/devices", "app/base"}},
         {"app/sample", {}},
+        {"app/catalog", {"app/base", "src/sqlite"}},
         {"app/engine",
-         {"app/host", "app/classic", "app/devices", "app/sample", "app/base", "src/boundary",
-          "src/sqlite"}},
-        {"app/cli", {"app/engine", "app/base", "app/sample"}},
+         {"app/catalog", "app/host", "app/classic", "app/devices", "app/sample", "app/base",
+          "src/boundary", "src/sqlite"}},
+        {"app/cli", {"app/engine", "app/catalog", "app/base", "app/sample"}},
     };
     return arrows;
 }
