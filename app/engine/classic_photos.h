@@ -3,6 +3,7 @@
 
 #include "classic/photo_database.h"
 #include "devices/device_file_system.h"
+#include "engine/classic_variants.h"
 
 #include <QDateTime>
 
@@ -17,14 +18,6 @@ class photoItem;
 
 /// What the database tells of the photo `id`; null when it has none, as in an iOS device.
 const ClassicPhoto *classicPhoto(const LibrarySession &session, quint64 id);
-
-/// The stored picture that the plug-in gives for the thumbnail, and the one for the source
-/// photo; null when there is none.
-const StoredPicture *smallestVariant(const ClassicPhoto &photo);
-const StoredPicture *largestVariant(const ClassicPhoto &photo);
-
-/// Bytes of all stored pictures, without the full-resolution file.
-qint64 storedBytes(const ClassicPhoto &photo);
 
 /// "320 x 240", without padding; empty when it is not known.
 QString variantDimensionsText(const StoredPicture &variant);

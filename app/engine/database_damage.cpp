@@ -17,7 +17,7 @@ namespace {
 const char assetRows[] =
     R"(SELECT "Z_PK", "ZKIND", "ZHEIGHT", "ZWIDTH", "ZTHUMBNAILINDEX", "ZORIENTATION",)"
     R"( "ZDIRECTORY", "ZFILENAME", "ZMODIFICATIONDATE", "ZUUID", "ZKINDSUBTYPE", "ZTRASHEDDATE",)"
-    R"( "ZAVALANCHEUUID", "ZSORTTOKEN", "ZSAVEDASSETTYPE" FROM ZGENERICASSET)";
+    R"( "ZAVALANCHEUUID", "ZSORTTOKEN", "ZSAVEDASSETTYPE", "ZDURATION", "ZDATECREATED" FROM )";
 const char attributesRows[] = R"(SELECT "Z_PK", "ZASSET", "ZDURATION", "ZORIGINALFILESIZE" FROM)"
                               R"( ZADDITIONALASSETATTRIBUTES)";
 const char albumRows[] =
@@ -25,11 +25,23 @@ const char albumRows[] =
 
 // An index leads to the wanted rows faster, but may be damaged itself: the conditions are those
 // that have the plug-in use one.
-const char photosOnly[] =
+struct AssetTable {
+    const char *name;
+    const char *photosOnly;
+    const char *videosOnly;
+};
+const AssetTable assetsToIos13 = {
+    "ZGENERICASSET",
     " WHERE (ZKIND = 0 AND (ZSAVEDASSETTYPE = 3 OR ZSAVEDASSETTYPE = 256 OR ZSAVEDASSETTYPE = 1 OR"
-    " ZSAVEDASSETTYPE = 5)) ORDER BY ZMODIFICATIONDATE";
-const char videosOnly[] = " WHERE (ZKIND = 1 AND (ZSAVEDASSETTYPE = 256 OR ZSAVEDASSETTYPE = 3 OR"
-                          " ZSAVEDASSETTYPE = 0))";
+    " ZSAVEDASSETTYPE = 5)) ORDER BY ZMODIFICATIONDATE",
+    " WHERE (ZKIND = 1 AND (ZSAVEDASSETTYPE = 256 OR ZSAVEDASSETTYPE = 3 OR"
+    " ZSAVEDASSETTYPE = 0))",
+};
+const AssetTable assetsFromIos14 = {
+    "ZASSET",
+    " WHERE (ZKIND = 0 AND ZSAVEDASSETTYPE IS NOT 4) ORDER BY ZMODIFICATIONDATE",
+    " WHERE (ZKIND = 1 AND ZSAVEDASSETTYPE IS NOT 4)",
+};
 const char listedAlbumsOnly[] =
     " WHERE (ZKIND = 1000 OR (ZKIND < 1600 AND ZKIND > 1000) OR ZKIND = 2)";
 const char withoutIndex[] = " NOT INDEXED";
@@ -60,32 +72,39 @@ bool isDamage(int result)
     }
 }
 
-// Their names carry a number that differs between the versions of iOS.
-QList<QByteArray> joinTables(const sqlite_connection &connection)
+QList<QByteArray> schemaNames(const sqlite_connection &connection)
 {
-    const QRegularExpression joinName(QStringLiteral("\\AZ_[0-9]+ASSETS\\z"));
     QList<QByteArray> names;
     sqlite_statement statement(connection.get(), "SELECT name FROM sqlite_master");
-    while (statement.isPrepared() && statement.nextRow()) {
-        const QByteArray name = statement.text(0);
-        if (joinName.match(QString::fromLatin1(name)).hasMatch())
-            names.append(name);
-    }
+    while (statement.isPrepared() && statement.nextRow())
+        names.append(statement.text(0));
     return names;
+}
+
+// A table that joins albums with what is in them: its name carries a number that differs between
+// the versions of iOS.
+bool isJoinTable(const QByteArray &name)
+{
+    static const QRegularExpression joinName(QStringLiteral("\\AZ_[0-9]+ASSETS\\z"));
+    return joinName.match(QString::fromLatin1(name)).hasMatch();
 }
 
 QList<QByteArray> statements(const sqlite_connection &connection)
 {
-    const QByteArray assets = assetRows;
+    const QList<QByteArray> names = schemaNames(connection);
+    const AssetTable &table = names.contains(assetsToIos13.name) ? assetsToIos13 : assetsFromIos14;
+    const QByteArray assets = QByteArray(assetRows) + table.name;
     const QByteArray albums = albumRows;
     QList<QByteArray> all = {
-        assets + withoutIndex, assets + photosOnly,
-        assets + videosOnly,   attributesRows + QByteArray(withoutIndex),
-        albums + withoutIndex, albums + listedAlbumsOnly,
+        assets + withoutIndex,     assets + table.photosOnly,
+        assets + table.videosOnly, attributesRows + QByteArray(withoutIndex),
+        albums + withoutIndex,     albums + listedAlbumsOnly,
     };
-    for (const QByteArray &table : joinTables(connection)) {
-        all.append("SELECT * FROM " + table);
-        all.append("SELECT * FROM " + table + withoutIndex);
+    for (const QByteArray &name : names) {
+        if (!isJoinTable(name))
+            continue;
+        all.append("SELECT * FROM " + name);
+        all.append("SELECT * FROM " + name + withoutIndex);
     }
     return all;
 }

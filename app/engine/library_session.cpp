@@ -9,6 +9,7 @@
 #include "devices/encoded_names.h"
 #include "devices/folder_file_system.h"
 #include "devices/local_file.h"
+#include "engine/classic_catalog.h"
 #include "engine/database_copy.h"
 #include "engine/database_damage.h"
 #include "engine/device_bounds.h"
@@ -304,6 +305,7 @@ void LibrarySession::openClassic(CancelToken &cancel)
     if (!isParsed)
         failToParse(m_files->displayName(libraryDatabase(*m_files, DeviceKind::Classic)),
                     causeIn(log));
+    m_catalog = classicCatalog(*m_library, *m_device->classicIpod());
 }
 
 // The plug-in's own cancel would end the parses of all sessions. A device that answers no more ends
