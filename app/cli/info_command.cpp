@@ -2,13 +2,14 @@
 #include "base/printable.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
+#include "cli/year_chart.h"
+#include "engine/asset_text.h"
 #include "engine/classic_photos.h"
 #include "engine/library_session.h"
+#include "engine/library_summary.h"
 #include "engine/photo_text.h"
 
 #include <CLI/CLI.hpp>
-
-#include <set>
 
 namespace {
 
@@ -28,55 +29,6 @@ struct DateRange {
     }
 };
 
-// What the library of an iOS device holds, counted photo by photo.
-struct Summary {
-    int photos = 0;
-    int videos = 0;
-    int missing = 0;
-    int unreadable = 0;
-    int trashed = 0;
-    qint64 bytes = 0;
-    std::set<QString> bursts; // sorted: a device can choose names that make hashes slow
-    DateRange modified;
-
-    void add(const photoItem &item, FileState state);
-
-private:
-    void addFile(const photoItem &item);
-};
-
-void Summary::add(const photoItem &item, FileState state)
-{
-    ++(item.type == videoType ? videos : photos);
-    if (state == FileState::There)
-        addFile(item);
-    else
-        ++(state == FileState::Missing ? missing : unreadable);
-}
-
-void Summary::addFile(const photoItem &item)
-{
-    // A database may claim any size; the sum stays at the largest one then.
-    if (__builtin_add_overflow(bytes, item.fileSize, &bytes))
-        bytes = std::numeric_limits<qint64>::max();
-    if (item.trashedDate != 0)
-        ++trashed;
-    if (isInBurst(item))
-        bursts.insert(item.avalancheUUID);
-    modified.add(item.modifyDate);
-}
-
-Summary summaryOf(LibrarySession &session)
-{
-    Summary summary;
-    for (const quint64 id : session.library().photoIDs()) {
-        photoItem item;
-        const FileState state = session.photo(id, &item);
-        summary.add(item, state);
-    }
-    return summary;
-}
-
 class LineWriter
 {
 public:
@@ -85,6 +37,12 @@ public:
     void write(const char *label, const QString &value)
     {
         m_output.writeLine(QStringLiteral("%1 %2").arg(QLatin1String(label), -13).arg(value));
+    }
+
+    void writeIfAny(const char *label, const QString &value)
+    {
+        if (!value.isEmpty())
+            write(label, value);
     }
 
     void write(const char *label, int count) { write(label, QString::number(count)); }
@@ -97,25 +55,72 @@ public:
                              .arg(dateText(range.oldest), dateText(range.newest), zone));
     }
 
+    Output &output() { return m_output; }
+
 private:
     Output &m_output;
 };
 
-void writeIosSummary(LibrarySession &session, LineWriter &lines)
+// "12 burst, 3 Live Photo": those that there are.
+template <typename Key>
+QString countsText(const std::map<Key, int> &counts, QString (*word)(Key))
 {
-    const Summary summary = summaryOf(session);
-    lines.write("Kind:", QStringLiteral("iOS device (folder)"));
-    lines.write("Library UUID:", nameText(session.library().getUUID()));
-    lines.write("Photos:", summary.photos);
-    lines.write("Videos:", summary.videos);
-    lines.write("Missing:", QStringLiteral("%1 without a file on the device").arg(summary.missing));
+    QStringList texts;
+    for (const auto &[key, count] : counts)
+        texts.append(QStringLiteral("%1 %2").arg(QString::number(count), word(key)));
+    return texts.join(QStringLiteral(", "));
+}
+
+void writeFiles(const LibrarySummary &summary, LineWriter &lines)
+{
+    const int away = summary.missing + summary.onlyInCloud;
+    lines.write("Missing:", QStringLiteral("%1 without a file on the device").arg(away));
+    lines.write("iCloud only:", QStringLiteral("%1 of the missing").arg(summary.onlyInCloud));
     if (summary.unreadable > 0)
         lines.write("Unreadable:", summary.unreadable);
-    lines.write("Bursts:", static_cast<int>(summary.bursts.size()));
+}
+
+void writeMarks(const LibrarySummary &summary, LineWriter &lines)
+{
+    lines.write("Bursts:", summary.bursts);
+    lines.write("Favorites:", summary.favorites);
+    lines.write("Edited:", summary.edited);
+    lines.write("Hidden:", summary.hidden);
     lines.write("In the trash:", summary.trashed);
-    lines.write("Albums:", session.library().albumCnt());
+    if (summary.shared > 0)
+        lines.write("Shared:", QStringLiteral("%1 copies in shared albums").arg(summary.shared));
+}
+
+void writeYears(const LibrarySummary &summary, Output &output)
+{
+    constexpr int barWidth = 50;
+    const QStringList chart = yearChart(summary.years, barWidth);
+    if (!chart.isEmpty())
+        output.writeLine(QStringLiteral("\nTaken per year:"));
+    for (const QString &line : chart)
+        output.writeLine(QStringLiteral("  ") + line);
+}
+
+void writeIosSummary(LibrarySession &session, LineWriter &lines)
+{
+    const LibrarySummary summary = summaryOf(session);
+    lines.write("Kind:", QStringLiteral("iOS device (folder)"));
+    lines.writeIfAny("Library UUID:", nameText(session.libraryUuid()));
+    lines.write("Photos:", summary.photos);
+    lines.write("Videos:", summary.videos);
+    writeFiles(summary, lines);
+    lines.writeIfAny("Types:", countsText(summary.types, typeText));
+    lines.writeIfAny("Sources:", countsText(summary.sources, sourceText));
+    writeMarks(summary, lines);
+    lines.write("Albums:", summary.albums);
+    lines.write("Folders:", summary.folders);
+    lines.write("People:", summary.people);
     lines.write("Size:", byteCountText(summary.bytes));
-    lines.write("Modified:", summary.modified, QStringLiteral(" (UTC)"));
+    if (!summary.oldest.isEmpty())
+        lines.write("Taken:", QStringLiteral("%1 to %2").arg(summary.oldest, summary.newest));
+    if (summary.undated > 0)
+        lines.write("Undated:", summary.undated);
+    writeYears(summary, lines.output());
 }
 
 void writeClassicSummary(LibrarySession &session, LineWriter &lines)

@@ -1,11 +1,14 @@
 #include "base/byte_count.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
+#include "engine/album_tree.h"
+#include "engine/asset_files.h"
+#include "engine/asset_text.h"
 #include "engine/classic_photos.h"
+#include "engine/library_date.h"
 #include "engine/library_session.h"
 #include "engine/photo_ids.h"
 #include "engine/photo_text.h"
-#include "engine/type_codes.h"
 
 #include <QVector>
 
@@ -15,55 +18,182 @@ namespace {
 
 using Lines = QVector<QPair<QString, QString>>;
 
-Lines knownWithoutFile(const photoItem &item)
-{
-    return {
-        {QStringLiteral("ID"), QString::number(item.id)},
-        {QStringLiteral("Name"), nameText(item.name)},
-        {QStringLiteral("Kind"), kindText(item)},
-        {QStringLiteral("UUID"), QString::fromLatin1(item.uuid.toHex())},
-        {QStringLiteral("Path"), nameText(item.path)},
-        {QStringLiteral("Dimensions"), dimensionsText(item)},
-        {QStringLiteral("Orientation"), QString::number(item.orientation)},
-    };
-}
-
 QString sizeText(quint64 bytes)
 {
     return QStringLiteral("%1 (%2 bytes)").arg(byteCountText(qint64(bytes))).arg(bytes);
 }
 
-Lines knownWithFile(const photoItem &item)
+// What the library does not tell has no line.
+class LineList
 {
-    return {
-        {QStringLiteral("Size"), sizeText(item.fileSize)},
-        {QStringLiteral("Modified"), isoText(item.modifyDate)},
-    };
-}
-
-Lines knownOfSome(const photoItem &item)
-{
-    Lines lines;
-    if (item.type == videoType) {
-        lines.append({QStringLiteral("Duration"), QStringLiteral("%1 s").arg(item.duration)});
-        lines.append({QStringLiteral("Still"), nameText(item.thumbPath)});
+public:
+    void add(const char *label, const QString &text)
+    {
+        if (!text.isEmpty())
+            m_lines.append({QLatin1String(label), text});
     }
-    if (isInBurst(item))
-        lines.append({QStringLiteral("Burst"), nameText(item.avalancheUUID)});
-    if (item.trashedDate != 0)
-        lines.append({QStringLiteral("Trash"), QStringLiteral("yes")});
-    return lines;
+
+    void add(const char *label, const QByteArray &text) { add(label, shownText(text)); }
+
+    void add(const char *label, const std::optional<qint64> &number)
+    {
+        if (number)
+            add(label, QString::number(*number));
+    }
+
+    void addIf(const char *label, const std::optional<bool> &flag)
+    {
+        if (flag.value_or(false))
+            add(label, QStringLiteral("yes"));
+    }
+
+    const Lines &lines() const { return m_lines; }
+
+private:
+    Lines m_lines;
+};
+
+QString dimensionsText(const Asset &asset)
+{
+    if (!asset.width || !asset.height)
+        return QString();
+    return QStringLiteral("%1 x %2").arg(*asset.width).arg(*asset.height);
 }
 
-Lines iosLines(LibrarySession &session, quint64 id)
+QString burstText(const Asset &asset)
 {
-    photoItem item;
-    const FileState state = session.photo(id, &item);
-    if (state == FileState::There)
-        return knownWithoutFile(item) + knownWithFile(item) + knownOfSome(item);
-    const QString text = state == FileState::Missing ? QStringLiteral("missing on the device")
-                                                     : QStringLiteral("unreadable");
-    return knownWithoutFile(item) + Lines{{QStringLiteral("File"), text}};
+    if (asset.burst.isNull() || !asset.burstPicked)
+        return shownText(asset.burst);
+    return shownText(asset.burst) +
+           (*asset.burstPicked ? QStringLiteral(", picked") : QStringLiteral(", not picked"));
+}
+
+QString locationText(const Asset &asset)
+{
+    constexpr int digits = 6; // a tenth of a metre
+    if (!asset.location)
+        return QString();
+    return QStringLiteral("%1, %2")
+        .arg(asset.location->latitude, 0, 'f', digits)
+        .arg(asset.location->longitude, 0, 'f', digits);
+}
+
+QString trashText(const Asset &asset)
+{
+    const QString date = QString::fromLatin1(isoDateText(asset.trashed, 0));
+    if (!asset.isTrashed())
+        return QString();
+    return date.isEmpty() ? QStringLiteral("yes") : QStringLiteral("since ") + date;
+}
+
+QString joined(const std::vector<QByteArray> &texts)
+{
+    QStringList shown;
+    for (const QByteArray &text : texts)
+        shown.append(shownText(text));
+    return shown.join(QStringLiteral(", "));
+}
+
+void addIdentity(const Asset &asset, LineList &lines)
+{
+    lines.add("ID", QString::number(asset.id));
+    lines.add("Name", asset.fileName);
+    lines.add("Original", asset.originalName);
+    lines.add("Title", asset.title);
+    lines.add("Caption", asset.caption);
+    lines.add("Kind",
+              asset.kind == AssetKind::Video ? QStringLiteral("video") : QStringLiteral("photo"));
+    lines.add("Types", typeTexts(asset.types).join(QStringLiteral(", ")));
+    lines.add("UUID", asset.uuid);
+    lines.add("Path", asset.path());
+}
+
+void addDates(const Asset &asset, LineList &lines)
+{
+    lines.add("Taken", isoDateText(asset.taken, asset.utcOffset));
+    lines.add("Added", isoDateText(asset.added, std::nullopt));
+    lines.add("Modified", isoDateText(asset.modified, std::nullopt));
+    lines.add("Trash", trashText(asset));
+}
+
+void addPicture(const Asset &asset, LineList &lines)
+{
+    lines.add("Dimensions", dimensionsText(asset));
+    lines.add("Orientation", asset.orientation);
+    if (asset.duration)
+        lines.add("Duration", QStringLiteral("%1 s").arg(*asset.duration));
+    if (asset.size && *asset.size >= 0)
+        lines.add("Size", sizeText(quint64(*asset.size)));
+}
+
+void addDetails(const Asset &asset, const Catalog &catalog, LineList &lines)
+{
+    lines.addIf("Favorite", asset.favorite);
+    lines.addIf("Hidden", asset.hidden);
+    lines.addIf("Edited", asset.edited);
+    lines.add("Burst", burstText(asset));
+    if (asset.source)
+        lines.add("Source", sourceText(*asset.source));
+    lines.add("Place", locationText(asset));
+    lines.add("People", joined(asset.people));
+    lines.add("Keywords", joined(asset.keywords));
+    const AlbumTree tree(catalog);
+    for (const qint64 id : asset.albums) {
+        if (const Album *const album = catalog.album(id))
+            lines.add("Album", QStringLiteral("%1, %2").arg(QString::number(id),
+                                                            shownText(tree.pathOf(*album))));
+    }
+}
+
+const char *roleLabel(AssetFileRole role)
+{
+    switch (role) {
+    case AssetFileRole::Original:
+        return "File";
+    case AssetFileRole::LiveVideo:
+        return "Live video";
+    case AssetFileRole::Sidecar:
+        return "Sidecar";
+    case AssetFileRole::Edit:
+        return "Edit";
+    case AssetFileRole::Still:
+        return "Still";
+    case AssetFileRole::Thumbnail:
+        return "Thumbnail";
+    }
+    return "";
+}
+
+QString fileText(LibrarySession &session, const AssetFile &file)
+{
+    FileInfo info;
+    FileError error;
+    const QString path = shownText(file.path);
+    if (session.files().info(file.path, &info, &error))
+        return QStringLiteral("%1, %2").arg(path, sizeText(quint64(info.size)));
+    session.noteUnreadable(path, error);
+    return QStringLiteral("%1, %2").arg(path, failureText(error));
+}
+
+void addFiles(LibrarySession &session, const Asset &asset, LineList &lines)
+{
+    const FileState state = session.fileState(asset);
+    if (state != FileState::There)
+        lines.add("File", state == FileState::Missing ? QStringLiteral("missing on the device")
+                                                      : QStringLiteral("unreadable"));
+    for (const AssetFile &file : filesOf(asset, session.listing()))
+        lines.add(roleLabel(file.role), fileText(session, file));
+}
+
+Lines iosLines(LibrarySession &session, const Asset &asset)
+{
+    LineList lines;
+    addIdentity(asset, lines);
+    addDates(asset, lines);
+    addPicture(asset, lines);
+    addDetails(asset, session.catalog(), lines);
+    addFiles(session, asset, lines);
+    return lines.lines();
 }
 
 QString originalText(LibrarySession &session, const ClassicPhoto &photo)
@@ -109,7 +239,9 @@ Lines classicLines(LibrarySession &session, quint64 id)
 void writePhoto(LibrarySession &session, const std::string &idText, Output &output)
 {
     const quint64 id = knownPhotoId(idText, session);
-    const Lines lines = session.classicIpod() ? classicLines(session, id) : iosLines(session, id);
+    const Asset *const asset = session.catalog().asset(static_cast<qint64>(id));
+    const Lines lines =
+        asset && !session.classicIpod() ? iosLines(session, *asset) : classicLines(session, id);
     for (const auto &line : lines) {
         const QString label = line.first + QLatin1Char(':');
         output.writeLine(QStringLiteral("%1 %2").arg(label, -12).arg(line.second));

@@ -79,6 +79,12 @@ public:
     /// gone.
     FileState fileState(const photoItem &item);
 
+    /// That of the library which a computer has synchronized to the device; empty when none has.
+    QString libraryUuid() const
+    {
+        return m_parseFailure.empty() ? m_library->getUUID() : QString();
+    }
+
     /// Whether the file of `asset` is on the device, be it empty; what a folder cannot tell is
     /// noted once. It is on a classic iPod. Throws Error when the device is gone.
     FileState fileState(const Asset &asset);
