@@ -1,0 +1,38 @@
+#ifndef PHOTOLIB_CATALOG_JOIN_TABLE_H
+#define PHOTOLIB_CATALOG_JOIN_TABLE_H
+
+#include "catalog/library_tables.h"
+
+#include <QByteArray>
+
+#include <map>
+#include <optional>
+
+/// The numbers of the library's kinds of rows, which differ between the versions of the system and
+/// are part of the names of tables and columns.
+class EntityNumbers
+{
+public:
+    explicit EntityNumbers(LibraryTables &tables);
+
+    /// Nothing where `entity`, "Album" say, has no number.
+    std::optional<qint64> of(const QByteArray &entity) const;
+
+private:
+    std::map<QByteArray, qint64> m_numbers;
+};
+
+/// A table whose rows each say that two rows of others belong together.
+struct JoinTable {
+    QByteArray table; ///< empty for none
+    QByteArray owner; ///< the column of an album, or of the additional attributes
+    QByteArray item;  ///< the column of an asset, or of a keyword
+};
+
+/// The table of albums and their photos. Told when it is missing.
+JoinTable albumJoinTable(LibraryTables &tables, const EntityNumbers &numbers);
+
+/// The table of additional attributes and their keywords. Told when it is missing.
+JoinTable keywordJoinTable(LibraryTables &tables, const EntityNumbers &numbers);
+
+#endif // PHOTOLIB_CATALOG_JOIN_TABLE_H

@@ -1,0 +1,169 @@
+#include "catalog/read_members.h"
+
+#include "catalog/table_scan.h"
+#include "catalog/text_order.h"
+
+#include <algorithm>
+#include <limits>
+#include <tuple>
+#include <utility>
+
+namespace {
+
+// A photo or video in an album.
+struct Member {
+    quint32 album; // their positions
+    quint32 asset;
+    qint64 place; // in the album's own order
+    bool hasPlace;
+};
+
+Member member(quint32 album, quint32 asset, std::optional<qint64> place)
+{
+    return {album, asset, place.value_or(0), place.has_value()};
+}
+
+// By hand; those without a place come last. Assets lie by id.
+bool isPlacedBefore(const Member &member, const Member &other)
+{
+    return std::make_tuple(!member.hasPlace, member.place, member.asset) <
+           std::make_tuple(!other.hasPlace, other.place, other.asset);
+}
+
+// The others' members are told otherwise, or not stored.
+bool isInJoinTable(AlbumKind kind)
+{
+    return kind == AlbumKind::Album || kind == AlbumKind::Shared || kind == AlbumKind::Project;
+}
+
+void appendMembers(LibraryTables &tables, const JoinTable &join, const AssetRows &rows,
+                   const std::vector<Album> &albums, std::vector<Member> &members)
+{
+    const IdIndex albumsById = indexOf(albums);
+    TableScan scan(tables, join.table);
+    const int album = scan.require(join.owner);
+    const int asset = scan.require(join.item);
+    const int place = scan.want("Z_FOK_" + join.item.mid(2)); // without its "Z_"
+    while (scan.next()) {
+        const std::optional<IdIndex::Position> holder = albumsById.find(scan.integer(album));
+        if (!holder || !isInJoinTable(albums[*holder].kind))
+            continue;
+        if (const auto held = rows.byId.find(scan.integer(asset)))
+            members.push_back(member(*holder, *held, scan.integer(place)));
+    }
+}
+
+void appendImports(const AssetRows &rows, const std::vector<Album> &albums,
+                   std::vector<Member> &members)
+{
+    const IdIndex albumsById = indexOf(albums);
+    for (std::size_t asset = 0; asset < rows.assets.size(); ++asset) {
+        const AssetReferences &references = rows.references[asset];
+        const std::optional<IdIndex::Position> album = albumsById.find(references.importSession);
+        if (album && albums[*album].kind == AlbumKind::Import)
+            members.push_back(member(*album, static_cast<quint32>(asset), references.importPlace));
+    }
+}
+
+// The members of each album together, in linear time.
+std::vector<std::vector<Member>> byAlbum(const std::vector<Member> &members, std::size_t albums)
+{
+    std::vector<std::size_t> counts(albums);
+    for (const Member &member : members)
+        ++counts[member.album];
+    std::vector<std::vector<Member>> lists(albums);
+    for (std::size_t album = 0; album < albums; ++album)
+        lists[album].reserve(counts[album]);
+    for (const Member &member : members)
+        lists[member.album].push_back(member);
+    return lists;
+}
+
+struct DatedMember {
+    LibraryDate key; // nothing compares as less than any date
+    Member member;
+
+    static LibraryDate keyOf(const Asset &asset) { return asset.taken; }
+    static bool isKeyBefore(const LibraryDate &key, const LibraryDate &other)
+    {
+        return key < other;
+    }
+};
+
+struct TitledMember {
+    QByteArray key; // null compares as less than any text
+    Member member;
+
+    static QByteArray keyOf(const Asset &asset) { return asset.title; }
+    static bool isKeyBefore(const QByteArray &key, const QByteArray &other)
+    {
+        return isBefore(key, other);
+    }
+};
+
+template <typename KeyedMember>
+void sortByKey(std::vector<Member> &members, const std::vector<Asset> &assets, bool isDescending)
+{
+    std::vector<KeyedMember> keyed;
+    keyed.reserve(members.size());
+    for (const Member &member : members)
+        keyed.push_back({KeyedMember::keyOf(assets[member.asset]), member});
+    std::sort(keyed.begin(), keyed.end(), [&](const KeyedMember &one, const KeyedMember &other) {
+        if (KeyedMember::isKeyBefore(one.key, other.key))
+            return !isDescending;
+        if (KeyedMember::isKeyBefore(other.key, one.key))
+            return isDescending;
+        return isPlacedBefore(one.member, other.member);
+    });
+    std::transform(keyed.begin(), keyed.end(), members.begin(),
+                   [](const KeyedMember &one) { return one.member; });
+}
+
+void sortMembers(std::vector<Member> &members, AlbumSort sort, const std::vector<Asset> &assets)
+{
+    switch (sort.key) {
+    case AlbumSortKey::Date:
+        sortByKey<DatedMember>(members, assets, sort.isDescending);
+        break;
+    case AlbumSortKey::Title:
+        sortByKey<TitledMember>(members, assets, sort.isDescending);
+        break;
+    case AlbumSortKey::Manual:
+        if (!std::is_sorted(members.begin(), members.end(), isPlacedBefore))
+            std::sort(members.begin(), members.end(), isPlacedBefore);
+        break;
+    }
+}
+
+// An album's photos in its order. Of one that is there several times the first place counts; it
+// has been told of the album then, whose id is the last in its own list.
+void tellEachOther(Album &album, const std::vector<Member> &members, std::vector<Asset> &assets)
+{
+    album.assets.reserve(members.size());
+    for (const Member &member : members) {
+        Asset &asset = assets[member.asset];
+        if (!asset.albums.empty() && asset.albums.back() == album.id)
+            continue;
+        asset.albums.push_back(album.id);
+        album.assets.push_back(asset.id);
+    }
+}
+
+} // namespace
+
+void readMembers(LibraryTables &tables, const EntityNumbers &numbers, AssetRows &rows,
+                 AlbumRows &albums)
+{
+    std::vector<Member> members;
+    const JoinTable join = albumJoinTable(tables, numbers);
+    if (!join.table.isEmpty())
+        appendMembers(tables, join, rows, albums.albums, members);
+    appendImports(rows, albums.albums, members);
+    std::vector<std::vector<Member>> lists = byAlbum(members, albums.albums.size());
+    for (std::size_t position = 0; position < lists.size(); ++position) {
+        Album &album = albums.albums[position];
+        const bool isImport = album.kind == AlbumKind::Import;
+        sortMembers(lists[position], isImport ? AlbumSort() : albums.sorts[position], rows.assets);
+        tellEachOther(album, lists[position], rows.assets);
+    }
+}

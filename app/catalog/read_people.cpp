@@ -1,0 +1,109 @@
+#include "catalog/read_people.h"
+
+#include "catalog/links.h"
+#include "catalog/ranked_texts.h"
+#include "catalog/rows_by_id.h"
+#include "catalog/table_scan.h"
+
+namespace {
+
+const char faceTable[] = "ZDETECTEDFACE";
+
+// The columns that say whose face is in which photo.
+struct FaceColumns {
+    QByteArray asset;
+    QByteArray person;
+};
+
+std::vector<Person> namedPeople(LibraryTables &tables)
+{
+    std::vector<Person> people;
+    TableScan scan(tables, "ZPERSON");
+    const int id = scan.require("Z_PK");
+    const int name = scan.require("ZFULLNAME");
+    const int uuid = scan.want("ZPERSONUUID");
+    while (scan.next()) {
+        Person person;
+        person.name = scan.text(name);
+        const std::optional<qint64> rowId = scan.integer(id);
+        if (!rowId || person.name.isNull())
+            continue;
+        person.id = *rowId;
+        person.uuid = scan.text(uuid);
+        people.push_back(person);
+    }
+    putInOrderOfIds(people);
+    return people;
+}
+
+// Systems since 2022 have the first ones, those before the second ones. Of columns that are not
+// complete, which are told as missing, those are meant that are there in part.
+FaceColumns faceColumns(LibraryTables &tables)
+{
+    const FaceColumns known[] = {{"ZASSETFORFACE", "ZPERSONFORFACE"}, {"ZASSET", "ZPERSON"}};
+    for (const FaceColumns &columns : known) {
+        if (tables.hasColumn(faceTable, columns.asset) &&
+            tables.hasColumn(faceTable, columns.person))
+            return columns;
+    }
+    for (const FaceColumns &columns : known) {
+        if (tables.hasColumn(faceTable, columns.asset) ||
+            tables.hasColumn(faceTable, columns.person))
+            return columns;
+    }
+    return known[0];
+}
+
+// Of the positions of assets and people.
+std::vector<Links::Link> faces(LibraryTables &tables, const AssetRows &rows, const IdIndex &people)
+{
+    std::vector<Links::Link> faces;
+    const FaceColumns columns = faceColumns(tables);
+    TableScan scan(tables, faceTable);
+    const int asset = scan.require(columns.asset);
+    const int person = scan.require(columns.person);
+    while (scan.next()) {
+        const std::optional<IdIndex::Position> shown = people.find(scan.integer(person));
+        const std::optional<IdIndex::Position> photo =
+            shown ? rows.byId.find(scan.integer(asset)) : std::nullopt;
+        if (photo)
+            faces.emplace_back(*photo, *shown);
+    }
+    return faces;
+}
+
+void setNames(AssetRows &rows, const std::vector<Person> &people, std::vector<Links::Link> faces)
+{
+    std::vector<QByteArray> all;
+    all.reserve(people.size());
+    for (const Person &person : people)
+        all.push_back(person.name);
+    const RankedTexts names(all);
+    for (Links::Link &face : faces)
+        face.second = names.rank(face.second);
+    Links namesOfAssets(rows.assets.size(), faces);
+    for (std::size_t asset = 0; asset < rows.assets.size(); ++asset)
+        rows.assets[asset].people = names.texts(namesOfAssets.of(asset));
+}
+
+void setAssets(std::vector<Person> &people, const AssetRows &rows, std::vector<Links::Link> faces)
+{
+    for (Links::Link &face : faces)
+        std::swap(face.first, face.second);
+    Links assetsOfPeople(people.size(), faces);
+    for (std::size_t person = 0; person < people.size(); ++person) {
+        for (const quint32 asset : assetsOfPeople.of(person))
+            people[person].assets.push_back(rows.assets[asset].id);
+    }
+}
+
+} // namespace
+
+std::vector<Person> readPeople(LibraryTables &tables, AssetRows &rows)
+{
+    std::vector<Person> people = namedPeople(tables);
+    const std::vector<Links::Link> all = faces(tables, rows, indexOf(people));
+    setNames(rows, people, all);
+    setAssets(people, rows, all);
+    return people;
+}
