@@ -7,7 +7,7 @@
 #include "cli/exit_codes.h"
 #include "cli/help_text.h"
 #include "cli/output.h"
-#include "cli/suggestion.h"
+#include "base/suggestion.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,5 +1,5 @@
-#ifndef PHOTOLIB_CLI_SUGGESTION_H
-#define PHOTOLIB_CLI_SUGGESTION_H
+#ifndef PHOTOLIB_BASE_SUGGESTION_H
+#define PHOTOLIB_BASE_SUGGESTION_H
 
 #include <string>
 #include <vector>
@@ -8,4 +8,4 @@
 /// is close.
 std::string suggestion(const std::string &word, const std::vector<std::string> &names);
 
-#endif // PHOTOLIB_CLI_SUGGESTION_H
+#endif // PHOTOLIB_BASE_SUGGESTION_H

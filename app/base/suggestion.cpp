@@ -1,4 +1,4 @@
-#include "cli/suggestion.h"
+#include "base/suggestion.h"
 
 #include <algorithm>
 #include <numeric>

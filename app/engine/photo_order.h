@@ -1,0 +1,17 @@
+#ifndef PHOTOLIB_ENGINE_PHOTO_ORDER_H
+#define PHOTOLIB_ENGINE_PHOTO_ORDER_H
+
+#include "catalog/asset.h"
+
+enum class PhotoOrder {
+    Id,
+    Taken,
+    Modified,
+    Size,
+    Name, ///< of the file on the device, without regard to case at first
+};
+
+/// Sorts `photos`. What the library does not tell comes last, and ids decide among equals.
+void sortPhotos(std::vector<const Asset *> *photos, PhotoOrder order);
+
+#endif // PHOTOLIB_ENGINE_PHOTO_ORDER_H
