@@ -61,13 +61,13 @@ private:
     Output &m_output;
 };
 
-// "12 burst, 3 Live Photo": those that there are.
+// "burst 12, Live Photo 3": those that there are.
 template <typename Key>
 QString countsText(const std::map<Key, int> &counts, QString (*word)(Key))
 {
     QStringList texts;
     for (const auto &[key, count] : counts)
-        texts.append(QStringLiteral("%1 %2").arg(QString::number(count), word(key)));
+        texts.append(QStringLiteral("%1 %2").arg(word(key), QString::number(count)));
     return texts.join(QStringLiteral(", "));
 }
 
@@ -103,7 +103,8 @@ void writeYears(const LibrarySummary &summary, Output &output)
 
 void writeIosSummary(LibrarySession &session, LineWriter &lines)
 {
-    const LibrarySummary summary = summaryOf(session);
+    const LibrarySummary summary = summaryOf(
+        session.catalog(), [&session](const Asset &asset) { return session.fileState(asset); });
     lines.write("Kind:", QStringLiteral("iOS device (folder)"));
     lines.writeIfAny("Library UUID:", nameText(session.libraryUuid()));
     lines.write("Photos:", summary.photos);

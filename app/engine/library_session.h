@@ -7,6 +7,7 @@
 #include "boundary/photo_records.h"
 #include "catalog/catalog.h"
 #include "engine/device_listing.h"
+#include "engine/file_state.h"
 #include "host/device.h"
 #include "host/plugin.h"
 
@@ -15,13 +16,6 @@
 
 class DatabaseCopy;
 class WorkFolder;
-
-/// Whether the device has the file of a photo or video.
-enum class FileState {
-    There,
-    Missing,
-    Unreadable, ///< the device does not say, for it may not be asked or fails
-};
 
 /// Which device to open, and how.
 struct LibraryOptions {

@@ -1,10 +1,8 @@
 #include "engine/library_summary.h"
 
 #include "engine/library_date.h"
-#include "engine/library_session.h"
 
 #include <limits>
-#include <optional>
 #include <set>
 
 namespace {
@@ -16,11 +14,14 @@ constexpr AssetType allTypes[] = {
 class SummaryCounter
 {
 public:
-    explicit SummaryCounter(LibrarySession &session) : m_session(session) {}
+    SummaryCounter(const Catalog &catalog, const std::function<FileState(const Asset &)> &fileState)
+        : m_catalog(catalog), m_fileState(fileState)
+    {
+    }
 
     LibrarySummary count()
     {
-        for (const Asset &asset : m_session.catalog().assets) {
+        for (const Asset &asset : m_catalog.assets) {
             if (asset.isShared())
                 ++m_summary.shared;
             else if (asset.isTrashed())
@@ -29,8 +30,8 @@ public:
                 add(asset);
         }
         m_summary.bursts = static_cast<int>(m_bursts.size());
-        m_summary.people = static_cast<int>(m_session.catalog().people.size());
-        for (const Album &album : m_session.catalog().albums)
+        m_summary.people = static_cast<int>(m_catalog.people.size());
+        for (const Album &album : m_catalog.albums)
             ++(album.kind == AlbumKind::Folder ? m_summary.folders : m_summary.albums);
         if (m_oldest)
             m_summary.oldest = takenText(*m_oldest);
@@ -65,7 +66,7 @@ private:
 
     void addFile(const Asset &asset)
     {
-        const FileState state = m_session.fileState(asset);
+        const FileState state = m_fileState(asset);
         const bool isInCloud =
             asset.isInCloud.value_or(false) || asset.source == AssetSource::Cloud;
         if (state == FileState::There)
@@ -98,7 +99,8 @@ private:
             m_newest = &asset;
     }
 
-    LibrarySession &m_session;
+    const Catalog &m_catalog;
+    const std::function<FileState(const Asset &)> &m_fileState;
     LibrarySummary m_summary;
     std::set<QByteArray> m_bursts; // sorted: a device can choose names that make hashes slow
     const Asset *m_oldest = nullptr;
@@ -107,7 +109,8 @@ private:
 
 } // namespace
 
-LibrarySummary summaryOf(LibrarySession &session)
+LibrarySummary summaryOf(const Catalog &catalog,
+                         const std::function<FileState(const Asset &)> &fileState)
 {
-    return SummaryCounter(session).count();
+    return SummaryCounter(catalog, fileState).count();
 }

@@ -1,13 +1,13 @@
 #ifndef PHOTOLIB_ENGINE_LIBRARY_SUMMARY_H
 #define PHOTOLIB_ENGINE_LIBRARY_SUMMARY_H
 
-#include "catalog/asset.h"
+#include "catalog/catalog.h"
+#include "engine/file_state.h"
 
 #include <QString>
 
+#include <functional>
 #include <map>
-
-class LibrarySession;
 
 /// What a library holds, counted. What is in the trash and copies out of shared albums are counted
 /// for themselves, and in nothing else.
@@ -42,7 +42,9 @@ struct LibrarySummary {
     int people = 0;
 };
 
-/// Counts what `session` has. Throws Error when the device is gone.
-LibrarySummary summaryOf(LibrarySession &session);
+/// Counts what `catalog` has. `fileState` tells of the file of each photo and video that is neither
+/// in the trash nor shared; what it throws is thrown to the caller.
+LibrarySummary summaryOf(const Catalog &catalog,
+                         const std::function<FileState(const Asset &)> &fileState);
 
 #endif // PHOTOLIB_ENGINE_LIBRARY_SUMMARY_H
