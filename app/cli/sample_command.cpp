@@ -12,6 +12,7 @@
 #include <CLI/CLI.hpp>
 
 #include <atomic>
+#include <map>
 #include <memory>
 
 namespace {
@@ -21,16 +22,29 @@ struct SampleArguments {
     int assets = SampleOptions().assets;
     quint32 seed = SampleOptions().seed;
     bool classic = false;
-    std::string schema = "late";
+    std::string schema = "13";
+    int keywords = SampleOptions().keywords;
+    int people = SampleOptions().people;
     bool noPictures = false;
 };
+
+const std::map<std::string, SampleSchema> &schemas()
+{
+    static const std::map<std::string, SampleSchema> schemas = {
+        {"early", SampleSchema::Early}, {"late", SampleSchema::V13}, {"13", SampleSchema::V13},
+        {"14", SampleSchema::V14},      {"16", SampleSchema::V16},   {"18", SampleSchema::V18},
+        {"26", SampleSchema::V26}};
+    return schemas;
+}
 
 SampleOptions optionsFrom(const SampleArguments &arguments)
 {
     SampleOptions options;
     options.assets = arguments.assets;
     options.seed = arguments.seed;
-    options.schema = arguments.schema == "early" ? SampleSchema::Early : SampleSchema::Late;
+    options.schema = schemas().at(arguments.schema);
+    options.keywords = arguments.keywords;
+    options.people = arguments.people;
     options.pictures = !arguments.noPictures;
     return options;
 }
@@ -105,7 +119,7 @@ void addArguments(CLI::App &command, SampleArguments &arguments)
     CLI::Option *const classic =
         command.add_flag("--classic", arguments.classic, "Write a classic iPod, with photos only");
     command.add_option("--schema", arguments.schema, "Generation of the database")
-        ->check(CLI::IsMember({"early", "late"}))
+        ->check(CLI::IsMember(schemas()))
         ->capture_default_str()
         ->excludes(classic);
     command.add_flag("--no-pictures", arguments.noPictures,

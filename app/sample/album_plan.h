@@ -18,31 +18,37 @@ constexpr quint32 slotBits(std::initializer_list<int> list)
     return bits;
 }
 
-/// The entity numbers of a database model, from which its join table gets its names. They
-/// follow from that of `Album`.
-struct Entities {
-    int album;
-
-    int genericAlbum() const { return album - 1; }
-    int sharedAlbum() const { return album + 1; }
-    int fetchingAlbum() const { return album + 4; }
-    int folder() const { return album + 5; }
-    int importSession() const { return album + 6; }
-    int genericAsset() const { return album + 7; }
-    int asset() const { return album + 8; }
+/// What the album table calls the kinds of albums.
+enum AlbumKind {
+    UserKind = 2,
+    CameraRollKind = 1000,
+    SharedKind = 1505,
+    ImportKind = 1506,
+    SmartKind = 1507,
+    ProjectKind = 1508,
+    SyncedKind = 1550,
+    BuiltInKind = 1552,
+    FetchingKind = 1612,
+    SyncProgressKind = 3571,
+    ProjectRootKind = 3998,
+    RootFolderKind = 3999,
+    FolderKind = 4000,
 };
 
-Entities entitiesOf(SampleSchema schema);
+/// By what an album sorts its photos.
+enum AlbumSortKey { ByHand = 0, ByDate = 1, ByTitle = 5 };
 
 /// One row of the album table.
 struct AlbumPlan {
     qint64 pk = 0;
     int entity = 0;
-    int kind = 2;
+    int kind = UserKind;
     QString title;       ///< null when the album has none
     QString firstTitle;  ///< the title before a renaming that only the log holds; null when none
     qint64 parentPk = 0; ///< 0 when none
     int trashedState = 0;
+    int sortKey = ByHand;
+    bool isAscending = true;
     bool onlyInLog = false;
     /// Bit n: the n-th asset of every outing is a member.
     quint32 memberSlots = 0;
@@ -52,7 +58,7 @@ struct AlbumPlan {
 
 /// The albums of a sample, by ascending key: every kind that readers admit, and some that
 /// they leave out.
-QVector<AlbumPlan> albumsOf(SampleSchema schema);
+QVector<AlbumPlan> albumsOf(const DatabaseModel &model);
 
 } // namespace sample
 

@@ -9,7 +9,6 @@ namespace sample {
 
 namespace {
 
-constexpr int outingSize = 20;
 // No films, nothing from the trash and nothing that readers leave out.
 constexpr std::array<int, 16> photoSlots = {0, 1, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13, 15, 16, 18, 19};
 constexpr int photosPerOuting = static_cast<int>(photoSlots.size());

@@ -6,34 +6,10 @@ namespace sample {
 
 namespace {
 
-constexpr int outingSize = 20;
 constexpr int fileNumbers = 10000; // IMG_0000 to IMG_9999
 constexpr int stepSeconds = 75;    // from one asset of an outing to the next
 constexpr qint64 shortestSpacing = qint64{outingSize} * stepSeconds;
 constexpr qint64 daySeconds = 86400;
-
-/// What the twenty assets of an outing are.
-enum Slot {
-    FirstView = 0,
-    Portrait = 1,
-    Film = 2,
-    EditedLater = 3,
-    BurstFirst = 4,
-    BurstLast = 6,
-    UpsideDown = 7,
-    Panorama = 8,
-    ImportFirst = 9, // three photos that came in one import, all in the same second
-    ImportSecond = 10,
-    ImportLast = 11,
-    SecondFilm = 12,
-    Screenshot = 13,
-    ThrownAway = 14,
-    SyncedPhoto = 15,
-    ReceivedPhoto = 16,
-    LeftOut = leftOutSlot,
-    LivePhoto = 18,
-    SizeUnknown = 19,
-};
 
 enum Purpose : quint64 {
     UuidPurpose = 1,
@@ -43,19 +19,6 @@ enum Purpose : quint64 {
     SizePurpose,
     OutingPurpose
 };
-
-enum SavedType { StreamType = 1, LocalType = 3, SharedType = 4, BoothType = 5, CloudType = 6 };
-constexpr int syncedType = 256;
-constexpr int undefinedType = 0;
-
-bool isBurst(int slot)
-{
-    return slot >= BurstFirst && slot <= BurstLast;
-}
-bool isImport(int slot)
-{
-    return slot >= ImportFirst && slot <= ImportLast;
-}
 
 void setSize(AssetPlan &plan, int width, int height)
 {
@@ -70,33 +33,56 @@ void makeVideo(AssetPlan &plan, int subtype)
     setSize(plan, 320, 180);
 }
 
-void makeLeftOut(AssetPlan &plan, int outing)
+/// Where assets come from in the libraries that readers take apart by these types.
+void giveGenericSource(AssetPlan &plan, int outing)
 {
-    switch (outing % 3) {
-    case 0:
-        plan.savedType = SharedType;
+    constexpr int left[] = {SharedType, CloudType, SharedType, MessagesType, ReferencedType};
+    constexpr int films[] = {LocalType, UndefinedType, SyncedType};
+    switch (plan.slot) {
+    case SecondFilm:
+        plan.savedType = films[outing % 3];
         break;
-    case 1: // still in the cloud only
-        plan.savedType = CloudType;
-        plan.hasSource = false;
+    case SyncedPhoto:
+        plan.savedType = SyncedType;
+        break;
+    case ReceivedPhoto:
+        plan.savedType = outing % 2 == 0 ? StreamType : BoothType;
+        break;
+    case LeftOut:
+        plan.savedType = plan.isVideo() ? int(StreamType) : left[outing % 5];
         break;
     default:
-        makeVideo(plan, 0);
-        plan.savedType = StreamType;
+        break;
     }
 }
 
-void makeReceived(AssetPlan &plan, int outing)
+/// Where they come from in newer libraries, of which readers leave out shared copies only.
+void giveAssetSource(AssetPlan &plan, int outing)
 {
-    plan.savedType = outing % 2 == 0 ? StreamType : BoothType;
-    setSize(plan, 96, 64); // smaller than any thumbnail frame
+    constexpr int received[] = {MessagesType, ReferencedType, BoothType};
+    switch (plan.slot) {
+    case SecondFilm:
+        plan.savedType = outing % 3 == 1 ? CloudType : LocalType;
+        break;
+    case SyncedPhoto:
+        plan.savedType = CloudType;
+        plan.hasSource = outing % 2 == 1; // the others are still in the cloud only
+        break;
+    case ReceivedPhoto:
+        plan.savedType = received[outing % 3];
+        break;
+    case LeftOut:
+        plan.savedType = SharedType;
+        break;
+    default:
+        break;
+    }
 }
 
 void makeSecondFilm(AssetPlan &plan, int outing)
 {
-    makeVideo(plan, 101);
-    const int types[] = {LocalType, undefinedType, syncedType};
-    plan.savedType = types[outing % 3];
+    constexpr int subtypes[] = {101, 102, 103}; // slow motion, time lapse, the screen
+    makeVideo(plan, subtypes[outing % 3]);
 }
 
 void makeUnsized(AssetPlan &plan, int outing)
@@ -128,6 +114,9 @@ void giveShape(AssetPlan &plan)
         plan.subject = Subject::Screen;
         setSize(plan, 225, 400);
         break;
+    case ReceivedPhoto:
+        setSize(plan, 96, 64); // smaller than any thumbnail frame
+        break;
     case LivePhoto:
         plan.kindSubtype = 2;
         break;
@@ -138,8 +127,11 @@ void giveShape(AssetPlan &plan)
 
 void giveKind(AssetPlan &plan, int outing)
 {
+    constexpr int panorama = 6;
     setSize(plan, 400, 300);
     giveShape(plan);
+    // Some cameras' panoramas are known by how they were made only.
+    plan.customRendering = plan.slot == FirstView && outing % 2 == 1 ? panorama : 0;
     switch (plan.slot) {
     case Film:
         makeVideo(plan, 0);
@@ -147,14 +139,9 @@ void giveKind(AssetPlan &plan, int outing)
     case SecondFilm:
         makeSecondFilm(plan, outing);
         break;
-    case SyncedPhoto:
-        plan.savedType = syncedType;
-        break;
-    case ReceivedPhoto:
-        makeReceived(plan, outing);
-        break;
     case LeftOut:
-        makeLeftOut(plan, outing);
+        if (outing % 3 == 2)
+            makeVideo(plan, 0);
         break;
     case SizeUnknown:
         makeUnsized(plan, outing);
@@ -173,7 +160,7 @@ QString sharedFolder(const char *pattern, const AssetPlan &plan)
 QString directoryOf(const AssetPlan &plan)
 {
     switch (plan.savedType) {
-    case syncedType:
+    case SyncedType:
         return sharedFolder("PhotoData/Sync/%1SYNCD", plan);
     case SharedType:
         return sharedFolder("PhotoData/PhotoCloudSharingData/%1CLOUD", plan);
@@ -205,6 +192,16 @@ int rowsFor(int assets)
     constexpr int listedSize = outingSize - 1;
     const int rest = assets % listedSize;
     return assets / listedSize * outingSize + rest + (rest > LeftOut ? 1 : 0);
+}
+
+/// Most names are those that cameras give. Only newer readers take others for what they are.
+QString filePattern(const AssetPlan &plan, const DatabaseModel &model)
+{
+    if (!model.hasGenericAssets() && plan.slot == ImportLast)
+        return QStringLiteral("Straße_%1.%2");
+    if (!model.hasGenericAssets() && plan.slot == ReceivedPhoto)
+        return QStringLiteral("写真_%1.%2");
+    return QStringLiteral("IMG_%1.%2");
 }
 
 double withMillis(qint64 seconds, int millis)
@@ -248,6 +245,7 @@ AssetPlan LibraryPlan::asset(int index) const
     plan.pk = index + 1 + index / 16; // every seventeenth photo was deleted for good
     plan.attributesPk = plan.pk;
     giveKind(plan, index / outingSize);
+    giveSource(plan);
     // Attribute rows have keys of their own, which need not be their assets' keys.
     if (plan.slot == ImportFirst || plan.slot == ImportSecond) {
         const int other = plan.slot == ImportFirst ? index + 1 : index - 1;
@@ -261,11 +259,23 @@ AssetPlan LibraryPlan::asset(int index) const
     return plan;
 }
 
+void LibraryPlan::giveSource(AssetPlan &plan) const
+{
+    const int outing = plan.index / outingSize;
+    if (model().hasGenericAssets())
+        giveGenericSource(plan, outing);
+    else
+        giveAssetSource(plan, outing);
+    // What is in the cloud only, or where a computer keeps it, has no file here.
+    if (plan.savedType == ReferencedType || (plan.isLeftOut() && plan.savedType == CloudType))
+        plan.hasSource = false;
+}
+
 void LibraryPlan::placeFile(AssetPlan &plan) const
 {
     Random random(m_options.seed, SizePurpose, static_cast<quint64>(plan.index));
     plan.directory = directoryOf(plan);
-    plan.fileName = QStringLiteral("IMG_%1.%2")
+    plan.fileName = filePattern(plan, model())
                         .arg((plan.index + 1) % fileNumbers, 4, 10, QLatin1Char('0'))
                         .arg(QLatin1String(plan.isVideo() ? "MOV" : "JPG"));
     if (plan.isVideo())
@@ -273,6 +283,7 @@ void LibraryPlan::placeFile(AssetPlan &plan) const
     plan.claimedSize = plan.isVideo() ? 30LL * plan.durationTicks + random.between(5000, 90000)
                                       : random.between(8000, 48000);
     plan.hasLiveFilm = isLate() && plan.slot == LivePhoto;
+    plan.isEdited = isLate() && plan.slot == EditedLater;
     if (plan.index == UpsideDown) // one photo whose file got lost
         plan.hasSource = false;
 }

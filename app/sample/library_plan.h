@@ -1,6 +1,8 @@
 #ifndef PHOTOLIB_SAMPLE_LIBRARY_PLAN_H
 #define PHOTOLIB_SAMPLE_LIBRARY_PLAN_H
 
+#include "sample/database_model.h"
+#include "sample/outing_slots.h"
 #include "sample/sample_options.h"
 
 #include <QByteArray>
@@ -11,8 +13,18 @@ namespace sample {
 /// What a photo shows, where that follows from the asset and not from chance.
 enum class Subject { Landscape, Screen };
 
-/// The part in an outing that readers leave out, for its saved type.
-constexpr int leftOutSlot = 17;
+/// Where an asset came from, as the asset table says it.
+enum SavedType {
+    UndefinedType = 0,
+    StreamType = 1,
+    LocalType = 3,
+    SharedType = 4,
+    BoothType = 5,
+    CloudType = 6,
+    ReferencedType = 10,
+    MessagesType = 12,
+    SyncedType = 256,
+};
 
 /// One row of the asset table and the files that belong to it.
 struct AssetPlan {
@@ -24,8 +36,9 @@ struct AssetPlan {
 
     int kind = 0; ///< 0 photo, 1 video
     int kindSubtype = 0;
-    int savedType = 3;
-    int width = 0; ///< pixels, upright
+    int savedType = LocalType;
+    int customRendering = 0; ///< how the camera made the picture: 6 panorama
+    int width = 0;           ///< pixels, upright
     int height = 0;
     int orientation = 1; ///< EXIF code
     QString directory;   ///< relative to the media root
@@ -43,6 +56,7 @@ struct AssetPlan {
     bool hasLargeThumbnail = false;
     bool hasSource = true;
     bool hasLiveFilm = false;
+    bool isEdited = false;
     bool sizeRecorded = true;
     qint64 claimedSize = 0; ///< bytes, for a source that is not written
 
@@ -50,7 +64,7 @@ struct AssetPlan {
     quint64 sceneSeed = 0;
     int scenePhase = 0; ///< thousandths of the way through the scene's movement
 
-    bool isLeftOut() const { return slot == leftOutSlot; }
+    bool isLeftOut() const { return slot == LeftOut; }
     bool isVideo() const { return kind == 1; }
     bool isInCameraRoll() const { return directory.startsWith(QLatin1String("DCIM/")); }
     QString path() const { return directory + QLatin1Char('/') + fileName; }
@@ -65,7 +79,8 @@ public:
     explicit LibraryPlan(const SampleOptions &options);
 
     const SampleOptions &options() const { return m_options; }
-    bool isLate() const { return m_options.schema == SampleSchema::Late; }
+    const DatabaseModel &model() const { return modelOf(m_options.schema); }
+    bool isLate() const { return m_options.schema != SampleSchema::Early; }
 
     /// Rows of the asset table: the assets of the options, and those that readers leave out.
     int rowCount() const { return m_rows; }
@@ -81,6 +96,7 @@ public:
 
 private:
     qint64 outingStart(int outing) const;
+    void giveSource(AssetPlan &plan) const;
     void placeFile(AssetPlan &plan) const;
     void giveDates(AssetPlan &plan) const;
     void giveScene(AssetPlan &plan) const;

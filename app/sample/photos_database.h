@@ -2,8 +2,8 @@
 #define PHOTOLIB_SAMPLE_PHOTOS_DATABASE_H
 
 #include "sample/album_plan.h"
+#include "sample/detail_tables.h"
 #include "sample/library_plan.h"
-#include "sample/table_columns.h"
 
 #include <QVector>
 
@@ -32,22 +32,30 @@ private:
     struct Inserts;
 
     void createTables();
+    void createRelations();
     void addMetadata();
     void addAlbums();
     void addAlbum(const AlbumPlan &album);
+    void addRows(const AssetPlan &asset, qint64 fileSize);
     void addMemberships(const AssetPlan &asset);
+    void addMember(int album, const AssetPlan &asset);
     void startLog();
     void addLoggedChanges();
+    void addKeyAssets();
+    void noteLargestKeys();
 
     QString m_path;
     const LibraryPlan &m_plan;
-    Entities m_entities;
+    const DatabaseModel &m_model;
     QVector<AlbumPlan> m_albums;
     Database m_database;
     std::unique_ptr<Inserts> m_inserts;
+    std::unique_ptr<DetailTables> m_details; ///< null where the model has none
+    qint64 m_importSessionPk = 0;
     int m_assetsInTransaction = 0;
     bool m_logStarted = false;
     QVector<qint64> m_memberCounts; ///< parallel to m_albums
+    QVector<qint64> m_firstMembers; ///< likewise; 0 while there is none
 };
 
 } // namespace sample

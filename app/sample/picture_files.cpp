@@ -3,6 +3,7 @@
 #include "sample/canvas.h"
 #include "sample/jpeg.h"
 #include "sample/movie.h"
+#include "sample/property_lists.h"
 #include "sample/scenes.h"
 
 #include <QSize>
@@ -50,6 +51,8 @@ qint64 PictureFiles::write(const AssetPlan &asset)
     writeThumbnails(asset, picture);
     if (asset.isVideo())
         writePoster(asset, picture);
+    if (asset.isEdited)
+        writeEdit(asset, picture);
     return asset.hasSource ? writeSource(asset, picture) : asset.claimedSize;
 }
 
@@ -76,6 +79,18 @@ void PictureFiles::writeThumbnails(const AssetPlan &asset, const QImage &picture
     if (asset.thumbnailIndex >= 0)
         m_packedFile.write(thumbnailRecord(fitted(picture, {m_format.width, m_format.height}),
                                            asset.uuid, m_format));
+}
+
+/// The edited photo is in black and white. What was done to it is noted beside it.
+void PictureFiles::writeEdit(const AssetPlan &asset, const QImage &picture)
+{
+    const QString folder =
+        QStringLiteral("PhotoData/Mutations/%1/%2/Adjustments/").arg(asset.directory, asset.stem());
+    const auto date = static_cast<qint64>(asset.modified);
+    const QImage gray = picture.convertToFormat(QImage::Format_Grayscale8);
+    m_folder.writeFile(folder + QLatin1String("FullSizeRender.jpg"),
+                       jpeg(gray.convertToFormat(QImage::Format_RGB32), thumbnailQuality), date);
+    m_folder.writeFile(folder + QLatin1String("Adjustments.plist"), adjustmentsPlist(), date);
 }
 
 void PictureFiles::writePoster(const AssetPlan &asset, const QImage &picture)

@@ -26,6 +26,7 @@ public:
 private:
     qint64 writeSource(const AssetPlan &asset, const QImage &picture);
     void writeThumbnails(const AssetPlan &asset, const QImage &picture);
+    void writeEdit(const AssetPlan &asset, const QImage &picture);
     void writePoster(const AssetPlan &asset, const QImage &picture);
 
     OutputFolder &m_folder;

@@ -54,14 +54,23 @@ QByteArray currentLibraryPlist(const QByteArray &uuid)
     return toXml(plist);
 }
 
-QByteArray storeMetadata(const QByteArray &modelVersion)
+QByteArray adjustmentsPlist()
+{
+    const Plist plist(plist_new_dict());
+    put(plist, "adjustmentBaseVersion", plist_new_uint(0));
+    put(plist, "adjustmentFormatIdentifier", plist_new_string("photolib.sample.black-and-white"));
+    put(plist, "adjustmentFormatVersion", plist_new_string("1.0"));
+    return toXml(plist);
+}
+
+QByteArray storeMetadata(int modelVersion)
 {
     const Plist plist(plist_new_dict());
     put(plist, "NSStoreType", plist_new_string("SQLite"));
     put(plist, "NSPersistenceFrameworkVersion", plist_new_uint(851));
     put(plist, "NSStoreModelVersionHashesVersion", plist_new_uint(3));
     put(plist, "_NSAutoVacuumLevel", plist_new_string("2"));
-    put(plist, "PLModelVersion", plist_new_uint(modelVersion.toULongLong()));
+    put(plist, "PLModelVersion", plist_new_uint(static_cast<uint64_t>(modelVersion)));
     return toBinary(plist);
 }
 

@@ -9,9 +9,12 @@ namespace sample {
 /// `uuid` is the text form. Throws SampleError.
 QByteArray currentLibraryPlist(const QByteArray &uuid);
 
+/// The plist, as XML, beside an edited photo. Throws SampleError.
+QByteArray adjustmentsPlist();
+
 /// The binary plist that a database keeps about itself, with its model's version.
 /// Throws SampleError.
-QByteArray storeMetadata(const QByteArray &modelVersion);
+QByteArray storeMetadata(int modelVersion);
 
 } // namespace sample
 

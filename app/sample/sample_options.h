@@ -5,10 +5,15 @@
 
 #include <atomic>
 
-/// The generation of database that a sample device holds.
+/// The generation of database that a sample device holds, older ones first; but for the first,
+/// by the year's system that writes it.
 enum class SampleSchema {
     Early, ///< no subtype, trash or burst columns; a Camera Roll album; join table Z_15ASSETS
-    Late,  ///< all columns; no Camera Roll album; join table Z_23ASSETS among decoys
+    V13,   ///< the last with ZGENERICASSET; join table Z_26ASSETS among decoys
+    V14,   ///< the first with ZASSET
+    V16,
+    V18,
+    V26,
 };
 
 /// What a sample device holds. Equal options give equal files, byte for byte.
@@ -17,11 +22,18 @@ struct SampleOptions {
     /// the asset table is of a kind that they leave out.
     int assets = 60;
     quint32 seed = 1;
-    SampleSchema schema = SampleSchema::Late;
+    SampleSchema schema = SampleSchema::V13;
     /// Without pictures only the database and the sync plist are written: the database still
     /// names and sizes the files that are not there.
     bool pictures = true;
+    /// How many keywords and people the library knows, 0 to maxSampleNames. The assets share
+    /// them out among themselves. An early database has neither.
+    int keywords = 24;
+    int people = 8;
 };
+
+/// The largest number of keywords, and of people, that a sample can have.
+constexpr int maxSampleNames = 100000;
 
 /// The largest number of assets that a sample can have.
 constexpr int maxSampleAssets = 5000000;

@@ -22,6 +22,12 @@ void checkOptions(const SampleOptions &options)
         throw SampleError(QStringLiteral("cannot write a sample of %1 assets: it takes 0 to %2")
                               .arg(options.assets)
                               .arg(maxSampleAssets));
+    for (const int names : {options.keywords, options.people})
+        if (names < 0 || names > maxSampleNames)
+            throw SampleError(
+                QStringLiteral("cannot write a sample of %1 keywords or people: it takes 0 to %2")
+                    .arg(names)
+                    .arg(maxSampleNames));
 }
 
 void writeAssets(OutputFolder &folder, const LibraryPlan &plan, PhotosDatabase &database,

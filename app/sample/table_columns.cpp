@@ -1,14 +1,13 @@
 #include "sample/table_columns.h"
 
+#include "sample/dates.h"
 #include "sample/random.h"
-
-#include <QDateTime>
 
 namespace sample {
 
 namespace {
 
-constexpr bool late = true;
+constexpr SampleSchema late = SampleSchema::V13;
 
 Value integer(qint64 value)
 {
@@ -39,9 +38,17 @@ Value dateOrNone(double seconds)
 {
     return seconds != 0 ? real(seconds) : none();
 }
-Value titleOrNone(const QString &title)
+Value textOrNone(const QString &value)
 {
-    return title.isNull() ? none() : text(title);
+    return value.isNull() ? none() : text(value);
+}
+Value keyOrNone(qint64 pk)
+{
+    return pk != 0 ? integer(pk) : none();
+}
+Value uuidValue(const QByteArray &uuid, const DatabaseModel &model)
+{
+    return model.hasTextUuids() ? text(QString::fromLatin1(uuidText(uuid))) : blob(uuid);
 }
 
 /// Seconds on the film, 0 for a photo.
@@ -70,50 +77,74 @@ int playbackStyle(const AssetRow &row)
     return row.plan.hasLiveFilm ? 3 : 1;
 }
 
-/// Photos are taken around one of a few places; about one in eight has none.
-struct Place {
-    double latitude;
-    double longitude;
-};
-
-Place placeOf(const AssetRow &row)
-{
-    static const Place places[] = {
-        {35.6586, 139.7454}, {56.1567, 10.2108}, {50.0614, 19.9366}, {43.5528, 7.0174}};
-    if (row.plan.slot == 13 || row.plan.slot == 16)
-        return {-180.0, -180.0};
-    Place place = places[row.plan.index / 20 % 4];
-    place.latitude += row.plan.slot / 1024.0;
-    return place;
-}
-
 bool isSideways(const AssetRow &row)
 {
     return row.plan.orientation >= 5;
 }
 
+/// 0 visible, 2 kept out of sight: shared copies stand in their albums only.
+int visibility(const AssetRow &row)
+{
+    return isHiddenFrame(row) || row.plan.savedType == SharedType ? 2 : 0;
+}
+
+bool isInCloud(const AssetRow &row)
+{
+    return row.plan.savedType == CloudType;
+}
+
+/// What the clock of the camera showed.
 QString timestampText(const AssetRow &row)
 {
-    const QDateTime reference(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
-    return reference.addSecs(static_cast<qint64>(row.plan.created))
+    const qint64 offset = row.details.zoneOffset.value_or(0);
+    return dateTime(static_cast<qint64>(row.plan.created) + offset)
         .toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+}
+
+/// "GMT+0200".
+Value zoneName(const AssetRow &row)
+{
+    if (!row.details.zoneOffset)
+        return none();
+    const int minutes = qAbs(*row.details.zoneOffset) / 60;
+    return text(QStringLiteral("GMT%1%2%3")
+                    .arg(QLatin1Char(*row.details.zoneOffset < 0 ? '-' : '+'))
+                    .arg(minutes / 60, 2, 10, QLatin1Char('0'))
+                    .arg(minutes % 60, 2, 10, QLatin1Char('0')));
+}
+
+Value zoneOffset(const AssetRow &row)
+{
+    return row.details.zoneOffset ? integer(*row.details.zoneOffset) : none();
+}
+
+/// The faces of a photo stand beside each other.
+double faceCenter(const FaceRow &row)
+{
+    return 0.25 + 0.25 * row.position;
 }
 
 // Photos and videos. The early model lacks the columns marked late.
 const Column<AssetRow> assetTable[] = {
     {"Z_PK", "INTEGER PRIMARY KEY", [](const AssetRow &r) { return integer(r.plan.pk); }},
-    {"Z_ENT", "INTEGER", [](const AssetRow &r) { return integer(r.entities.asset()); }},
+    {"Z_ENT", "INTEGER", [](const AssetRow &r) { return integer(r.model.entities.asset); }},
     {"Z_OPT", "INTEGER", [](const AssetRow &r) { return integer(1 + r.plan.index % 5); }},
     {"ZAVALANCHEPICKTYPE", "INTEGER", [](const AssetRow &r) { return integer(pickType(r)); }, late},
     {"ZCLOUDDELETESTATE", "INTEGER", [](const AssetRow &) { return integer(0); }},
-    {"ZCLOUDLOCALSTATE", "INTEGER", [](const AssetRow &) { return integer(0); }},
+    {"ZCLOUDLOCALSTATE", "INTEGER", [](const AssetRow &r) { return flag(isInCloud(r)); }},
     {"ZCLOUDPLACEHOLDERKIND", "INTEGER", [](const AssetRow &) { return integer(0); }},
     {"ZCOMPLETE", "INTEGER", [](const AssetRow &) { return integer(1); }},
+    {"ZCUSTOMRENDEREDVALUE", "INTEGER",
+     [](const AssetRow &r) { return integer(r.plan.customRendering); }, late, SampleSchema::V14},
     {"ZFACEAREAPOINTS", "INTEGER", [](const AssetRow &) { return integer(0); }},
-    {"ZFAVORITE", "INTEGER", [](const AssetRow &r) { return flag(r.plan.index % 7 == 1); }},
-    {"ZHASADJUSTMENTS", "INTEGER", [](const AssetRow &) { return integer(0); }},
+    {"ZFAVORITE", "INTEGER", [](const AssetRow &r) { return flag(r.details.isFavorite); }},
+    {"ZHASADJUSTMENTS", "INTEGER", [](const AssetRow &r) { return flag(r.plan.isEdited); },
+     SampleSchema::Early, SampleSchema::V16},
+    {"ZADJUSTMENTSSTATE", "INTEGER",
+     [](const AssetRow &r) { return integer(r.plan.isEdited ? 2 : 0); }, SampleSchema::V18},
+    {"ZHDRTYPE", "INTEGER", [](const AssetRow &) { return integer(0); }, SampleSchema::V16},
     {"ZHEIGHT", "INTEGER", [](const AssetRow &r) { return integer(r.plan.height); }},
-    {"ZHIDDEN", "INTEGER", [](const AssetRow &r) { return flag(r.plan.index % 41 == 33); }},
+    {"ZHIDDEN", "INTEGER", [](const AssetRow &r) { return flag(r.details.isHidden); }},
     {"ZKIND", "INTEGER", [](const AssetRow &r) { return integer(r.plan.kind); }},
     {"ZKINDSUBTYPE", "INTEGER", [](const AssetRow &r) { return integer(r.plan.kindSubtype); },
      late},
@@ -124,20 +155,28 @@ const Column<AssetRow> assetTable[] = {
     {"ZTHUMBNAILINDEX", "INTEGER",
      [](const AssetRow &r) { return integer(r.plan.thumbnailIndex); }},
     {"ZTRASHEDSTATE", "INTEGER", [](const AssetRow &r) { return flag(r.plan.trashed != 0); }, late},
-    {"ZVISIBILITYSTATE", "INTEGER",
-     [](const AssetRow &r) { return integer(isHiddenFrame(r) ? 2 : 0); }, late},
+    {"ZVISIBILITYSTATE", "INTEGER", [](const AssetRow &r) { return integer(visibility(r)); }, late},
     {"ZWIDTH", "INTEGER", [](const AssetRow &r) { return integer(r.plan.width); }},
     {"ZADDITIONALATTRIBUTES", "INTEGER",
      [](const AssetRow &r) {
          return r.plan.hasAttributes ? integer(r.plan.attributesPk) : none();
      }},
+    {"ZIMPORTSESSION", "INTEGER", [](const AssetRow &r) { return keyOrNone(r.importSessionPk); },
+     late},
+    {"Z_FOK_IMPORTSESSION", "INTEGER",
+     [](const AssetRow &r) {
+         return r.importSessionPk != 0 ? integer(1024 * (r.details.importPosition + 1)) : none();
+     },
+     late, SampleSchema::V16},
     {"ZMASTER", "INTEGER", [](const AssetRow &) { return none(); }},
     {"ZMOMENT", "INTEGER", [](const AssetRow &r) { return integer(1 + r.plan.index / 20); }},
     {"ZADDEDDATE", "TIMESTAMP", [](const AssetRow &r) { return real(r.plan.created + 1.5); }, late},
     {"ZDATECREATED", "TIMESTAMP", [](const AssetRow &r) { return real(r.plan.created); }},
     {"ZDURATION", "FLOAT", [](const AssetRow &r) { return real(duration(r)); }},
-    {"ZLATITUDE", "FLOAT", [](const AssetRow &r) { return real(placeOf(r).latitude); }},
-    {"ZLONGITUDE", "FLOAT", [](const AssetRow &r) { return real(placeOf(r).longitude); }},
+    {"ZLATITUDE", "FLOAT",
+     [](const AssetRow &r) { return r.details.place ? real(r.details.place->latitude) : none(); }},
+    {"ZLONGITUDE", "FLOAT",
+     [](const AssetRow &r) { return r.details.place ? real(r.details.place->longitude) : none(); }},
     {"ZMODIFICATIONDATE", "TIMESTAMP", [](const AssetRow &r) { return real(r.plan.modified); }},
     // The token is there for every photo, in a burst or not.
     {"ZSORTTOKEN", "FLOAT",
@@ -156,7 +195,7 @@ const Column<AssetRow> assetTable[] = {
          return text(r.plan.isVideo() ? QStringLiteral("com.apple.quicktime-movie")
                                       : QStringLiteral("public.jpeg"));
      }},
-    {"ZUUID", "BLOB", [](const AssetRow &r) { return blob(r.plan.uuid); }},
+    {"ZUUID", "VARCHAR", [](const AssetRow &r) { return uuidValue(r.plan.uuid, r.model); }},
     {"ZLOCATIONDATA", "BLOB", [](const AssetRow &) { return none(); }},
 };
 
@@ -172,16 +211,93 @@ const Column<AssetRow> attributeTable[] = {
      [](const AssetRow &r) { return integer(r.plan.orientation); }},
     {"ZORIGINALWIDTH", "INTEGER",
      [](const AssetRow &r) { return integer(isSideways(r) ? r.plan.height : r.plan.width); }},
-    {"ZTIMEZONEOFFSET", "INTEGER", [](const AssetRow &) { return integer(7200); }},
+    {"ZTIMEZONEOFFSET", "INTEGER", zoneOffset},
+    {"ZINFERREDTIMEZONEOFFSET", "INTEGER", zoneOffset, late},
     {"ZVIEWCOUNT", "INTEGER", [](const AssetRow &r) { return integer(r.plan.index % 11); }, late},
     {"ZASSET", "INTEGER", [](const AssetRow &r) { return integer(r.plan.pk); }},
-    {"ZDURATION", "FLOAT", [](const AssetRow &r) { return real(duration(r)); }},
-    {"ZCREATORBUNDLEID", "VARCHAR", [](const AssetRow &) { return none(); }},
+    {"Z34_ASSET", "INTEGER", [](const AssetRow &r) { return integer(r.model.entities.asset); },
+     SampleSchema::V13, SampleSchema::V13},
+    {"ZASSETDESCRIPTION", "INTEGER", [](const AssetRow &r) { return keyOrNone(r.captionPk); },
+     late},
+    {"ZDURATION", "FLOAT", [](const AssetRow &r) { return real(duration(r)); }, SampleSchema::Early,
+     SampleSchema::V13},
+    {"ZCREATORBUNDLEID", "VARCHAR", [](const AssetRow &) { return none(); }, SampleSchema::Early,
+     SampleSchema::V14},
+    {"ZIMPORTEDBYBUNDLEIDENTIFIER", "VARCHAR", [](const AssetRow &) { return none(); },
+     SampleSchema::V16},
     {"ZEXIFTIMESTAMPSTRING", "VARCHAR", [](const AssetRow &r) { return text(timestampText(r)); }},
-    {"ZORIGINALFILENAME", "VARCHAR", [](const AssetRow &r) { return text(r.plan.fileName); }},
-    {"ZTIMEZONENAME", "VARCHAR", [](const AssetRow &) { return text(QStringLiteral("GMT+0200")); }},
-    {"ZTITLE", "VARCHAR", [](const AssetRow &) { return none(); }},
+    {"ZORIGINALFILENAME", "VARCHAR",
+     [](const AssetRow &r) { return textOrNone(r.details.originalName); }},
+    {"ZTIMEZONENAME", "VARCHAR", zoneName},
+    {"ZTITLE", "VARCHAR", [](const AssetRow &r) { return textOrNone(r.details.title); }},
     {"ZORIGINALHASH", "BLOB", [](const AssetRow &) { return none(); }},
+};
+
+const Column<AssetRow> captionTable[] = {
+    {"Z_PK", "INTEGER PRIMARY KEY", [](const AssetRow &r) { return integer(r.captionPk); }},
+    {"Z_ENT", "INTEGER",
+     [](const AssetRow &r) { return integer(r.model.entities.assetDescription); }},
+    {"Z_OPT", "INTEGER", [](const AssetRow &) { return integer(1); }},
+    {"ZASSETATTRIBUTES", "INTEGER", [](const AssetRow &r) { return integer(r.plan.attributesPk); }},
+    {"ZLONGDESCRIPTION", "VARCHAR", [](const AssetRow &r) { return text(r.details.caption); }},
+};
+
+const Column<NameRow> keywordTable[] = {
+    {"Z_PK", "INTEGER PRIMARY KEY", [](const NameRow &r) { return integer(r.pk); }},
+    {"Z_ENT", "INTEGER", [](const NameRow &r) { return integer(r.model.entities.keyword); }},
+    {"Z_OPT", "INTEGER", [](const NameRow &) { return integer(1); }},
+    {"ZSHORTCUT", "VARCHAR", [](const NameRow &) { return none(); }},
+    {"ZTITLE", "VARCHAR", [](const NameRow &r) { return text(r.name); }},
+    {"ZUUID", "VARCHAR",
+     [](const NameRow &r) { return text(QString::fromLatin1(uuidText(r.uuid))); }},
+};
+
+const Column<NameRow> personTable[] = {
+    {"Z_PK", "INTEGER PRIMARY KEY", [](const NameRow &r) { return integer(r.pk); }},
+    {"Z_ENT", "INTEGER", [](const NameRow &r) { return integer(r.model.entities.person); }},
+    {"Z_OPT", "INTEGER", [](const NameRow &) { return integer(1); }},
+    {"ZFACECOUNT", "INTEGER", [](const NameRow &) { return integer(0); }},
+    {"ZMANUALORDER", "INTEGER", [](const NameRow &r) { return integer(r.pk); }},
+    {"ZTYPE", "INTEGER", [](const NameRow &) { return integer(0); }},
+    {"ZVERIFIEDTYPE", "INTEGER", [](const NameRow &r) { return flag(!r.name.isEmpty()); }},
+    {"ZDISPLAYNAME", "VARCHAR", [](const NameRow &r) { return text(r.name.section(' ', 0, 0)); }},
+    {"ZFULLNAME", "VARCHAR", [](const NameRow &r) { return text(r.name); }},
+    {"ZPERSONUUID", "VARCHAR",
+     [](const NameRow &r) { return text(QString::fromLatin1(uuidText(r.uuid))); }},
+};
+
+Value faceAsset(const FaceRow &row)
+{
+    return integer(row.asset.pk);
+}
+Value facePerson(const FaceRow &row)
+{
+    return keyOrNone(row.personPk);
+}
+
+// Since people are known by more than their faces, the columns say what they are about.
+const Column<FaceRow> faceTable[] = {
+    {"Z_PK", "INTEGER PRIMARY KEY", [](const FaceRow &r) { return integer(r.pk); }},
+    {"Z_ENT", "INTEGER", [](const FaceRow &r) { return integer(r.model.entities.detectedFace); }},
+    {"Z_OPT", "INTEGER", [](const FaceRow &) { return integer(1); }},
+    {"ZASSETVISIBLE", "INTEGER", [](const FaceRow &) { return integer(1); }},
+    {"ZHIDDEN", "INTEGER", [](const FaceRow &) { return integer(0); }},
+    {"ZISINTRASH", "INTEGER", [](const FaceRow &) { return integer(0); }},
+    {"ZMANUAL", "INTEGER", [](const FaceRow &) { return integer(0); }},
+    {"ZNAMESOURCE", "INTEGER", [](const FaceRow &r) { return flag(r.personPk != 0); }},
+    {"ZSOURCEHEIGHT", "INTEGER", [](const FaceRow &r) { return integer(r.asset.height); }},
+    {"ZSOURCEWIDTH", "INTEGER", [](const FaceRow &r) { return integer(r.asset.width); }},
+    {"ZASSET", "INTEGER", faceAsset, SampleSchema::V13, SampleSchema::V14},
+    {"Z34_ASSET", "INTEGER", [](const FaceRow &r) { return integer(r.model.entities.asset); },
+     SampleSchema::V13, SampleSchema::V13},
+    {"ZASSETFORFACE", "INTEGER", faceAsset, SampleSchema::V16},
+    {"ZPERSON", "INTEGER", facePerson, SampleSchema::V13, SampleSchema::V14},
+    {"ZPERSONFORFACE", "INTEGER", facePerson, SampleSchema::V16},
+    {"ZCENTERX", "FLOAT", [](const FaceRow &r) { return real(faceCenter(r)); }},
+    {"ZCENTERY", "FLOAT", [](const FaceRow &) { return real(0.5); }},
+    {"ZSIZE", "FLOAT", [](const FaceRow &) { return real(0.125); }},
+    {"ZUUID", "VARCHAR",
+     [](const FaceRow &r) { return text(QString::fromLatin1(uuidText(r.uuid))); }},
 };
 
 const Column<AlbumRow> albumTable[] = {
@@ -189,19 +305,21 @@ const Column<AlbumRow> albumTable[] = {
     {"Z_ENT", "INTEGER", [](const AlbumRow &r) { return integer(r.plan.entity); }},
     {"Z_OPT", "INTEGER", [](const AlbumRow &) { return integer(1); }},
     {"ZCACHEDCOUNT", "INTEGER", [](const AlbumRow &r) { return integer(r.assets); }},
-    {"ZCUSTOMSORTASCENDING", "INTEGER", [](const AlbumRow &) { return integer(1); }, late},
-    {"ZCUSTOMSORTKEY", "INTEGER", [](const AlbumRow &r) { return integer(r.plan.pk % 2); }, late},
+    {"ZCUSTOMSORTASCENDING", "INTEGER", [](const AlbumRow &r) { return flag(r.plan.isAscending); },
+     late},
+    {"ZCUSTOMSORTKEY", "INTEGER", [](const AlbumRow &r) { return integer(r.plan.sortKey); }, late},
     {"ZKIND", "INTEGER", [](const AlbumRow &r) { return integer(r.plan.kind); }},
     {"ZTRASHEDSTATE", "INTEGER", [](const AlbumRow &r) { return integer(r.plan.trashedState); },
      late},
+    {"ZKEYASSET", "INTEGER", [](const AlbumRow &) { return none(); }, late, SampleSchema::V16},
     {"ZPARENTFOLDER", "INTEGER",
      [](const AlbumRow &r) { return r.plan.parentPk != 0 ? integer(r.plan.parentPk) : none(); }},
     {"Z_FOK_PARENTFOLDER", "INTEGER",
      [](const AlbumRow &r) { return r.plan.parentPk != 0 ? integer(1024 * r.plan.pk) : none(); }},
     {"ZCREATIONDATE", "TIMESTAMP", [](const AlbumRow &r) { return real(r.createdAt); }, late},
     {"ZIMPORTSESSIONID", "VARCHAR", [](const AlbumRow &) { return none(); }},
-    {"ZTITLE", "VARCHAR", [](const AlbumRow &r) { return titleOrNone(r.plan.title); }},
-    {"ZUUID", "BLOB", [](const AlbumRow &r) { return blob(r.uuid); }},
+    {"ZTITLE", "VARCHAR", [](const AlbumRow &r) { return textOrNone(r.plan.title); }},
+    {"ZUUID", "VARCHAR", [](const AlbumRow &r) { return uuidValue(r.uuid, r.model); }},
 };
 
 template <typename Row, int size>
@@ -209,7 +327,7 @@ QVector<Column<Row>> columnsFor(SampleSchema schema, const Column<Row> (&table)[
 {
     QVector<Column<Row>> columns;
     for (const Column<Row> &column : table)
-        if (schema == SampleSchema::Late || !column.onlyLate)
+        if (column.since <= schema && schema <= column.until)
             columns.append(column);
     return columns;
 }
@@ -229,6 +347,26 @@ QVector<Column<AssetRow>> attributeColumns(SampleSchema schema)
 QVector<Column<AlbumRow>> albumColumns(SampleSchema schema)
 {
     return columnsFor(schema, albumTable);
+}
+
+QVector<Column<AssetRow>> captionColumns(SampleSchema schema)
+{
+    return columnsFor(schema, captionTable);
+}
+
+QVector<Column<NameRow>> keywordColumns(SampleSchema schema)
+{
+    return columnsFor(schema, keywordTable);
+}
+
+QVector<Column<NameRow>> personColumns(SampleSchema schema)
+{
+    return columnsFor(schema, personTable);
+}
+
+QVector<Column<FaceRow>> faceColumns(SampleSchema schema)
+{
+    return columnsFor(schema, faceTable);
 }
 
 } // namespace sample

@@ -10,7 +10,8 @@ constexpr int trailerSize = 28;
 constexpr int uuidSize = 16;
 
 constexpr ThumbnailFormat earlyFormat = {"PhotoData/Thumbnails/158x158.ithmb", 160, 158, 158};
-constexpr ThumbnailFormat lateFormat = {"PhotoData/Thumbnails/120x120.ithmb", 120, 120, 120};
+constexpr ThumbnailFormat genericFormat = {"PhotoData/Thumbnails/120x120.ithmb", 120, 120, 120};
+constexpr ThumbnailFormat assetFormat = {"PhotoData/Thumbnails/4031.ithmb", 120, 120, 120};
 
 /// Five bits of each colour, blue lowest.
 quint16 packed(QRgb color)
@@ -23,7 +24,9 @@ quint16 packed(QRgb color)
 
 const ThumbnailFormat &thumbnailFormat(SampleSchema schema)
 {
-    return schema == SampleSchema::Late ? lateFormat : earlyFormat;
+    if (schema == SampleSchema::Early)
+        return earlyFormat;
+    return schema == SampleSchema::V13 ? genericFormat : assetFormat;
 }
 
 QByteArray thumbnailRecord(const QImage &picture, const QByteArray &uuid,

@@ -61,9 +61,9 @@ TEST_F(SampleTables, HaveTheNewerColumnsInTheLateSchemaOnly)
 
 TEST_F(SampleTables, HaveDecoysAroundTheJoinTableOfTheLateSchema)
 {
-    const QStringList late = {QStringLiteral("Z_30SUGGESTIONSBEINGREPRESENTATIVEASSETS"),
-                              QStringLiteral("Z_23ASSETS"),
-                              QStringLiteral("Z_30MEMORIESBEINGCURATEDASSETS")};
+    const QStringList late = {QStringLiteral("Z_34SUGGESTIONSBEINGREPRESENTATIVEASSETS"),
+                              QStringLiteral("Z_26ASSETS"),
+                              QStringLiteral("Z_34MEMORIESBEINGCURATEDASSETS")};
     EXPECT_EQ(m_late.column(joinTables), late);
     EXPECT_EQ(m_early.column(joinTables), QStringList{QStringLiteral("Z_15ASSETS")});
 }
@@ -72,20 +72,20 @@ TEST_F(SampleTables, NameTheJoinTableAfterTheEntityNumbers)
 {
     const char *const number = "select group_concat(Z_NAME || Z_ENT) from Z_PRIMARYKEY "
                                "where Z_NAME in ('Album', 'GenericAsset')";
-    EXPECT_EQ(m_late.value(number), QStringLiteral("Album23,GenericAsset30"));
+    EXPECT_EQ(m_late.value(number), QStringLiteral("Album26,GenericAsset34"));
     EXPECT_EQ(m_early.value(number), QStringLiteral("Album15,GenericAsset22"));
-    EXPECT_EQ(m_late.column("select name from pragma_table_info('Z_23ASSETS')").join(' '),
-              QStringLiteral("Z_23ALBUMS Z_30ASSETS Z_FOK_30ASSETS"));
+    EXPECT_EQ(m_late.column("select name from pragma_table_info('Z_26ASSETS')").join(' '),
+              QStringLiteral("Z_26ALBUMS Z_34ASSETS Z_FOK_34ASSETS"));
     EXPECT_EQ(m_early.column("select name from pragma_table_info('Z_15ASSETS')").join(' '),
               QStringLiteral("Z_15ALBUMS Z_22ASSETS Z_FOK_22ASSETS"));
 }
 
 TEST_F(SampleTables, JoinOnlyAlbumsAndAssetsThatExist)
 {
-    EXPECT_GT(m_late.number("select count(*) from Z_23ASSETS"), 30);
-    EXPECT_EQ(m_late.number("select count(*) from Z_23ASSETS where "
-                            "Z_23ALBUMS not in (select Z_PK from ZGENERICALBUM) or "
-                            "Z_30ASSETS not in (select Z_PK from ZGENERICASSET)"),
+    EXPECT_GT(m_late.number("select count(*) from Z_26ASSETS"), 30);
+    EXPECT_EQ(m_late.number("select count(*) from Z_26ASSETS where "
+                            "Z_26ALBUMS not in (select Z_PK from ZGENERICALBUM) or "
+                            "Z_34ASSETS not in (select Z_PK from ZGENERICASSET)"),
               0);
 }
 
@@ -122,7 +122,7 @@ TEST_F(SampleTables, HaveAlbumsOfEveryKind)
 TEST_F(SampleTables, CountTheMembersOfEachAlbum)
 {
     EXPECT_EQ(m_late.number("select count(*) from ZGENERICALBUM where ZCACHEDCOUNT != "
-                            "(select count(*) from Z_23ASSETS where Z_23ALBUMS = Z_PK)"),
+                            "(select count(*) from Z_26ASSETS where Z_26ALBUMS = Z_PK)"),
               0);
 }
 

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 inline SampleOptions sampleOptions(int assets, bool pictures = true, quint32 seed = 1,
-                                   SampleSchema schema = SampleSchema::Late)
+                                   SampleSchema schema = SampleSchema::V13)
 {
     SampleOptions options;
     options.assets = assets;
