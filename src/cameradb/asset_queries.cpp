@@ -1,5 +1,6 @@
 #include "cameradb/asset_queries.h"
 
+#include "cameradb/asset_schema.h"
 #include "cameradb/ordered_insert.h"
 #include "cameradb/prefetch.h"
 #include "cameradb/unique_dates.h"
@@ -18,12 +19,18 @@ namespace {
 // Holds the longest statement, the photos with all their optional columns.
 typedef char sql_text[1024];
 
-// Stands in for a column that the database does not have; SQLite reads it as the text 0.
-const char *const missingColumn = "\"0\"";
+// The columns from here on are ZASSET's own; other statements end before them.
+const int firstZassetColumn = 15;
 
 quint64 keyColumn(sqlite3_stmt *stmt, int column)
 {
     return static_cast<quint64>(static_cast<qint64>(sqlite3_column_int(stmt, column)));
+}
+
+// Whole seconds, of which the low 32 bits are kept.
+qint32 dateColumn(sqlite3_stmt *stmt, int column)
+{
+    return static_cast<qint32>(sqlite3_column_int64(stmt, column));
 }
 
 const char *textColumn(sqlite3_stmt *stmt, int column)
@@ -38,9 +45,15 @@ QByteArray bytesColumn(sqlite3_stmt *stmt, int column)
     return bytes ? QByteArray(bytes, sqlite3_column_bytes(stmt, column)) : QByteArray();
 }
 
-const char *columnOrMissing(sqlite3 *db, const char *column, const char *selectItem)
+qint32 wholeSeconds(double seconds)
 {
-    return assetsHasSpecialCol(db, QString::fromLatin1(column)) ? selectItem : missingColumn;
+    const double rounded = seconds + 0.5;
+    // Beyond the range the conversion is undefined; such a duration is nonsense anyway.
+    if (!(rounded > std::numeric_limits<qint32>::min()))
+        return std::numeric_limits<qint32>::min();
+    if (!(rounded < std::numeric_limits<qint32>::max()))
+        return std::numeric_limits<qint32>::max();
+    return static_cast<qint32>(rounded);
 }
 
 // Texts that many rows repeat, such as a folder's name: equal ones share one string. It
@@ -50,7 +63,7 @@ class repeated_texts
 public:
     repeated_texts() : m_last(slotCount) {}
 
-    QString share(const char *text)
+    QString latin1(const char *text)
     {
         QString &last = m_last[slot(text)];
         if (last.isNull() || last != QLatin1String(text))
@@ -58,9 +71,23 @@ public:
         return last;
     }
 
+    QString utf8(const char *text)
+    {
+        // Of two texts in ASCII, what one reads as in either way tells them apart.
+        return isAscii(text) ? latin1(text) : QString::fromUtf8(text);
+    }
+
 private:
     // A camera fills up to 900 folders; in four times as many slots few of them collide.
     static const std::size_t slotCount = 4096;
+
+    static bool isAscii(const char *text)
+    {
+        unsigned char bits = 0;
+        for (; *text; ++text)
+            bits |= static_cast<unsigned char>(*text);
+        return bits < 0x80;
+    }
 
     static std::size_t slot(const char *text)
     {
@@ -87,13 +114,21 @@ public:
     // The current row as a record, or null when it lacks a text or its uuid.
     std::unique_ptr<Camera_Data> read();
 
+    bool isZasset() const { return m_columns > firstZassetColumn; }
+
 private:
     bool readFile(Camera_Data &data);
     void readNumbers(Camera_Data &data);
     void readBurst(Camera_Data &data);
-    QString repeated(const char *text) const
+    void readTimes(Camera_Data &data);
+    QString directoryText(const char *text) const;
+    QString fileNameText(const char *text) const
     {
-        return m_texts ? m_texts->share(text) : QString::fromLatin1(text);
+        return isZasset() ? QString::fromUtf8(text) : QString::fromLatin1(text);
+    }
+    QString burstText(const char *text) const
+    {
+        return m_texts ? m_texts->latin1(text) : QString::fromLatin1(text);
     }
 
     CameraDB *m_cameraDb;
@@ -113,7 +148,16 @@ std::unique_ptr<Camera_Data> asset_reader::read()
         return nullptr;
     readNumbers(*data);
     readBurst(*data);
+    if (isZasset())
+        readTimes(*data);
     return data;
+}
+
+QString asset_reader::directoryText(const char *text) const
+{
+    if (!m_texts)
+        return fileNameText(text);
+    return isZasset() ? m_texts->utf8(text) : m_texts->latin1(text);
 }
 
 bool asset_reader::readFile(Camera_Data &data)
@@ -121,11 +165,11 @@ bool asset_reader::readFile(Camera_Data &data)
     const char *directory = textColumn(m_stmt, 6);
     if (!directory)
         return false;
-    data.directory = repeated(directory);
+    data.directory = directoryText(directory);
     const char *fileName = textColumn(m_stmt, 7);
     if (!fileName)
         return false;
-    data.fileName = QString::fromLatin1(fileName);
+    data.fileName = fileNameText(fileName);
     data.name = data.fileName;
     data.uuid = bytesColumn(m_stmt, 9);
     return !data.uuid.isNull();
@@ -139,7 +183,7 @@ void asset_reader::readNumbers(Camera_Data &data)
     data.width = sqlite3_column_int(m_stmt, 3);
     data.thumbnailIndex = sqlite3_column_int(m_stmt, 4);
     data.orientation = sqlite3_column_int(m_stmt, 5);
-    data.modificationDate = static_cast<qint32>(sqlite3_column_int64(m_stmt, 8));
+    data.modificationDate = dateColumn(m_stmt, 8);
     data.originalFileSize = sqlite3_column_int64(m_stmt, 10);
     data.kindSubtype = sqlite3_column_int(m_stmt, 11);
     data.trashedDate = sqlite3_column_int64(m_stmt, 12);
@@ -149,8 +193,14 @@ void asset_reader::readNumbers(Camera_Data &data)
 void asset_reader::readBurst(Camera_Data &data)
 {
     const char *burst = m_columns > 13 ? textColumn(m_stmt, 13) : nullptr;
-    data.avalancheUUID = burst ? repeated(burst) : m_noBurst;
+    data.avalancheUUID = burst ? burstText(burst) : m_noBurst;
     data.sortToken = burst && m_columns > 14 ? sqlite3_column_double(m_stmt, 14) : 0.0;
+}
+
+void asset_reader::readTimes(Camera_Data &data)
+{
+    data.duration = wholeSeconds(sqlite3_column_double(m_stmt, firstZassetColumn));
+    data.createDate = dateColumn(m_stmt, firstZassetColumn + 1);
 }
 
 // The records of a statement's rows, one by one.
@@ -166,6 +216,10 @@ public:
     std::unique_ptr<Camera_Data> next()
     {
         while (!m_allowance.isExhausted() && m_statement.nextRow()) {
+            if (m_reader.isZasset() && isLastAsset()) {
+                m_allowance.spend(0);
+                continue;
+            }
             std::unique_ptr<Camera_Data> data = m_reader.read();
             if (!data) {
                 m_allowance.spend(rejectedBytes());
@@ -173,6 +227,7 @@ public:
             }
             m_allowance.spend(data->directory.size() + data->fileName.size() + data->uuid.size() +
                               data->avalancheUUID.size() + recordBytes);
+            noteLast(*data);
             return data;
         }
         return nullptr;
@@ -189,7 +244,25 @@ private:
                sqlite3_column_bytes(m_statement.get(), 7);
     }
 
+    // Several attributes may name one asset, whose rows then follow each other. Which of their
+    // sizes holds is for the extended information to tell.
+    bool isLastAsset() const
+    {
+        return m_hasLast && keyColumn(m_statement.get(), 0) == m_lastPk &&
+               dateColumn(m_statement.get(), 8) == m_lastDate;
+    }
+
+    void noteLast(const Camera_Data &data)
+    {
+        m_hasLast = true;
+        m_lastPk = data.pk;
+        m_lastDate = data.modificationDate;
+    }
+
     sqlite_statement &m_statement;
+    bool m_hasLast = false;
+    quint64 m_lastPk = 0;
+    qint32 m_lastDate = 0;
     row_allowance m_allowance;
     repeated_texts m_texts;
     asset_reader m_reader;
@@ -227,26 +300,42 @@ void fileByKey(asset_map &map, std::vector<keyed_record> &records)
         insertLast(map, record.pk, record.data);
 }
 
-void formatPhotoSql(sql_text &sql, sqlite3 *db, const CameraDB &cameraDb)
+typedef char further_items[64];
+
+// What ZASSET tells of an asset besides, behind all that the statements have in common and
+// behind `gap`, the items that this statement lacks. The asset reader knows its rows by them.
+void formatFurtherItems(further_items &items, const asset_schema &schema, const char *gap)
+{
+    items[0] = '\0';
+    if (!schema.isZasset())
+        return;
+    sqlite3_snprintf(sizeof items, items, "%s, %s, %s", gap,
+                     schema.itemOrMissing("ZDURATION", "A.ZDURATION"),
+                     schema.itemOrMissing("ZDATECREATED", "A.ZDATECREATED"));
+}
+
+void formatPhotoSql(sql_text &sql, const asset_schema &schema, const CameraDB &cameraDb)
 {
     const char *subtype = cameraDb.hasKindSubtype ? "A.ZKINDSUBTYPE" : missingColumn;
-    const char *trashed = columnOrMissing(db, "ZTRASHEDDATE", "A.ZTRASHEDDATE");
-    const char *burst = columnOrMissing(db, "ZAVALANCHEUUID", "A.ZAVALANCHEUUID");
-    const char *token = columnOrMissing(db, "ZSORTTOKEN", "A.ZSORTTOKEN");
+    const char *trashed = schema.itemOrMissing("ZTRASHEDDATE", "A.ZTRASHEDDATE");
+    const char *burst = schema.itemOrMissing("ZAVALANCHEUUID", "A.ZAVALANCHEUUID");
+    const char *token = schema.itemOrMissing("ZSORTTOKEN", "A.ZSORTTOKEN");
+    further_items further;
+    formatFurtherItems(further, schema, "");
     sqlite3_snprintf(
         sizeof sql, sql,
         "select A.Z_PK,A.ZKIND,A.ZHEIGHT,A.ZWIDTH, A.ZTHUMBNAILINDEX,A.ZORIENTATION,A.ZDIRECTORY,"
-        "A.ZFILENAME,A.ZMODIFICATIONDATE,A.ZUUID, T.ZORIGINALFILESIZE, %s, %s, %s, %s from "
-        "ZGENERICASSET as A left join ZADDITIONALASSETATTRIBUTES as T on A.Z_PK = T.Z_PK where "
-        "(A.ZKIND = 0 and ((A.ZSAVEDASSETTYPE = 3) or (A.ZSAVEDASSETTYPE = 256) or "
-        "(A.ZSAVEDASSETTYPE = 1) or (A.ZSAVEDASSETTYPE = 5))) order by A.ZMODIFICATIONDATE ASC",
-        subtype, trashed, burst, token);
+        "A.ZFILENAME,A.ZMODIFICATIONDATE,A.ZUUID, T.ZORIGINALFILESIZE, %s, %s, %s, %s%s from %s "
+        "as A left join ZADDITIONALASSETATTRIBUTES as T on %s where (%s) order by "
+        "A.ZMODIFICATIONDATE ASC",
+        subtype, trashed, burst, token, further, schema.table().name, schema.table().attributesJoin,
+        schema.table().photos);
 }
 
-gboolean readPhotos(sqlite3 *db, CameraDB *cameraDb)
+gboolean readPhotos(sqlite3 *db, const asset_schema &schema, CameraDB *cameraDb)
 {
     sql_text sql;
-    formatPhotoSql(sql, db, *cameraDb);
+    formatPhotoSql(sql, schema, *cameraDb);
     sqlite_statement statement(db, sql);
     if (!statement.isPrepared()) {
         Log("PHOTOLIB", 2, "photo sql error #%d: %s", statement.result(), sqlite3_errmsg(db));
@@ -281,18 +370,19 @@ void fileVideo(CameraDB *cameraDb, std::unique_ptr<Camera_Data> video)
     cameraDb->maxAssetPk = maxKey(cameraDb->maxAssetPk, record->pk);
 }
 
-gboolean readVideos(sqlite3 *db, CameraDB *cameraDb)
+gboolean readVideos(sqlite3 *db, const asset_schema &schema, CameraDB *cameraDb)
 {
-    const char *trashed = columnOrMissing(db, "ZTRASHEDDATE", "A.ZTRASHEDDATE");
+    const char *trashed = schema.itemOrMissing("ZTRASHEDDATE", "A.ZTRASHEDDATE");
+    further_items further;
+    formatFurtherItems(further, schema, ", NULL, NULL");
     sql_text sql;
     sqlite3_snprintf(
         sizeof sql, sql,
         "select A.Z_PK,ZKIND,A.ZHEIGHT,A.ZWIDTH,A.ZTHUMBNAILINDEX, A.ZORIENTATION,A.ZDIRECTORY,"
-        "A.ZFILENAME,A.ZMODIFICATIONDATE,A.ZUUID, T.ZORIGINALFILESIZE, \"0\", %s from "
-        "ZGENERICASSET as A left join ZADDITIONALASSETATTRIBUTES as T on A.Z_PK = T.Z_PK where "
-        "(A.ZKIND = 1 and (A.ZSAVEDASSETTYPE = 256 or A.ZSAVEDASSETTYPE = 3 or "
-        "A.ZSAVEDASSETTYPE = 0))",
-        trashed);
+        "A.ZFILENAME,A.ZMODIFICATIONDATE,A.ZUUID, T.ZORIGINALFILESIZE, \"0\", %s%s from %s as A "
+        "left join ZADDITIONALASSETATTRIBUTES as T on %s where (%s)",
+        trashed, further, schema.table().name, schema.table().attributesJoin,
+        schema.table().videos);
     sqlite_statement statement(db, sql);
     if (!statement.isPrepared()) {
         Log("PHOTOLIB", 2, "Can not parse camera video");
@@ -305,11 +395,11 @@ gboolean readVideos(sqlite3 *db, CameraDB *cameraDb)
     return 1;
 }
 
-gboolean readAlbums(sqlite3 *db, CameraDB *cameraDb)
+gboolean readAlbums(sqlite3 *db, const asset_schema &schema, CameraDB *cameraDb)
 {
     // Hosts rely on the probe looking at the assets here too: a database whose assets
     // alone know the trash fails to parse.
-    const bool hasTrash = assetsHasSpecialCol(db, QString::fromLatin1("ZTRASHEDSTATE"));
+    const bool hasTrash = schema.hasColumn(QString::fromLatin1("ZTRASHEDSTATE"));
     sql_text sql;
     sqlite3_snprintf(sizeof sql, sql,
                      "select Z_PK,ZTITLE,ZKIND,ZUUID%s from ZGENERICALBUM where (ZKIND=1000 or "
@@ -333,17 +423,6 @@ gboolean readAlbums(sqlite3 *db, CameraDB *cameraDb)
     return 1;
 }
 
-qint32 wholeSeconds(double seconds)
-{
-    const double rounded = seconds + 0.5;
-    // Beyond the range the conversion is undefined; such a duration is nonsense anyway.
-    if (!(rounded > std::numeric_limits<qint32>::min()))
-        return std::numeric_limits<qint32>::min();
-    if (!(rounded < std::numeric_limits<qint32>::max()))
-        return std::numeric_limits<qint32>::max();
-    return static_cast<qint32>(rounded);
-}
-
 // The attributes mostly come in the order of their assets, so the next key is tried
 // before the map is searched, and the record behind it is fetched meanwhile.
 asset_map::const_iterator findFrom(const asset_map &assets, asset_map::const_iterator last,
@@ -357,20 +436,21 @@ asset_map::const_iterator findFrom(const asset_map &assets, asset_map::const_ite
     return last;
 }
 
-gboolean readExtendInfo(sqlite3 *db, const asset_map &assets)
+gboolean readExtendInfo(sqlite3 *db, const asset_schema &schema, const asset_map &assets)
 {
-    sqlite_statement statement(
-        db, "select Z_PK,ZASSET,ZDURATION,ZORIGINALFILESIZE from ZADDITIONALASSETATTRIBUTES");
+    sqlite_statement statement(db, schema.table().extendInfo);
     if (!statement.isPrepared())
         return 0;
 
+    const bool hasDuration = !schema.isZasset();
     asset_map::const_iterator last = assets.constEnd();
     while (statement.nextRow()) {
         const asset_map::const_iterator asset =
             findFrom(assets, last, keyColumn(statement.get(), 1));
         if (asset == assets.constEnd() || !asset.value())
             continue;
-        asset.value()->duration = wholeSeconds(sqlite3_column_double(statement.get(), 2));
+        if (hasDuration)
+            asset.value()->duration = wholeSeconds(sqlite3_column_double(statement.get(), 2));
         asset.value()->originalFileSize = sqlite3_column_int64(statement.get(), 3);
         last = asset;
     }
@@ -391,20 +471,7 @@ bool hasArguments(const char *function, const sqlite3 *db, const CameraDB *camer
 
 bool assetsHasSpecialCol(sqlite3 *db, const QString &column)
 {
-    sqlite_statement statement(db, "SELECT sql FROM sqlite_master where tbl_name = 'ZGENERICASSET' "
-                                   "and name = 'ZGENERICASSET'");
-    if (!statement.isPrepared()) {
-        Log("PHOTOLIB", 2, "get assets table name sql error #%d: %s", statement.result(),
-            sqlite3_errmsg(db));
-        return false;
-    }
-    while (statement.nextRow()) {
-        const char *definition = statement.text(0);
-        if (definition)
-            return withoutThrowing(
-                false, [&] { return QString::fromUtf8(definition).indexOf(column) >= 0; });
-    }
-    return false;
+    return withoutThrowing(false, [&] { return asset_schema(db).hasColumn(column); });
 }
 
 Camera_Data *selectCameraData(CameraDB *cameraDb, sqlite3_stmt *stmt)
@@ -441,21 +508,39 @@ gboolean queryCameraPhotos(sqlite3 *db, CameraDB *cameraDb)
 {
     if (!hasArguments("gboolean queryCameraPhotos(sqlite3 *, CameraDB *)", db, cameraDb))
         return 0;
-    return withoutThrowing<gboolean>(0, [&] { return readPhotos(db, cameraDb); });
+    return withoutThrowing<gboolean>(
+        0, [&] { return readCameraPhotos(db, asset_schema(db), cameraDb); });
+}
+
+gboolean readCameraPhotos(sqlite3 *db, const asset_schema &schema, CameraDB *cameraDb)
+{
+    return withoutThrowing<gboolean>(0, [&] { return readPhotos(db, schema, cameraDb); });
 }
 
 gboolean queryCameraVideo(sqlite3 *db, CameraDB *cameraDb)
 {
     if (!hasArguments("gboolean queryCameraVideo(sqlite3 *, CameraDB *)", db, cameraDb))
         return 0;
-    return withoutThrowing<gboolean>(0, [&] { return readVideos(db, cameraDb); });
+    return withoutThrowing<gboolean>(
+        0, [&] { return readCameraVideo(db, asset_schema(db), cameraDb); });
+}
+
+gboolean readCameraVideo(sqlite3 *db, const asset_schema &schema, CameraDB *cameraDb)
+{
+    return withoutThrowing<gboolean>(0, [&] { return readVideos(db, schema, cameraDb); });
 }
 
 gboolean queryCameraAlbum(sqlite3 *db, CameraDB *cameraDb)
 {
     if (!hasArguments("gboolean queryCameraAlbum(sqlite3 *, CameraDB *)", db, cameraDb))
         return 0;
-    return withoutThrowing<gboolean>(0, [&] { return readAlbums(db, cameraDb); });
+    return withoutThrowing<gboolean>(
+        0, [&] { return readCameraAlbum(db, asset_schema(db), cameraDb); });
+}
+
+gboolean readCameraAlbum(sqlite3 *db, const asset_schema &schema, CameraDB *cameraDb)
+{
+    return withoutThrowing<gboolean>(0, [&] { return readAlbums(db, schema, cameraDb); });
 }
 
 gboolean queryCameraExtendInfo(sqlite3 *db, QMap<quint64, Camera_Data *> assets)
@@ -467,5 +552,12 @@ gboolean queryCameraExtendInfo(sqlite3 *db, QMap<quint64, Camera_Data *> assets)
             "sql_db");
         return 0;
     }
-    return withoutThrowing<gboolean>(0, [&] { return readExtendInfo(db, assets); });
+    return withoutThrowing<gboolean>(
+        0, [&] { return readCameraExtendInfo(db, asset_schema(db), assets); });
+}
+
+gboolean readCameraExtendInfo(sqlite3 *db, const asset_schema &schema,
+                              const QMap<quint64, Camera_Data *> &assets)
+{
+    return withoutThrowing<gboolean>(0, [&] { return readExtendInfo(db, schema, assets); });
 }

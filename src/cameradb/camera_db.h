@@ -12,9 +12,9 @@ class IIPod;
 /// The in-memory model of an iOS device's Photos.sqlite.
 ///
 /// Records are keyed by the database's primary key, a signed 32-bit number widened by
-/// sign extension. Dates are whole seconds since 2001-01-01 00:00:00 UTC. Texts are
-/// Latin-1 except an album's title, which is UTF-8. Uuids are the stored bytes,
-/// unchanged.
+/// sign extension. Dates are whole seconds since 2001-01-01 00:00:00 UTC. Texts were read
+/// as Latin-1, but as UTF-8 an album's title and, from the table ZASSET, an asset's
+/// directory and file name. Uuids are the stored bytes, unchanged.
 ///
 /// The maps point to records and own none: whoever owns the model deletes the albums
 /// through `albums` and the assets through `assets` (`videos` and `panoramas` point to
@@ -31,7 +31,7 @@ typedef struct _Camera_Data {
     qint32 kindSubtype;    ///< 1 marks a panorama
     QString name;          ///< display name, a copy of the file name
     QByteArray uuid;
-    qint32 createDate; ///< set only for photos added in memory, else 0
+    qint32 createDate; ///< 0 when read from the table ZGENERICASSET
     qint32 width;      ///< pixels
     qint32 height;     ///< pixels
     qint32 reserved1;
@@ -73,6 +73,7 @@ typedef struct _Camera_DB {
     qint32 maxAssetPk;                      ///< highest asset key met or given out
     qint32 maxAlbumPk;                      ///< highest album key met or given out
     bool hasKindSubtype;                    ///< the database knows the column ZKINDSUBTYPE
+    bool hasAssetTable;                     ///< the assets come from the table ZASSET
 } CameraDB;
 
 #endif // PHOTOLIB_CAMERADB_CAMERA_DB_H

@@ -1,6 +1,7 @@
 #include "cameradb/camera_db_parse.h"
 
 #include "cameradb/asset_queries.h"
+#include "cameradb/asset_schema.h"
 #include "cameradb/cancel_flag.h"
 #include "cameradb/device_copy.h"
 #include "cameradb/join_table.h"
@@ -86,35 +87,30 @@ void queryDBInfo(sqlite3 *db, CameraDB *cameraDb)
     }
 }
 
-bool queryMasterInfo(sqlite3 *db, CameraDB *cameraDb)
+bool queryMasterInfo(sqlite3 *db, const asset_schema &schema, CameraDB *cameraDb)
 {
     if (!db) {
         g_return_if_fail_warning(nullptr, "bool queryMasterInfo(sqlite3 *, CameraDB *)", "sql_db");
         return false;
     }
-    sqlite_statement statement(
-        db,
-        "SELECT sql FROM sqlite_master WHERE tbl_name = \"ZGENERICASSET\" AND type = \"table\"");
-    if (!statement.isPrepared()) {
-        Log("PHOTOLIB", 2, "master sql error #%d: %s", statement.result(), sqlite3_errmsg(db));
+    if (!schema.isRead()) {
+        Log("PHOTOLIB", 2, "master sql error #%d: %s", schema.result(), schema.message());
         return false;
     }
-    while (!cameraDb->hasKindSubtype && statement.nextRow()) {
-        const QString definition = QString::fromLatin1(statement.text(0));
-        cameraDb->hasKindSubtype = definition.contains(QLatin1String("ZKINDSUBTYPE"));
-    }
+    cameraDb->hasKindSubtype = cameraDb->hasKindSubtype || schema.hasKindSubtype();
+    cameraDb->hasAssetTable = schema.isZasset();
     return true;
 }
 
-int runQueries(sqlite3 *db, CameraDB *cameraDb)
+int runQueries(sqlite3 *db, const asset_schema &schema, CameraDB *cameraDb)
 {
-    if (!queryMasterInfo(db, cameraDb))
+    if (!queryMasterInfo(db, schema, cameraDb))
         return 0;
-    if (!queryCameraAlbum(db, cameraDb))
+    if (!readCameraAlbum(db, schema, cameraDb))
         return 0;
-    if (!queryCameraPhotos(db, cameraDb))
+    if (!readCameraPhotos(db, schema, cameraDb))
         return 0;
-    if (!queryCameraVideo(db, cameraDb))
+    if (!readCameraVideo(db, schema, cameraDb))
         return 0;
     if (!queryAlbumPhoto(db, cameraDb))
         return 0;
@@ -131,10 +127,11 @@ int readDatabase(const QString &localDb, CameraDB *cameraDb)
     }
     queryDBInfo(connection.get(), cameraDb);
     Log("PHOTOLIB", 1, "Parser_Ath_camera_DB");
-    const int result = runQueries(connection.get(), cameraDb);
+    const asset_schema schema(connection.get());
+    const int result = runQueries(connection.get(), schema, cameraDb);
     // Also after a failed query: the records filed until then are completed.
     Log("PHOTOLIB", 1, "Parser_Ath_camera_DB extend info");
-    queryCameraExtendInfo(connection.get(), cameraDb->assets);
+    readCameraExtendInfo(connection.get(), schema, cameraDb->assets);
     Log("PHOTOLIB", 1, "Parser_Ath_camera_DB extend info end");
     return result;
 }
