@@ -85,7 +85,11 @@ void createAssetTable(sqlite3 *db, const Schema &schema)
         columns.emplace_back("ZAVALANCHEUUID VARCHAR");
     if (schema.sortToken)
         columns.emplace_back("ZSORTTOKEN FLOAT");
-    runSql(db, "CREATE TABLE ZGENERICASSET (" + joined(columns) + ")");
+    if (schema.isZasset && schema.assetDuration)
+        columns.emplace_back("ZDURATION FLOAT");
+    if (schema.isZasset && schema.dateCreated)
+        columns.emplace_back("ZDATECREATED TIMESTAMP");
+    runSql(db, std::string("CREATE TABLE ") + schema.assetTable() + " (" + joined(columns) + ")");
 }
 
 void createAlbumTable(sqlite3 *db, const Schema &schema)
@@ -139,7 +143,11 @@ void insertAsset(sqlite3 *db, const Schema &schema, const AssetRow &row)
         columns.emplace_back("ZAVALANCHEUUID", row.avalancheUuid);
     if (schema.sortToken)
         columns.emplace_back("ZSORTTOKEN", row.sortToken);
-    insert(db, "ZGENERICASSET", columns);
+    if (schema.isZasset && schema.assetDuration)
+        columns.emplace_back("ZDURATION", row.duration);
+    if (schema.isZasset && schema.dateCreated)
+        columns.emplace_back("ZDATECREATED", row.dateCreated);
+    insert(db, schema.assetTable(), columns);
 }
 
 void insertAttributes(sqlite3 *db, const Schema &schema, const AttributesRow &row)
@@ -283,6 +291,14 @@ Schema Schema::early()
     schema.sortToken = false;
     schema.assetTrashedState = false;
     schema.albumTrashedState = false;
+    return schema;
+}
+
+Schema Schema::zasset()
+{
+    Schema schema;
+    schema.isZasset = true;
+    schema.attributesDuration = false;
     return schema;
 }
 

@@ -37,7 +37,7 @@ private:
 /// Sixteen bytes that begin with `first` and `second`, for a uuid blob.
 QByteArray uuidBlob(int first, int second = 0);
 
-/// A row of ZGENERICASSET. A photo that the plug-in lists, unless changed. Fields whose
+/// A row of ZGENERICASSET or ZASSET. A photo that the plug-in lists, unless changed. Fields whose
 /// column the schema lacks are not written.
 struct AssetRow {
     SqlValue pk;
@@ -56,14 +56,16 @@ struct AssetRow {
     SqlValue trashedState = 0;
     SqlValue avalancheUuid;
     SqlValue sortToken;
+    SqlValue duration;    ///< of ZASSET only
+    SqlValue dateCreated; ///< of ZASSET only
 };
 
 /// A photo or a video that the plug-in lists; its uuid is made of the key.
 AssetRow photoRow(int pk, qint64 modificationDate = 0);
 AssetRow videoRow(int pk, qint64 modificationDate = 0);
 
-/// A row of ZADDITIONALASSETATTRIBUTES. The asset queries join its own key with the
-/// asset's; the extended query uses `asset`.
+/// A row of ZADDITIONALASSETATTRIBUTES. The queries of ZGENERICASSET join its own key with
+/// the asset's, those of ZASSET `asset`, which the extended query uses for both.
 struct AttributesRow {
     SqlValue pk;
     SqlValue asset;
@@ -96,24 +98,28 @@ struct JoinTable {
 
 /// Which tables and optional columns the database has.
 struct Schema {
-    bool assets = true;     ///< table ZGENERICASSET
+    bool assets = true;     ///< table ZGENERICASSET, or ZASSET where `isZasset`
     bool albums = true;     ///< table ZGENERICALBUM
     bool attributes = true; ///< table ZADDITIONALASSETATTRIBUTES
     bool metadata = true;   ///< table Z_METADATA
     bool joinTables = true; ///< those in `PhotosDatabase::joinTables`
 
-    bool kindSubtype = true;        ///< ZGENERICASSET.ZKINDSUBTYPE
-    bool trashedDate = true;        ///< ZGENERICASSET.ZTRASHEDDATE
-    bool avalancheUuid = true;      ///< ZGENERICASSET.ZAVALANCHEUUID
-    bool sortToken = true;          ///< ZGENERICASSET.ZSORTTOKEN
-    bool assetTrashedState = true;  ///< ZGENERICASSET.ZTRASHEDSTATE
+    bool isZasset = false; ///< the assets are in ZASSET, as since iOS 14
+
+    bool kindSubtype = true;        ///< ZKINDSUBTYPE of the assets
+    bool trashedDate = true;        ///< ZTRASHEDDATE of the assets
+    bool avalancheUuid = true;      ///< ZAVALANCHEUUID of the assets
+    bool sortToken = true;          ///< ZSORTTOKEN of the assets
+    bool assetTrashedState = true;  ///< ZTRASHEDSTATE of the assets
+    bool assetDuration = true;      ///< ZASSET.ZDURATION
+    bool dateCreated = true;        ///< ZASSET.ZDATECREATED
     bool albumTrashedState = true;  ///< ZGENERICALBUM.ZTRASHEDSTATE
     bool attributesDuration = true; ///< ZADDITIONALASSETATTRIBUTES.ZDURATION
 
     bool utf16 = false; ///< stores texts in UTF-16, little-endian
 
     bool uniqueKeys = true; ///< Z_PK is the primary key, so that two rows cannot share one
-    /// Further column definitions of ZGENERICASSET, before its optional ones, such as
+    /// Further column definitions of the assets, before its optional ones, such as
     /// "ZODD INTEGER DEFAULT 5". A comment works as well: "ZODD /* ZSORTTOKEN */".
     std::vector<std::string> furtherAssetColumns;
 
@@ -121,6 +127,10 @@ struct Schema {
     static Schema late() { return {}; }
     /// No optional column, but ZADDITIONALASSETATTRIBUTES.ZDURATION.
     static Schema early();
+    /// Since iOS 14: ZASSET with every optional column, and no ZDURATION of the attributes.
+    static Schema zasset();
+
+    const char *assetTable() const { return isZasset ? "ZASSET" : "ZGENERICASSET"; }
 };
 
 /// The rows that go into the tables, in this order.
