@@ -10,7 +10,10 @@
 
 QByteArray caseBlind(const QByteArray &text)
 {
-    return QString::fromUtf8(text).normalized(QString::NormalizationForm_C).toCaseFolded().toUtf8();
+    return QString::fromUtf8(text.constData(), text.size())
+        .normalized(QString::NormalizationForm_C)
+        .toCaseFolded()
+        .toUtf8();
 }
 
 std::set<QByteArray> chosenNames(const std::set<QByteArray> &names, const std::string &text,

@@ -37,7 +37,9 @@ std::optional<std::pair<QString, QByteArray>> nameKey(const Asset &photo)
 {
     if (photo.fileName.isNull())
         return std::nullopt;
-    return std::make_pair(QString::fromUtf8(photo.fileName).toCaseFolded(), photo.fileName);
+    return std::make_pair(
+        QString::fromUtf8(photo.fileName.constData(), photo.fileName.size()).toCaseFolded(),
+        photo.fileName);
 }
 
 } // namespace

@@ -1,0 +1,41 @@
+#include "base/valid_utf8.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Utf8Row {
+    const char *stored;
+    const char *valid;
+};
+
+TEST(ValidUtf8, IsLeftAsItIs)
+{
+    for (const char *text : {"", "IMG_0001.JPG", "gr\xc3\xbc\xc3\x9f", "\xe6\x97\xa5\xe6\x9c\xac",
+                             "\xf0\x9f\x8c\x84", "\xef\xbb\xbf BOM", "\xed\x9f\xbf\xee\x80\x80",
+                             "\xf4\x8f\xbf\xbf", "\xe0\xa0\x80", "\xc2\x80", "\xef\xbf\xbf"})
+        EXPECT_EQ(text, validUtf8(text).toStdString());
+}
+
+TEST(ValidUtf8, HasAReplacementForEachThingThatIsNot)
+{
+    const Utf8Row rows[] = {
+        {"\xff", "\xef\xbf\xbd"},
+        {"a\x80z", "a\xef\xbf\xbdz"},
+        {"\xc3(", "\xef\xbf\xbd("},
+        {"\xc3", "\xef\xbf\xbd"},
+        {"\xe6\x97z", "\xef\xbf\xbdz"},
+        {"\xf0\x9f\x8c", "\xef\xbf\xbd"},
+        {"\xf0\x9f\xc3\xbc", "\xef\xbf\xbd\xc3\xbc"},
+        {"\xc0\xaf", "\xef\xbf\xbd\xef\xbf\xbd"},
+        {"\xe0\x80\xaf", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},
+        {"\xed\xa0\x80", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},
+        {"\xf4\x90\x80\x80", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},
+        {"\xf0\x8f\xbf\xbf", "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"},
+        {"\xef\xbb\xbf\xff", "\xef\xbb\xbf\xef\xbf\xbd"},
+    };
+    for (const Utf8Row &row : rows)
+        EXPECT_EQ(row.valid, validUtf8(row.stored).toStdString());
+}
+
+} // namespace
