@@ -12,9 +12,10 @@ constexpr int pageSize = 512;
 class DatabaseDamage : public testing::Test
 {
 protected:
-    DatabaseDamage()
+    explicit DatabaseDamage(bool isZasset = false) : m_assets(isZasset ? "ZASSET" : "ZGENERICASSET")
     {
         PhotosDatabase database;
+        database.schema.isZasset = isZasset;
         for (int pk = 1; pk <= 200; ++pk) {
             const std::string number = std::to_string(1000 + pk);
             database.rows.assets.push_back(pk % 8 == 0 ? videoRow(pk, pk) : photoRow(pk, pk));
@@ -24,7 +25,7 @@ protected:
             database.rows.albums.back().title = "Album " + number;
             database.join().add(pk, pk);
         }
-        database.rows.sql = {"CREATE INDEX byKind ON ZGENERICASSET (ZKIND, ZMODIFICATIONDATE)"};
+        database.rows.sql = {"CREATE INDEX byKind ON " + m_assets + " (ZKIND, ZMODIFICATIONDATE)"};
         m_sound = inPagesOf(pageSize, database.bytes());
     }
 
@@ -58,8 +59,15 @@ protected:
         return static_cast<unsigned char>(header[10]) << 8 | static_cast<unsigned char>(header[11]);
     }
 
+    const std::string m_assets; // the table of photos and videos
     ScratchFolder m_scratch;
     QByteArray m_sound;
+};
+
+class DatabaseDamageOfALaterSystem : public DatabaseDamage
+{
+protected:
+    DatabaseDamageOfALaterSystem() : DatabaseDamage(true) {}
 };
 
 TEST_F(DatabaseDamage, IsNotFoundInASoundDatabase)
@@ -85,6 +93,21 @@ TEST_F(DatabaseDamage, IsFoundInTheLastPageOfEachTable)
     for (const char *table :
          {"ZGENERICASSET", "ZADDITIONALASSETATTRIBUTES", "ZGENERICALBUM", "Z_26ASSETS"})
         EXPECT_TRUE(isFoundDamaged(withoutPage(lastPageOf(table)))) << table;
+}
+
+TEST_F(DatabaseDamageOfALaterSystem, IsNotFoundInASoundDatabase)
+{
+    EXPECT_FALSE(isFoundDamaged(m_sound));
+}
+
+TEST_F(DatabaseDamageOfALaterSystem, IsFoundInTheLastPageOfThePhotos)
+{
+    EXPECT_TRUE(isFoundDamaged(withoutPage(lastPageOf("ZASSET"))));
+}
+
+TEST_F(DatabaseDamageOfALaterSystem, IsFoundInAnIndexThatLeadsToThePhotos)
+{
+    EXPECT_TRUE(isFoundDamaged(withoutPage(lastPageOf("byKind"))));
 }
 
 TEST_F(DatabaseDamage, IsFoundInAnIndexThatLeadsToThePhotos)
