@@ -31,9 +31,8 @@ struct SampleArguments {
 const std::map<std::string, SampleSchema> &schemas()
 {
     static const std::map<std::string, SampleSchema> schemas = {
-        {"early", SampleSchema::Early}, {"late", SampleSchema::V13}, {"13", SampleSchema::V13},
-        {"14", SampleSchema::V14},      {"16", SampleSchema::V16},   {"18", SampleSchema::V18},
-        {"26", SampleSchema::V26}};
+        {"early", SampleSchema::Early}, {"13", SampleSchema::V13}, {"14", SampleSchema::V14},
+        {"16", SampleSchema::V16},      {"18", SampleSchema::V18}, {"26", SampleSchema::V26}};
     return schemas;
 }
 
@@ -107,6 +106,29 @@ int runSample(const SampleArguments &arguments, const CommonOptions &common)
     return 0;
 }
 
+/// Adds the options of what a classic iPod does not have.
+void addLibraryOptions(CLI::App &command, SampleArguments &arguments, CLI::Option *classic)
+{
+    // "late" is what 13 was called before there were newer ones.
+    const std::map<std::string, std::string> olderNames = {{"late", "13"}};
+    command
+        .add_option("--schema", arguments.schema,
+                    "Generation of the database: that of iOS 13, 14, 16, 18 or 26, or an early one "
+                    "without keywords and people")
+        ->transform(CLI::Transformer(olderNames).description(""))
+        ->check(CLI::IsMember(schemas()))
+        ->capture_default_str()
+        ->excludes(classic);
+    command.add_option("--keywords", arguments.keywords, "Number of keywords")
+        ->check(CLI::Range(0, maxSampleNames))
+        ->capture_default_str()
+        ->excludes(classic);
+    command.add_option("--people", arguments.people, "Number of people")
+        ->check(CLI::Range(0, maxSampleNames))
+        ->capture_default_str()
+        ->excludes(classic);
+}
+
 void addArguments(CLI::App &command, SampleArguments &arguments)
 {
     command.add_option("DIR", arguments.folder, "The folder to make; must be empty or not exist")
@@ -118,10 +140,7 @@ void addArguments(CLI::App &command, SampleArguments &arguments)
         ->capture_default_str();
     CLI::Option *const classic =
         command.add_flag("--classic", arguments.classic, "Write a classic iPod, with photos only");
-    command.add_option("--schema", arguments.schema, "Generation of the database")
-        ->check(CLI::IsMember(schemas()))
-        ->capture_default_str()
-        ->excludes(classic);
+    addLibraryOptions(command, arguments, classic);
     command.add_flag("--no-pictures", arguments.noPictures,
                      "Write only the database, not the files that it names");
 }
@@ -136,8 +155,8 @@ void addSampleCommand(CLI::App &app, CommandContext &context)
     addArguments(*command, *arguments);
     command->footer("Examples:\n"
                     "  photolib sample phone\n"
-                    "  photolib sample phone --assets 500 --seed 7 --schema early\n"
-                    "  photolib sample large --assets 100000 --no-pictures\n"
+                    "  photolib sample phone --assets 500 --seed 7 --schema 18\n"
+                    "  photolib sample large --assets 100000 --keywords 10000 --no-pictures\n"
                     "  photolib sample ipod --classic");
     command->callback([arguments, &context] {
         context.run = [arguments, &context] { return runSample(*arguments, context.options); };

@@ -5,6 +5,7 @@
 #include "sample/sample_names.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace sample {
 
@@ -92,7 +93,7 @@ QString captionOf(const AssetPlan &asset)
     case FirstView:
     case ImportSecond:
     case Film:
-        return photoCaption(asset.index / 2);
+        return photoCaption(asset.index / outingSize + asset.slot);
     case EditedLater:
         return QLatin1String("");
     default:
@@ -124,22 +125,32 @@ QVector<int> keywordsOf(const AssetPlan &asset, const SampleOptions &options)
     return someBelow(options.keywords, turn % options.keywords, count, random);
 }
 
-bool showsPeople(const AssetPlan &asset)
+constexpr Slot peopledSlots[] = {FirstView,    Portrait,   Film,     BurstFirst,
+                                 ImportSecond, SecondFilm, LivePhoto};
+
+/// Which asset with people on it this is, from 0; -1 when nobody is on it. All frames of a burst
+/// show the same ones.
+int peopledIndex(const AssetPlan &asset)
 {
-    constexpr bool people[outingSize] = {true,  true,  true,  false, true,  true, true,
-                                         false, false, false, true,  false, true};
-    return people[asset.slot] || asset.slot == LivePhoto;
+    constexpr int count = sizeof peopledSlots / sizeof peopledSlots[0];
+    const int slot = isBurst(asset.slot) ? int(BurstFirst) : asset.slot;
+    const auto *const found = std::find(std::begin(peopledSlots), std::end(peopledSlots), slot);
+    if (found == std::end(peopledSlots))
+        return -1;
+    return asset.index / outingSize * count + static_cast<int>(found - peopledSlots);
 }
 
+/// All people of a library get their turn.
 QVector<int> facesOf(const AssetPlan &asset, const SampleOptions &options)
 {
-    if (!showsPeople(asset))
+    const int turn = peopledIndex(asset);
+    if (turn < 0)
         return {};
-    Random random(options.seed, facePurpose, static_cast<quint64>(asset.index));
+    Random random(options.seed, facePurpose, static_cast<quint64>(turn));
     QVector<int> faces;
     if (options.people > 0) {
         const int count = qMin(random.between(1, 2), options.people);
-        faces = someBelow(options.people, asset.index / 2 % options.people, count, random);
+        faces = someBelow(options.people, turn % options.people, count, random);
     }
     if (random.oneIn(4))
         faces.append(unknownPerson);

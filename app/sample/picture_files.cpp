@@ -90,7 +90,7 @@ void PictureFiles::writeEdit(const AssetPlan &asset, const QImage &picture)
     const QImage gray = picture.convertToFormat(QImage::Format_Grayscale8);
     m_folder.writeFile(folder + QLatin1String("FullSizeRender.jpg"),
                        jpeg(gray.convertToFormat(QImage::Format_RGB32), thumbnailQuality), date);
-    m_folder.writeFile(folder + QLatin1String("Adjustments.plist"), adjustmentsPlist(), date);
+    m_folder.writeFile(folder + QLatin1String("Adjustments.plist"), adjustmentsPlist(date), date);
 }
 
 void PictureFiles::writePoster(const AssetPlan &asset, const QImage &picture)

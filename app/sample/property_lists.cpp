@@ -54,10 +54,11 @@ QByteArray currentLibraryPlist(const QByteArray &uuid)
     return toXml(plist);
 }
 
-QByteArray adjustmentsPlist()
+QByteArray adjustmentsPlist(qint64 editedAt)
 {
     const Plist plist(plist_new_dict());
     put(plist, "adjustmentBaseVersion", plist_new_uint(0));
+    put(plist, "adjustmentTimestamp", plist_new_date(static_cast<int32_t>(editedAt), 0));
     put(plist, "adjustmentFormatIdentifier", plist_new_string("photolib.sample.black-and-white"));
     put(plist, "adjustmentFormatVersion", plist_new_string("1.0"));
     return toXml(plist);

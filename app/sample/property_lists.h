@@ -2,6 +2,7 @@
 #define PHOTOLIB_SAMPLE_PROPERTY_LISTS_H
 
 #include <QByteArray>
+#include <QtGlobal>
 
 namespace sample {
 
@@ -9,8 +10,9 @@ namespace sample {
 /// `uuid` is the text form. Throws SampleError.
 QByteArray currentLibraryPlist(const QByteArray &uuid);
 
-/// The plist, as XML, beside an edited photo. Throws SampleError.
-QByteArray adjustmentsPlist();
+/// The plist, as XML, beside a photo that was edited `editedAt` seconds after
+/// 2001-01-01 00:00:00 UTC. Throws SampleError.
+QByteArray adjustmentsPlist(qint64 editedAt);
 
 /// The binary plist that a database keeps about itself, with its model's version.
 /// Throws SampleError.

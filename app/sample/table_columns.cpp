@@ -167,7 +167,7 @@ const Column<AssetRow> assetTable[] = {
      [](const AssetRow &r) {
          return r.importSessionPk != 0 ? integer(1024 * (r.details.importPosition + 1)) : none();
      },
-     late, SampleSchema::V16},
+     late, SampleSchema::V14},
     {"ZMASTER", "INTEGER", [](const AssetRow &) { return none(); }},
     {"ZMOMENT", "INTEGER", [](const AssetRow &r) { return integer(1 + r.plan.index / 20); }},
     {"ZADDEDDATE", "TIMESTAMP", [](const AssetRow &r) { return real(r.plan.created + 1.5); }, late},

@@ -34,10 +34,52 @@ TEST_F(ProgramSample, SaysWhyAClassicIpodCanNotBeWritten)
                                                                        ": the folder is not empty");
 }
 
-TEST_F(ProgramSample, HasNoSchemaOfAClassicIpod)
+TEST_F(ProgramSample, HasNoSchemaKeywordsOrPeopleOnAClassicIpod)
 {
-    expectFailure({"sample", m_scratch.path("ipod"), "--classic", "--schema", "early"},
-                  "--classic excludes --schema (photolib sample --help shows the usage)", 2);
+    const QByteArray hint = " (photolib sample --help shows the usage)";
+    for (const QByteArray option : {"--schema", "--keywords", "--people"})
+        expectFailure({"sample", m_scratch.path("ipod"), "--classic", option, "13"},
+                      "--classic excludes " + option + hint, 2);
+}
+
+TEST_F(ProgramSample, NamesTheSchemasThatThereAre)
+{
+    expectFailure({"sample", m_scratch.path("phone"), "--schema", "15"},
+                  "--schema: 15 not in {13,14,16,18,26,early} "
+                  "(photolib sample --help shows the usage)",
+                  2);
+}
+
+TEST_F(ProgramSample, WritesTheSchema13UnlessAnotherIsAskedFor)
+{
+    const char *const database = "PhotoData/Photos.sqlite";
+    const auto written = [&](const QByteArray &folder, const QList<QByteArray> &schema) {
+        const QByteArray phone = m_scratch.path(folder);
+        EXPECT_EQ(0, run(QList<QByteArray>{"sample", phone, "--assets", "3"} + schema).exitCode);
+        return m_scratch.read(folder + '/' + database);
+    };
+    const QByteArray usual = written("usual", {});
+    EXPECT_EQ(usual, written("late", {"--schema", "late"}));
+    EXPECT_TRUE(usual == written("13", {"--schema", "13"}));
+    EXPECT_TRUE(usual.contains("CREATE TABLE ZGENERICASSET"));
+    for (const QByteArray schema : {"14", "16", "18", "26"}) {
+        const QByteArray newer = written(schema, {"--schema", schema});
+        EXPECT_TRUE(newer.contains("CREATE TABLE ZASSET ")) << schema.constData();
+        EXPECT_FALSE(newer.contains("ZGENERICASSET")) << schema.constData();
+    }
+}
+
+TEST_F(ProgramSample, HasAsManyKeywordsAndPeopleAsItWasAskedFor)
+{
+    const QByteArray phone = m_scratch.path("phone");
+    EXPECT_EQ(0, run({"sample", phone, "--assets", "3", "--keywords", "30", "--people", "20",
+                      "--no-pictures"})
+                     .exitCode);
+    const QByteArray database = m_scratch.read("phone/PhotoData/Photos.sqlite");
+    EXPECT_TRUE(database.contains("Birthday 2"));
+    EXPECT_FALSE(database.contains("Snow 2"));
+    EXPECT_TRUE(database.contains("Maria Nowak"));
+    EXPECT_FALSE(database.contains("Tomás Tanaka"));
 }
 
 // How many photos and videos `info` counts.

@@ -110,6 +110,21 @@ TEST_F(SampleFailures, RefuseCountsOutOfRangeBeforeAnythingIsMade)
     }
 }
 
+TEST_F(SampleFailures, RefuseMoreNamesThanALibraryCanHave)
+{
+    for (const int names : {-1, maxSampleNames + 1}) {
+        SampleOptions keywords = sampleOptions(3, false);
+        keywords.keywords = names;
+        SampleOptions people = sampleOptions(3, false);
+        people.people = names;
+        for (const SampleOptions &options : {keywords, people}) {
+            const QString error = failure(path("device"), options);
+            EXPECT_TRUE(error.contains(QString::number(names))) << error.toStdString();
+            EXPECT_TRUE(entries().isEmpty());
+        }
+    }
+}
+
 TEST_F(SampleFailures, RemoveAllThatWasWrittenWhenTheDiskIsFull)
 {
     // In turn: the plist, the tables, a picture, the packed thumbnails, the log's index.

@@ -7,7 +7,7 @@ namespace {
 
 TEST(SampleWriter, GivesTheSameBytesAndDatesForTheSameArguments)
 {
-    for (const SampleSchema schema : {SampleSchema::Early, SampleSchema::V13}) {
+    for (const SampleSchema schema : {SampleSchema::Early, SampleSchema::V13, SampleSchema::V18}) {
         const SampleOptions options = sampleOptions(23, true, 5, schema);
         const WrittenSample first(options);
         quint64 chance = 0;
