@@ -76,8 +76,9 @@ void insert(sqlite3 *db, const std::string &table, const TableRow &row)
         names.push_back(quoted(column));
         marks.push_back("?");
     }
-    const std::string sql =
-        "INSERT INTO " + quoted(table) + " (" + joined(names) + ") VALUES (" + joined(marks) + ")";
+    const std::string values =
+        row.empty() ? "DEFAULT VALUES" : '(' + joined(names) + ") VALUES (" + joined(marks) + ')';
+    const std::string sql = "INSERT INTO " + quoted(table) + ' ' + values;
     sqlite3_stmt *stmt = nullptr;
     if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK)
         throw std::runtime_error(sqlite3_errmsg(db) + (": " + sql));

@@ -6,6 +6,7 @@
 #include <QByteArray>
 
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,12 @@ struct LibraryVersion {
     std::string keywordAttributes() const;
     std::string keywordKeyword() const;
 };
+
+/// As in a failure of a test.
+inline std::ostream &operator<<(std::ostream &stream, const LibraryVersion &version)
+{
+    return stream << version.name;
+}
 
 /// One for each system whose tables or columns differ, the oldest first.
 const std::vector<LibraryVersion> &libraryVersions();
