@@ -6,6 +6,9 @@
 
 namespace {
 
+// Of memory, in proportion to what a row takes of the files.
+const qint64 bytesPerAlbum = 64;
+
 // An album and how it is sorted, until it is put in its place.
 struct AlbumRow {
     qint64 id = 0;
@@ -56,6 +59,7 @@ public:
           m_sortKey(m_scan.want("ZCUSTOMSORTKEY")),
           m_sortAscending(m_scan.want("ZCUSTOMSORTASCENDING"))
     {
+        m_scan.setRowBytes(bytesPerAlbum);
     }
 
     std::vector<AlbumRow> read();

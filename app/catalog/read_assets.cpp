@@ -8,7 +8,7 @@
 
 namespace {
 
-// More than a row of the table takes, so that memory stays in proportion to the files.
+// Of memory, in proportion to what a row takes of the files.
 const qint64 bytesPerAsset = 64;
 
 // The numbers of the columns that are read.
@@ -24,8 +24,6 @@ struct AssetColumns {
     int attributes, importSession, importPlace;
 };
 
-// In the order of the table, where most of them stand as here: what lies before a column in its
-// row must be gone through for it.
 AssetColumns::AssetColumns(TableScan &scan)
     : id(scan.require("Z_PK")), kind(scan.require("ZKIND")), subtype(scan.want("ZKINDSUBTYPE")),
       customRendered(scan.wantQuietly("ZCUSTOMRENDEREDVALUE")),

@@ -9,6 +9,9 @@ namespace {
 
 const char faceTable[] = "ZDETECTEDFACE";
 
+// Of memory, in proportion to what a row takes of the files.
+const qint64 bytesPerPerson = 64;
+
 // The columns that say whose face is in which photo.
 struct FaceColumns {
     QByteArray asset;
@@ -22,6 +25,7 @@ std::vector<Person> namedPeople(LibraryTables &tables)
     const int id = scan.require("Z_PK");
     const int name = scan.require("ZFULLNAME");
     const int uuid = scan.want("ZPERSONUUID");
+    scan.setRowBytes(bytesPerPerson);
     while (scan.next()) {
         Person person;
         person.name = scan.text(name);
@@ -36,7 +40,7 @@ std::vector<Person> namedPeople(LibraryTables &tables)
     return people;
 }
 
-// Systems since 2022 have the first ones, those before the second ones. Of columns that are not
+// Newer systems have the first ones, older ones the second ones. Of columns that are not
 // complete, which are told as missing, those are meant that are there in part.
 FaceColumns faceColumns(LibraryTables &tables)
 {

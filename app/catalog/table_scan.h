@@ -42,7 +42,8 @@ public:
     /// Goes on to the next row; false when there is none.
     bool next();
 
-    /// What a row takes of memory besides its texts, for a table whose rows are kept whole.
+    /// Counts so much more for each row, for a table of whose rows more is kept than a few numbers
+    /// and their texts.
     void setRowBytes(qint64 bytes) { m_rowBytes = bytes; }
 
     // Of the row: nothing, null or false for a column that is not there or holds NULL.
