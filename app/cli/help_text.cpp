@@ -1,5 +1,7 @@
 #include "cli/help_text.h"
 
+#include <QtGlobal>
+
 #include <algorithm>
 #include <sstream>
 #include <sys/ioctl.h>
@@ -47,7 +49,9 @@ int terminalWidth()
 {
     winsize size = {};
     const bool isKnown = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return isKnown ? std::max<int>(size.ws_col, narrowestWidth) : usualWidth;
+    const int named = ::isatty(STDOUT_FILENO) != 0 ? qEnvironmentVariableIntValue("COLUMNS") : 0;
+    const int width = isKnown ? size.ws_col : named;
+    return width > 0 ? std::max(width, narrowestWidth) : usualWidth;
 }
 
 std::string wrappedHelp(const std::string &help, int width)

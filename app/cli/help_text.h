@@ -3,7 +3,8 @@
 
 #include <string>
 
-/// The columns of the terminal that standard output is; 80 when it is none.
+/// The columns of the terminal that standard output is, or what the environment variable COLUMNS
+/// says of one that does not tell; 80 when it is none.
 int terminalWidth();
 
 /// `help` with its lines broken at blanks to fit into `width` columns; what follows a break begins

@@ -1,81 +1,92 @@
-#include "base/byte_count.h"
-#include "cli/id_arguments.h"
+#include "base/suggestion.h"
+#include "cli/filter_options.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
-#include "cli/text_table.h"
-#include "engine/classic_photos.h"
+#include "cli/photo_csv.h"
+#include "cli/photo_json.h"
+#include "cli/photo_table.h"
 #include "engine/library_session.h"
-#include "engine/photo_ids.h"
-#include "engine/photo_text.h"
 
 #include <CLI/CLI.hpp>
 
 namespace {
 
-QStringList iosRow(LibrarySession &session, quint64 id)
-{
-    photoItem item;
-    const FileState state = session.photo(id, &item);
-    const QString size = state == FileState::There     ? byteCountText(qint64(item.fileSize))
-                         : state == FileState::Missing ? QStringLiteral("missing")
-                                                       : QStringLiteral("unreadable");
-    // Only the modification date is read from the device.
-    return {QString::number(id),  nameText(item.name),       kindText(item),     size,
-            dimensionsText(item), dateText(item.modifyDate), nameText(item.path)};
-}
-
-QStringList classicRow(LibrarySession &session, quint64 id)
-{
-    photoItem item;
-    session.library().getPhoto(id, &item);
-    const ClassicPhoto &photo = *classicPhoto(session, id);
-    const StoredPicture *const largest = largestVariant(photo);
-    return {QString::number(id), dateText(takenDate(item)),
-            largest ? variantDimensionsText(*largest) : QString(),
-            byteCountText(storedBytes(photo)), classicFileText(photo.originalName)};
-}
-
-// The photos in a table, with what a device of their kind tells of them.
-class PhotoTable
-{
-public:
-    explicit PhotoTable(bool isClassic)
-        : m_row(isClassic ? classicRow : iosRow),
-          m_table(isClassic ? QStringList{"ID", "TAKEN", "DIMENSIONS", "STORED", "ORIGINAL"}
-                            : QStringList{"ID", "NAME", "KIND", "SIZE", "DIMENSIONS",
-                                          "MODIFIED (UTC)", "PATH"})
-    {
-        constexpr int idColumn = 0;
-        constexpr int sizeColumn = 3;
-        m_table.alignRight(idColumn);
-        m_table.alignRight(sizeColumn);
-    }
-
-    void add(LibrarySession &session, quint64 id) { m_table.addRow(m_row(session, id)); }
-    void write(Output &output) const { m_table.write(output); }
-
-private:
-    QStringList (*const m_row)(LibrarySession &session, quint64 id);
-    TextTable m_table;
+struct PhotosArguments {
+    std::vector<std::string> ids;
+    std::unique_ptr<FilterOptions> filter;
+    std::vector<std::string> columns;
+    bool isJson = false;
+    bool isCsv = false;
+    bool isPaths = false;
 };
 
-void writePhotos(LibrarySession &session, const QList<quint64> &ids, Output &output)
+void checkColumns(const std::vector<std::string> &columns)
 {
-    if (ids.isEmpty()) {
-        output.write("No photos or videos.\n");
-        return;
+    const std::vector<std::string> known = photoColumnNames();
+    for (const std::string &column : columns) {
+        if (std::find(known.begin(), known.end(), column) == known.end())
+            throw CLI::ValidationError("--columns",
+                                       column + ": no such column" + suggestion(column, known));
     }
-    PhotoTable table(session.classicIpod() != nullptr);
-    for (const quint64 id : ids)
-        table.add(session, id);
-    table.write(output);
 }
 
-int runPhotos(const CommandContext &context, const std::optional<std::string> &album)
+std::string columnList()
 {
-    return runOnLibrary(context, [&album](LibrarySession &session, Output &output) {
-        writePhotos(session, chosenPhotoIds(session, album), output);
+    std::string list;
+    for (const std::string &name : photoColumnNames())
+        list.append(list.empty() ? "" : ", ").append(name);
+    return list;
+}
+
+void writePaths(const std::vector<const Asset *> &photos, Output &output)
+{
+    for (const Asset *photo : photos) {
+        const QByteArray path = photo->path();
+        if (!path.isEmpty())
+            output.write(path + '\0');
+    }
+}
+
+void writePhotos(const PhotosArguments &arguments, const PhotoFilter &filter,
+                 LibrarySession &session, Output &output)
+{
+    const std::vector<const Asset *> photos = chosenPhotos(session, filter);
+    if (arguments.isJson)
+        writePhotosAsJson(photos, output);
+    else if (arguments.isCsv)
+        writePhotosAsCsv(photos, output);
+    else if (arguments.isPaths)
+        writePaths(photos, output);
+    else if (photos.empty())
+        output.write("No photos or videos.\n");
+    else
+        writePhotoTable(session, photos, arguments.columns, output);
+}
+
+int runPhotos(const CommandContext &context, const PhotosArguments &arguments)
+{
+    const PhotoFilter filter = arguments.filter->filter();
+    return runOnLibrary(context, [&](LibrarySession &session, Output &output) {
+        writePhotos(arguments, filter, session, output);
     });
+}
+
+void addForms(CLI::App &command, PhotosArguments &arguments)
+{
+    CLI::Option *const columns =
+        command.add_option("--columns", arguments.columns,
+                           "The columns of the table, with commas between them: " + columnList());
+    columns->delimiter(',')->allow_extra_args(false)->type_name("LIST");
+    CLI::Option *const json = command.add_flag(
+        "--json", arguments.isJson, "Print JSON with all that the library tells of each");
+    CLI::Option *const csv = command.add_flag(
+        "--csv", arguments.isCsv, "Print the same as comma-separated values, for spreadsheets");
+    CLI::Option *const paths =
+        command.add_flag("-0,--null", arguments.isPaths,
+                         "Print only the paths on the device, each ended by a zero byte");
+    json->excludes(columns)->excludes(csv)->excludes(paths);
+    csv->excludes(columns)->excludes(paths);
+    paths->excludes(columns);
 }
 
 } // namespace
@@ -83,11 +94,23 @@ int runPhotos(const CommandContext &context, const std::optional<std::string> &a
 void addPhotosCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command = app.add_subcommand("photos", "List the photos and videos");
-    const auto album = addAlbumOption(*command);
-    command->footer("Examples:\n"
+    const auto arguments = std::make_shared<PhotosArguments>();
+    command->add_option("ID", arguments->ids, idsDescription)->option_text("[ID...]");
+    arguments->filter = std::make_unique<FilterOptions>(*command, context.options);
+    addForms(*command, *arguments);
+    command->footer("What is in the trash and the copies in shared albums are listed only if asked "
+                    "for. TAKEN is the time at the place where the photo was taken; SIZE is that "
+                    "of the original.\n"
+                    "\n"
+                    "Examples:\n"
                     "  photolib photos\n"
-                    "  photolib photos -d /media/phone --album 7");
-    command->callback([&context, album] {
-        context.run = [&context, album] { return runPhotos(context, *album); };
+                    "  photolib photos -d /media/phone --album 7\n"
+                    "  photolib photos -d /media/phone --kind video --larger 100M --sort size\n"
+                    "  photolib photos -d /media/phone --from 2019-07 --to 2019-08 --favorite "
+                    "--json");
+    command->callback([&context, arguments] {
+        arguments->filter->check(arguments->ids);
+        checkColumns(arguments->columns);
+        context.run = [&context, arguments] { return runPhotos(context, *arguments); };
     });
 }

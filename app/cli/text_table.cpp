@@ -10,6 +10,9 @@ namespace {
 // A longer cell stands out of its column: a single one would make every line as long.
 constexpr int widestColumn = 200;
 
+constexpr int narrowestCut = 8; // of a cell, so that it still tells something
+constexpr int gap = 2;          // between columns
+
 // Of Unicode's East Asian Wide letters and pictures, those that names are made of.
 bool isWide(uint character)
 {
@@ -50,6 +53,21 @@ int displayWidth(const QString &text)
     return width;
 }
 
+QString cutToWidth(const QString &text, int width)
+{
+    if (displayWidth(text) <= width)
+        return text;
+    QVector<uint> kept;
+    int room = width - 1;
+    for (const uint character : text.toUcs4()) {
+        room -= cellsOf(character);
+        if (room < 0)
+            break;
+        kept.append(character);
+    }
+    return QString::fromUcs4(kept.constData(), kept.size()) + QChar(0x2026);
+}
+
 void TextTable::addRow(const QStringList &cells)
 {
     m_widths.resize(std::max(m_widths.size(), cells.size()));
@@ -58,17 +76,45 @@ void TextTable::addRow(const QStringList &cells)
     m_rows.append(cells);
 }
 
+// Null when none can be narrower.
+int *TextTable::widestCuttable()
+{
+    int *widest = nullptr;
+    for (const int column : m_cuttable) {
+        int &width = m_widths[column];
+        if (width > narrowestCut && (!widest || width > *widest))
+            widest = &width;
+    }
+    return widest;
+}
+
+void TextTable::fitInto(int width)
+{
+    m_lineWidth = width;
+    int excess = (m_widths.size() - 1) * gap - width;
+    for (const int each : m_widths)
+        excess += each;
+    for (; excess > 0; --excess) {
+        int *const widest = widestCuttable();
+        if (!widest)
+            break;
+        --*widest;
+    }
+}
+
 QString TextTable::line(const QStringList &cells) const
 {
     QString result;
     for (int i = 0; i < cells.size(); ++i) {
-        const QString padding(m_widths[i] - displayWidth(cells[i]), QLatin1Char(' '));
-        result += m_right.contains(i) ? padding + cells[i] : cells[i] + padding;
-        result += QLatin1String("  ");
+        const bool isCut = m_lineWidth > 0 && m_cuttable.contains(i);
+        const QString cell = isCut ? cutToWidth(cells[i], m_widths[i]) : cells[i];
+        const QString padding(m_widths[i] - displayWidth(cell), QLatin1Char(' '));
+        result += m_right.contains(i) ? padding + cell : cell + padding;
+        result += QString(gap, QLatin1Char(' '));
     }
     while (result.endsWith(QLatin1Char(' ')))
         result.chop(1);
-    return result;
+    return m_lineWidth > 0 ? cutToWidth(result, m_lineWidth) : result;
 }
 
 void TextTable::write(Output &output) const

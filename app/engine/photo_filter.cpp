@@ -173,8 +173,8 @@ void arrange(Photos *photos, const PhotoFilter &filter)
         sortPhotos(photos, *filter.order);
     if (filter.isReversed)
         std::reverse(photos->begin(), photos->end());
-    if (filter.limit && static_cast<quint64>(*filter.limit) < photos->size())
-        photos->resize(static_cast<std::size_t>(*filter.limit));
+    if (filter.limit && *filter.limit < photos->size())
+        photos->resize(*filter.limit);
 }
 
 } // namespace

@@ -40,7 +40,7 @@ struct PhotoFilter {
 
     std::optional<PhotoOrder> order; ///< without a value, the album's own, or by id without album
     bool isReversed = false;
-    std::optional<qint64> limit; ///< only so many, the first ones
+    std::optional<quint64> limit; ///< only so many, the first ones
 };
 
 /// The photos and videos of `session` that `filter` asks for, in its order. Valid as long as the
