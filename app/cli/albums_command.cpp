@@ -1,4 +1,4 @@
-#include "cli/album_table.h"
+#include "cli/album_lists.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
 #include "engine/library_session.h"
@@ -7,19 +7,33 @@
 
 namespace {
 
-void writeAlbums(LibrarySession &session, Output &output)
+void writeAlbums(bool isJson, const LibrarySession &session, Output &output)
 {
-    writeAlbumTable(session.library(), output);
+    if (isJson)
+        writeAlbumsAsJson(session.catalog(), output);
+    else
+        writeAlbumsAsTable(session.catalog(), output);
 }
 
 } // namespace
 
 void addAlbumsCommand(CLI::App &app, CommandContext &context)
 {
-    CLI::App *const command = app.add_subcommand("albums", "List the albums");
-    command->footer("Examples:\n"
+    CLI::App *const command = app.add_subcommand("albums", "List the albums and folders");
+    const auto isJson = std::make_shared<bool>(false);
+    command->add_flag("--json", *isJson, "Print JSON, with the photos of each album");
+    command->footer("What is in a folder is listed below it. PHOTOS counts what photos --all lists "
+                    "of an album, or of all albums in a folder; which photos a smart album has is "
+                    "not stored in the library.\n"
+                    "\n"
+                    "Examples:\n"
                     "  photolib albums -d /media/phone\n"
                     "  photolib photos -d /media/phone --album 12   what is in one of them");
-    command->callback(
-        [&context] { context.run = [&context] { return runOnLibrary(context, writeAlbums); }; });
+    command->callback([&context, isJson] {
+        context.run = [&context, isJson] {
+            return runOnLibrary(context, [isJson](LibrarySession &session, Output &output) {
+                writeAlbums(*isJson, session, output);
+            });
+        };
+    });
 }
