@@ -1,12 +1,11 @@
 #include "base/byte_count.h"
 #include "cli/exit_codes.h"
-#include "cli/id_arguments.h"
+#include "cli/filter_options.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
 #include "cli/reported_work.h"
 #include "engine/library_export.h"
 #include "engine/library_session.h"
-#include "engine/photo_ids.h"
 #include "engine/photo_text.h"
 
 #include <QElapsedTimer>
@@ -17,26 +16,23 @@ namespace {
 
 struct ExportArguments {
     std::vector<std::string> positionals;
-    std::shared_ptr<std::optional<std::string>> album;
-    std::vector<std::string> ids; // taken out of the positionals, as is the folder
-    std::string folder;
+    std::unique_ptr<FilterOptions> filter;
+    std::string folder; // taken out of the positionals
     bool verify = false;
 };
 
 // The last argument is the folder, the others are ids.
 void splitArguments(ExportArguments &arguments)
 {
-    arguments.ids = arguments.positionals;
-    arguments.folder = arguments.ids.back();
-    arguments.ids.pop_back();
-    requireIds(arguments.ids);
+    std::vector<std::string> ids = arguments.positionals;
+    arguments.folder = ids.back();
+    ids.pop_back();
+    arguments.filter->check(ids);
     if (arguments.folder.empty())
         throw CLI::ValidationError("DIR", "the name is empty");
-    if (isNumber(arguments.folder))
+    if (arguments.folder == "-" || idRange(arguments.folder))
         throw CLI::ValidationError("no folder to copy to was named; if " + arguments.folder +
                                    " is the folder, write ./" + arguments.folder);
-    if (*arguments.album && !arguments.ids.empty())
-        throw CLI::ValidationError("--album", "cannot be combined with ids");
 }
 
 // How the export goes, on stderr.
@@ -98,8 +94,7 @@ private:
 ExportRequest requestOf(const ExportArguments &arguments)
 {
     ExportRequest request;
-    request.ids = arguments.ids;
-    request.album = *arguments.album;
+    request.filter = arguments.filter->filter();
     request.folder = QByteArray::fromStdString(arguments.folder);
     request.verify = arguments.verify;
     return request;
@@ -121,25 +116,30 @@ int exportTo(const ExportRequest &request, const CommonOptions &options, Library
 
 int runExport(const CommandContext &context, const ExportArguments &arguments)
 {
-    const auto work = [&](LibrarySession &session, Output &output) {
-        return exportTo(requestOf(arguments), context.options, session, output);
-    };
     requireNamedDevice(context);
+    const ExportRequest request = requestOf(arguments);
+    const auto work = [&](LibrarySession &session, Output &output) {
+        return exportTo(request, context.options, session, output);
+    };
     return workOnLibrary(context, work);
 }
 
-void addArguments(CLI::App &command, ExportArguments &arguments)
+void addArguments(CLI::App &command, CommonOptions &common, ExportArguments &arguments)
 {
     command
         .add_option("DIR", arguments.positionals,
-                    "ID\tPhotos and videos to copy. Default: all\n"
-                    "DIR\tFolder to copy to, created if necessary")
+                    std::string("ID\t") + idsDescription +
+                        ". Default: all that the options below admit\n"
+                        "DIR\tFolder to copy to, created if necessary")
         ->required()
         ->option_text("[ID...] DIR");
-    arguments.album = addAlbumOption(command);
+    arguments.filter = std::make_unique<FilterOptions>(command, common);
     command.add_flag("--verify", arguments.verify,
                      "Compare the contents of files that are already there");
     command.footer(
+        "Without options, all photos and videos are copied but for what is in the trash and the "
+        "copies in shared albums.\n"
+        "\n"
         "A file whose name is taken gets a number; a file that is already there is left as it is, "
         "so a second run copies only what is missing. Photos that are only in iCloud are counted, "
         "and listed with -v.\n"
@@ -154,7 +154,8 @@ void addArguments(CLI::App &command, ExportArguments &arguments)
         "Examples:\n"
         "  photolib export ~/Pictures/phone -d /media/phone\n"
         "  photolib export 42 43 /tmp/two -d /media/phone\n"
-        "  photolib export --album 7 /tmp/album -d /media/phone");
+        "  photolib export --album 7 /tmp/album -d /media/phone\n"
+        "  photolib export --from 2019 --kind video /tmp/videos -d /media/phone");
 }
 
 } // namespace
@@ -164,7 +165,7 @@ void addExportCommand(CLI::App &app, CommandContext &context)
     CLI::App *const command =
         app.add_subcommand("export", "Copy photos and videos off the device into a folder");
     const auto arguments = std::make_shared<ExportArguments>();
-    addArguments(*command, *arguments);
+    addArguments(*command, context.options, *arguments);
     command->callback([&context, arguments] {
         splitArguments(*arguments);
         context.run = [&context, arguments] { return runExport(context, *arguments); };

@@ -9,6 +9,7 @@
 #include "cli/progress_bar.h"
 #include "engine/default_device.h"
 #include "engine/library_session.h"
+#include "engine/photo_filter.h"
 
 #include <QThreadPool>
 
@@ -113,6 +114,16 @@ bool tell(const QByteArray &text)
     return !text.isEmpty();
 }
 
+// What the lists cannot tell, since the library is of a system that did not have it.
+void tellWhatItLacks(const Catalog &catalog)
+{
+    QByteArray names;
+    for (const QByteArray &name : catalog.missing)
+        names.append(names.isEmpty() ? "" : ", ").append(name);
+    if (!names.isEmpty())
+        tell("the library has no " + names);
+}
+
 // Whether what was shown is not all: what could not be read is told last, where it is seen.
 bool tellWhatIsMissing(const LibrarySession &session)
 {
@@ -122,17 +133,31 @@ bool tellWhatIsMissing(const LibrarySession &session)
     return isMissing;
 }
 
-// Writes on a thread of its own until a signal ends it: then a device that is asked for files
-// answers no more, and a reader that keeps the output waiting is left.
+// Runs `work` on a thread of its own until a signal ends it, which `isCancelled` tells: then a
+// device that is asked for files answers no more.
+void runUntilSignal(LibrarySession &session, std::atomic<bool> *isCancelled,
+                    const std::function<void()> &work)
+{
+    const auto cancel = [&] {
+        *isCancelled = true;
+        session.files().close();
+    };
+    try {
+        runInterruptible(work, cancel, [] {});
+    } catch (const Error &) {
+        if (!*isCancelled)
+            throw;
+    }
+    if (*isCancelled)
+        throw Error(Error::Cancelled, "interrupted");
+}
+
+// A reader that keeps the output waiting is left when a signal comes.
 void writeInterruptible(const std::function<void(LibrarySession &, Output &)> &write,
                         LibrarySession &session, Output &output)
 {
     std::atomic<bool> isCancelled{false};
-    const auto cancel = [&] {
-        isCancelled = true;
-        session.files().close();
-    };
-    const auto writeAll = [&] {
+    runUntilSignal(session, &isCancelled, [&] {
         output.whileWaiting([&] {
             if (isCancelled)
                 throw Error(Error::Cancelled, "interrupted");
@@ -140,15 +165,7 @@ void writeInterruptible(const std::function<void(LibrarySession &, Output &)> &w
         write(session, output);
         output.flush();
         output.whileWaiting(nullptr);
-    };
-    try {
-        runInterruptible(writeAll, cancel, [] {});
-    } catch (const Error &) {
-        if (!isCancelled)
-            throw;
-    }
-    if (isCancelled)
-        throw Error(Error::Cancelled, "interrupted");
+    });
 }
 
 } // namespace
@@ -172,6 +189,8 @@ int workOnLibrary(const CommandContext &context,
         session = opening.run();
         device = opening.device();
     }
+    if (context.options.verbose)
+        tellWhatItLacks(session->catalog());
     Output output([&] { announce(device, context.options); });
     int exitCode = exitDone;
     try {
@@ -184,6 +203,15 @@ int workOnLibrary(const CommandContext &context,
         // What went wrong by then is told all the same.
     }
     return tellWhatIsMissing(*session) ? exitFailed : exitCode;
+}
+
+std::vector<const Asset *> interruptiblyChosenPhotos(LibrarySession &session,
+                                                     const PhotoFilter &filter)
+{
+    std::vector<const Asset *> photos;
+    std::atomic<bool> isCancelled{false};
+    runUntilSignal(session, &isCancelled, [&] { photos = chosenPhotos(session, filter); });
+    return photos;
 }
 
 void requireNamedDevice(const CommandContext &context)

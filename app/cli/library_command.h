@@ -4,9 +4,12 @@
 #include "cli/command.h"
 
 #include <functional>
+#include <vector>
 
 class LibrarySession;
 class Output;
+struct Asset;
+struct PhotoFilter;
 
 /// Opens the library of the device that the command line names, the built-in sample's when it
 /// names none, has `write` write its result, and returns the exit code. `write` finds out what may
@@ -19,6 +22,12 @@ int runOnLibrary(const CommandContext &context,
 /// this thread and returns the exit code.
 int workOnLibrary(const CommandContext &context,
                   const std::function<int(LibrarySession &, Output &)> &work);
+
+/// The photos and videos of `session` that `filter` asks for, as `chosenPhotos` gives them, for
+/// work that waits for signals itself: Ctrl-C ends it, of which an Error of the kind Cancelled
+/// tells.
+std::vector<const Asset *> interruptiblyChosenPhotos(LibrarySession &session,
+                                                     const PhotoFilter &filter);
 
 /// Throws Error when no device is named: what is written to a person's files should be theirs.
 void requireNamedDevice(const CommandContext &context);

@@ -4,14 +4,14 @@
 #include "base/printable.h"
 #include "cli/exit_codes.h"
 #include "cli/file_target.h"
-#include "cli/id_arguments.h"
+#include "cli/filter_options.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
 #include "cli/progress_bar.h"
 #include "cli/reported_work.h"
 #include "engine/item_work.h"
 #include "engine/library_session.h"
-#include "engine/photo_ids.h"
+#include "engine/picture_format.h"
 #include "engine/thumbnail.h"
 
 #include <CLI/CLI.hpp>
@@ -20,21 +20,37 @@ namespace {
 
 struct ThumbArguments {
     std::vector<std::string> ids;
-    std::string target;    ///< of --output
-    std::string allFolder; ///< of --all
-    std::string format;    ///< empty for what the plug-in gives
+    std::unique_ptr<FilterOptions> filter;
+    std::string target;             ///< of --output
+    std::optional<std::string> all; ///< what follows --all, which may be nothing
+    std::string format;             ///< empty for what the plug-in gives
 
-    bool isForAll() const { return !allFolder.empty(); }
+    bool hasAllFolder() const { return all && !all->empty(); }
+    bool choosesMany() const { return all || filter->isAnyGiven(); }
 };
+
+// Before -o, --all stands for itself, and what follows it is an id.
+void separateAllFromIds(ThumbArguments &arguments)
+{
+    if (!arguments.hasAllFolder() || arguments.target.empty())
+        return;
+    if (*arguments.all != "-" && !idRange(*arguments.all))
+        throw CLI::ValidationError("--all", "takes no folder beside -o");
+    arguments.ids.insert(arguments.ids.begin(), *arguments.all);
+    arguments.all->clear();
+}
 
 void checkArguments(ThumbArguments &arguments)
 {
-    requireIds(arguments.ids);
-    if (arguments.isForAll() && !arguments.ids.empty())
+    separateAllFromIds(arguments);
+    arguments.filter->check(arguments.ids);
+    if (arguments.all)
+        arguments.filter->addTrash();
+    if (arguments.hasAllFolder() && !arguments.ids.empty())
         throw CLI::ValidationError("--all", "cannot be combined with ids");
-    if (!arguments.isForAll() && arguments.ids.empty())
+    if (!arguments.choosesMany() && arguments.ids.empty())
         throw CLI::ValidationError("name the ids, or use --all DIR for all photos and videos");
-    if (!arguments.isForAll() && arguments.target.empty())
+    if (!arguments.hasAllFolder() && arguments.target.empty())
         throw CLI::ValidationError("name the file or folder to write to with -o");
     if (arguments.target == FileTarget::standardOutput && Output::isTerminal())
         throw CLI::ValidationError("--output", "a terminal cannot show pictures; redirect "
@@ -50,15 +66,27 @@ struct ThumbPlace {
     bool isStandardOutput() const { return !isFolder && path == FileTarget::standardOutput; }
 };
 
+// Whether the name of the file `path` is one of a picture.
+bool namesPicture(const QByteArray &path)
+{
+    const QByteArray name = path.mid(path.lastIndexOf('/') + 1);
+    return formatOfExtension(name.mid(nameStem(name).size() + 1)) != nullptr;
+}
+
+// How many thumbnails there will be is not known to a person who asks for those of an album, say.
 ThumbPlace placeFor(const ThumbArguments &arguments, int thumbnails)
 {
-    if (arguments.isForAll())
-        return {QByteArray::fromStdString(arguments.allFolder), true};
+    if (arguments.hasAllFolder())
+        return {QByteArray::fromStdString(*arguments.all), true};
     const auto path = QByteArray::fromStdString(arguments.target);
+    if (path == FileTarget::standardOutput && thumbnails == 0)
+        throw Error("standard output", "no photo or video was chosen");
     if (path == FileTarget::standardOutput && thumbnails > 1)
         throw Error(Error::WrongUsage, "standard output takes one thumbnail; name a folder for " +
                                            std::to_string(thumbnails));
-    return {path, thumbnails > 1 || path.endsWith('/') || isFolder(path)};
+    const bool isForMany = thumbnails > 1 || (arguments.choosesMany() && !namesPicture(path));
+    const bool isOutput = path == FileTarget::standardOutput;
+    return {path, !isOutput && (isForMany || path.endsWith('/') || isFolder(path))};
 }
 
 FileTarget thumbTarget(const LibrarySession &session, const ThumbPlace &place)
@@ -161,17 +189,17 @@ private:
     int m_failed = 0;
 };
 
-QList<quint64> chosenIds(const ThumbArguments &arguments, LibrarySession &session)
+QList<quint64> chosenIds(LibrarySession &session, const PhotoFilter &filter)
 {
-    if (arguments.isForAll())
-        return session.library().photoIDs();
-    return knownPhotoIds(arguments.ids, session);
+    QList<quint64> ids;
+    for (const Asset *photo : interruptiblyChosenPhotos(session, filter))
+        ids.append(static_cast<quint64>(photo->id));
+    return ids;
 }
 
-int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySession &session,
-                    Output &output)
+int writeThumbnails(const ThumbArguments &arguments, const QList<quint64> &ids, bool isQuiet,
+                    LibrarySession &session, Output &output)
 {
-    const QList<quint64> ids = chosenIds(arguments, session);
     const ThumbPlace place = placeFor(arguments, ids.size());
     const bool isPng =
         !arguments.format.empty() || (!place.isFolder && place.path.toLower().endsWith(".png"));
@@ -184,31 +212,37 @@ int writeThumbnails(const ThumbArguments &arguments, bool isQuiet, LibrarySessio
 
 int runThumb(const CommandContext &context, const ThumbArguments &arguments)
 {
-    const auto work = [&](LibrarySession &session, Output &output) {
-        return writeThumbnails(arguments, context.options.quiet, session, output);
-    };
     requireNamedDevice(context);
+    const PhotoFilter filter = arguments.filter->filter();
+    const auto work = [&](LibrarySession &session, Output &output) {
+        const QList<quint64> ids = chosenIds(session, filter);
+        return writeThumbnails(arguments, ids, context.options.quiet, session, output);
+    };
     return workOnLibrary(context, work);
 }
 
-void addArguments(CLI::App &command, ThumbArguments &arguments)
+void addOptions(CLI::App &command, ThumbArguments &arguments)
 {
-    command.add_option("ID", arguments.ids, "The ids of photos and videos")->option_text("[ID...]");
-    CLI::Option *const output = command.add_option(
-        "-o,--output", arguments.target,
-        "The file to write, or - for standard output; for several ids, a folder. Folders are "
-        "created if necessary");
-    output->type_name("FILE|DIR");
     command
-        .add_option("--all", arguments.allFolder,
-                    "Write the thumbnails of all photos and videos to this folder")
-        ->check([](const std::string &name) { return name.empty() ? "the name is empty" : ""; })
-        ->type_name("DIR")
-        ->excludes(output);
+        .add_option("-o,--output", arguments.target,
+                    "The file to write, or - for standard output; for several ids, or what the "
+                    "options below choose, a folder. Folders are created if necessary")
+        ->type_name("FILE|DIR");
+    command
+        .add_option_function<std::string>(
+            "--all", [&arguments](const std::string &folder) { arguments.all = folder; },
+            "Write the thumbnails of all photos and videos to this folder. With -o in place of "
+            "DIR: also what is in the trash")
+        ->expected(0, 1)
+        ->type_name("[DIR]");
     command
         .add_option("--format", arguments.format,
                     "Convert to PNG. Default: as stored, JPEG or BMP, unless FILE ends in \".png\"")
         ->check(CLI::IsMember({"png"}));
+}
+
+void addThumbFooter(CLI::App &command)
+{
     command.footer("Existing files are replaced. In a folder, thumbnails are named "
                    "\"42-IMG_0041.jpg\", or \"42.bmp\" for a photo without a name.\n"
                    "\n"
@@ -216,7 +250,8 @@ void addArguments(CLI::App &command, ThumbArguments &arguments)
                    "  photolib thumb 42 -o thumb.png -d /media/phone\n"
                    "  photolib thumb 42 -o - -d /media/phone | display\n"
                    "  photolib thumb 42 43 -o thumbs --format png -d /media/phone\n"
-                   "  photolib thumb --all thumbs -d /media/phone");
+                   "  photolib thumb --all thumbs -d /media/phone\n"
+                   "  photolib thumb --album 7 -o thumbs -d /media/phone");
 }
 
 } // namespace
@@ -225,7 +260,11 @@ void addThumbCommand(CLI::App &app, CommandContext &context)
 {
     CLI::App *const command = app.add_subcommand("thumb", "Write thumbnails to files");
     const auto arguments = std::make_shared<ThumbArguments>();
-    addArguments(*command, *arguments);
+    command->add_option("ID", arguments->ids, idsDescription)->option_text("[ID...]");
+    addOptions(*command, *arguments);
+    arguments->filter = std::make_unique<FilterOptions>(*command, context.options,
+                                                        FilterOptions::AllOption::Command);
+    addThumbFooter(*command);
     command->callback([&context, arguments] {
         checkArguments(*arguments);
         context.run = [&context, arguments] { return runThumb(context, *arguments); };

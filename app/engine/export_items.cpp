@@ -1,6 +1,7 @@
 #include "engine/export_items.h"
 
 #include "base/file_names.h"
+#include "base/printable.h"
 #include "boundary/photo_records.h"
 #include "classic/image_unpacker.h"
 #include "classic/pixel_formats.h"
@@ -14,15 +15,16 @@
 
 namespace {
 
-ExportItem fileItem(LibrarySession &session, quint64 id)
+ExportItem fileItem(LibrarySession &session, const Asset &photo)
 {
-    photoItem photo;
-    session.library().getPhoto(id, &photo); // false only when there is no file
     ExportItem item;
-    item.label = labelText(photo);
-    item.name = safeFileName(writtenName(photo.name));
-    item.path = photo.path.toUtf8();
-    if (!deviceFileInfo(session.files(), item.path, &item.info, &item.failure))
+    item.path = photo.path();
+    item.label =
+        item.path.isEmpty() ? QString::number(photo.id) : QString::fromUtf8(printable(item.path));
+    item.name = safeFileName(writtenName(QString::fromLatin1(photo.fileName)));
+    item.failure = {FileError::NotFound, QStringLiteral("its file has no name")};
+    if (item.path.isEmpty() ||
+        !deviceFileInfo(session.files(), item.path, &item.info, &item.failure))
         return item;
     if (item.info.type == FileInfo::File)
         item.failure = FileError();
@@ -108,8 +110,10 @@ QVector<ExportItem> classicItems(LibrarySession &session, quint64 id, const Clas
 
 } // namespace
 
-QVector<ExportItem> exportItems(LibrarySession &session, quint64 id)
+QVector<ExportItem> exportItems(LibrarySession &session, const Asset &photo)
 {
-    const ClassicPhoto *const photo = classicPhoto(session, id);
-    return photo ? classicItems(session, id, *photo) : QVector<ExportItem>{fileItem(session, id)};
+    const auto id = static_cast<quint64>(photo.id);
+    const ClassicPhoto *const classic = classicPhoto(session, id);
+    return classic ? classicItems(session, id, *classic)
+                   : QVector<ExportItem>{fileItem(session, photo)};
 }

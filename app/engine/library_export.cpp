@@ -5,31 +5,23 @@
 #include "engine/device_bounds.h"
 #include "engine/export_folder.h"
 #include "engine/export_items.h"
-#include "engine/id_list.h"
 #include "engine/library_session.h"
 #include "engine/photo_export.h"
-#include "engine/photo_ids.h"
+#include "engine/photo_filter.h"
 
 namespace {
 
-// Each photo once, however often it is named or in the album.
-QList<quint64> chosenIds(const ExportRequest &request, LibrarySession &session)
-{
-    if (request.ids.empty())
-        return withoutDuplicates(chosenPhotoIds(session, request.album));
-    return knownPhotoIds(request.ids, session);
-}
-
-QVector<ExportItem> itemsFor(LibrarySession &session, const QList<quint64> &ids,
+QVector<ExportItem> itemsFor(LibrarySession &session, const std::vector<const Asset *> &photos,
                              ExportObserver &observer, const CancelToken &cancel)
 {
     QVector<ExportItem> items;
-    items.reserve(ids.size());
-    for (int i = 0; i < ids.size(); ++i) {
-        observer.looked(i, ids.size());
+    const auto count = static_cast<int>(photos.size());
+    items.reserve(count);
+    for (int i = 0; i < count; ++i) {
+        observer.looked(i, count);
         if (cancel.isCancelled())
             throw Error(Error::Cancelled, "interrupted: nothing was copied");
-        items += exportItems(session, ids[i]);
+        items += exportItems(session, *photos[static_cast<std::size_t>(i)]);
     }
     return items;
 }
@@ -53,7 +45,7 @@ ExportResult exportPhotos(LibrarySession &session, const ExportRequest &request,
                           ExportObserver &observer, const CancelToken &cancel)
 {
     const QVector<ExportItem> items =
-        itemsFor(session, chosenIds(request, session), observer, cancel);
+        itemsFor(session, chosenPhotos(session, request.filter), observer, cancel);
     const std::unique_ptr<EnsuredFolder> ensured = session.folderOutside(request.folder);
     refuseDeviceAsTarget(request.folder);
     ExportFolder folder(request.folder);

@@ -144,15 +144,15 @@ TEST_F(LibraryExports, CopyWhatIsChosen)
     m_database.rows.albums = {albumRow(7)};
     m_database.join().add(7, 2);
     open();
-    m_request.album = "7";
+    m_request.filter.album = "7";
     EXPECT_EQ("copied 1 file (5 bytes), 0 already there, 0 failed", run());
     EXPECT_TRUE(m_scratch.exists("out/b.jpg"));
-    m_request.album.reset();
-    m_request.ids = {"3", "2", "3"};
+    m_request.filter.album.reset();
+    m_request.filter.ids = {{*idRange("3"), *idRange("2"), *idRange("3")}};
     EXPECT_EQ("copied 1 file (5 bytes), 1 already there, 0 failed", run());
-    m_request.ids.clear();
+    m_request.filter.ids.reset();
     EXPECT_EQ("copied 1 file (5 bytes), 2 already there, 0 failed", run());
-    m_request.ids = {"4"};
+    m_request.filter.ids = {{*idRange("4")}};
     EXPECT_THROW(run(), Error);
 }
 
