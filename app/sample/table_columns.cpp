@@ -165,7 +165,8 @@ const Column<AssetRow> assetTable[] = {
      late},
     {"Z_FOK_IMPORTSESSION", "INTEGER",
      [](const AssetRow &r) {
-         return r.importSessionPk != 0 ? integer(1024 * (r.details.importPosition + 1)) : none();
+         return r.importSessionPk != 0 ? integer(1024 * (qint64{r.details.importPosition} + 1))
+                                       : none();
      },
      late, SampleSchema::V14},
     {"ZMASTER", "INTEGER", [](const AssetRow &) { return none(); }},
