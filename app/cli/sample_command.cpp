@@ -28,7 +28,7 @@ struct SampleArguments {
     bool noPictures = false;
 };
 
-const std::map<std::string, SampleSchema> &schemas()
+const std::map<std::string, SampleSchema> &sampleSchemas()
 {
     static const std::map<std::string, SampleSchema> schemas = {
         {"early", SampleSchema::Early}, {"13", SampleSchema::V13}, {"14", SampleSchema::V14},
@@ -41,7 +41,7 @@ SampleOptions optionsFrom(const SampleArguments &arguments)
     SampleOptions options;
     options.assets = arguments.assets;
     options.seed = arguments.seed;
-    options.schema = schemas().at(arguments.schema);
+    options.schema = sampleSchemas().at(arguments.schema);
     options.keywords = arguments.keywords;
     options.people = arguments.people;
     options.pictures = !arguments.noPictures;
@@ -107,7 +107,7 @@ int runSample(const SampleArguments &arguments, const CommonOptions &common)
 }
 
 /// Adds the options of what a classic iPod does not have.
-void addLibraryOptions(CLI::App &command, SampleArguments &arguments, CLI::Option *classic)
+void addSampleOptions(CLI::App &command, SampleArguments &arguments, CLI::Option *classic)
 {
     // "late" is what 13 was called before there were newer ones.
     const std::map<std::string, std::string> olderNames = {{"late", "13"}};
@@ -116,7 +116,7 @@ void addLibraryOptions(CLI::App &command, SampleArguments &arguments, CLI::Optio
                     "Generation of the database: that of iOS 13, 14, 16, 18 or 26, or an early one "
                     "without keywords and people")
         ->transform(CLI::Transformer(olderNames).description(""))
-        ->check(CLI::IsMember(schemas()))
+        ->check(CLI::IsMember(sampleSchemas()))
         ->capture_default_str()
         ->excludes(classic);
     command.add_option("--keywords", arguments.keywords, "Number of keywords")
@@ -140,7 +140,7 @@ void addArguments(CLI::App &command, SampleArguments &arguments)
         ->capture_default_str();
     CLI::Option *const classic =
         command.add_flag("--classic", arguments.classic, "Write a classic iPod, with photos only");
-    addLibraryOptions(command, arguments, classic);
+    addSampleOptions(command, arguments, classic);
     command.add_flag("--no-pictures", arguments.noPictures,
                      "Write only the database, not the files that it names");
 }

@@ -20,7 +20,7 @@ QByteArrayList keywordLinkColumns(const DatabaseModel &model)
     return {"Z_1ASSETATTRIBUTES", "Z_" + QByteArray::number(model.entities.keyword) + "KEYWORDS"};
 }
 
-/// Since people are known by more than their faces, the columns say that they are about these.
+/// The column of the face table that names the asset.
 QByteArray faceAssetColumn(const DatabaseModel &model)
 {
     return model.schema >= SampleSchema::V16 ? "ZASSETFORFACE" : "ZASSET";

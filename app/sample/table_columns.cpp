@@ -276,7 +276,7 @@ Value facePerson(const FaceRow &row)
     return keyOrNone(row.personPk);
 }
 
-// Since people are known by more than their faces, the columns say what they are about.
+// Since people are known by more than their faces, some names say that these are about a face.
 const Column<FaceRow> faceTable[] = {
     {"Z_PK", "INTEGER PRIMARY KEY", [](const FaceRow &r) { return integer(r.pk); }},
     {"Z_ENT", "INTEGER", [](const FaceRow &r) { return integer(r.model.entities.detectedFace); }},
