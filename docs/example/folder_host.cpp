@@ -46,7 +46,7 @@ static QString findFile(const VDev *dev, const char *path)
     const QString name = QString::fromUtf8(path);
     if (dev == &hostDisk)
         return name;
-    // The second form is for names beyond ASCII, which the plug-in reads as Latin-1.
+    // The second form is for names beyond ASCII, which the plug-in reads as Latin-1 up to iOS 13.
     for (const QString &form : {name, QString::fromUtf8(name.toLatin1())}) {
         const QString file = QFileInfo(dev->root + '/' + form).canonicalFilePath();
         if (file.startsWith(dev->root + '/') && QFileInfo(file).isFile())
@@ -183,15 +183,25 @@ static int fail(const QString &cause)
     return 1;
 }
 
+// The bytes of the device's own name. They are UTF-8, which the plug-in reads as Latin-1 up to
+// iOS 13.
+static QByteArray nameOnDevice(const QString &path)
+{
+    const QByteArray bytes = path.toLatin1();
+    const bool isMisread =
+        QString::fromLatin1(bytes) == path && QString::fromUtf8(bytes).toUtf8() == bytes;
+    return isMisread ? bytes : path.toUtf8();
+}
+
 static void listPhotos(photo_manager_int &library)
 {
     for (quint64 id : library.photoIDs()) {
         photoItem item;
         const bool isThere = library.getPhoto(id, &item);
         const QByteArray size = isThere ? QByteArray::number(item.fileSize) : "missing";
-        // Latin-1 gives the bytes of the device's own name.
-        std::printf("photo %llu: %s, %d x %d, %s\n", id, harmless(item.path.toLatin1()).constData(),
-                    item.width, item.height, size.constData());
+        std::printf("photo %llu: %s, %d x %d, %s\n", id,
+                    harmless(nameOnDevice(item.path)).constData(), item.width, item.height,
+                    size.constData());
     }
 }
 

@@ -16,7 +16,8 @@ struct VFile;
 
 /// The layout of one kind of packed thumbnail file (.ithmb).
 struct ThumbType {
-    qint32 dataSize;  ///< bytes of pixels in one record, without its trailer
+    qint32 dataSize;  ///< bytes of pixels in one record, without its trailer: two a pixel, or
+                      ///< four where they are 57,600
     qint32 rowPixels; ///< pixels from one stored row to the next; may exceed `width`
     qint32 height;    ///< rows of the frame
     qint32 width;     ///< columns of the frame
@@ -77,8 +78,8 @@ private:
     bool checkV2Thumbnail(const Camera_Data *asset, QByteArray &out);
 
     /// Opens the first packed thumbnail file that the device has and fills `*type` with its
-    /// layout. Returns null, with `*type` untouched, when it has none. The caller owns the
-    /// file.
+    /// layout, of two bytes a pixel whatever the records hold. Returns null, with `*type`
+    /// untouched, when it has none. The caller owns the file.
     VFile *decideThmbFile(ThumbType *type);
 
     /// Writes the pixels of the record `*thumb`, laid out as `*type` says, to `out` as the
@@ -100,8 +101,9 @@ private:
     void readLibraryUuid();
     bool getSyntheticAlbum(quint64 id, albumItem *album);
     bool getDeviceAlbum(quint64 id, Camera_Album *record, albumItem *album);
-    bool readThumbnail(qint32 index, PhotoThumb *thumb);
-    bool appendImage(PhotoThumb *thumb, QByteArray &out);
+    bool readThumbnail(const Camera_Data &asset, PhotoThumb *thumb, ThumbType *type);
+    bool findOwnRecord(const Camera_Data &asset, PhotoThumb *thumb, ThumbType *type);
+    bool appendImage(PhotoThumb *thumb, ThumbType *type, QByteArray &out);
     void addToLibrary(photoItem *photo);
     qint32 nextAlbumKey() const;
     void keepInLibrary(const QList<quint64> &photos);
@@ -113,7 +115,8 @@ private:
     IIPod *m_pIPod;        ///< not owned
     VDev *m_pVDev;         ///< the device's file system; owned; null until a parse opens it
     VFile *m_pThmbFile;    ///< the thumbnail file in use; never closed
-    ThumbType m_thmbType;  ///< its layout; meaningless while there is none
+    ThumbType m_thmbType;  ///< its layout; meaningless while there is none. Of four bytes a pixel
+                           ///< from the first record on that shows it by its asset's uuid
     CameraDB *m_pCameraDB; ///< owned with its records; null until parsed
     QMap<QByteArray, bool> m_mapUsedUUID;            ///< a set of uuids; the value is always true
     QMap<quint64, QList<quint64>> m_mapAlbum2Photos; ///< members of the synthetic albums

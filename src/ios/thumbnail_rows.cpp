@@ -2,13 +2,16 @@
 
 #include "cameradb/prefetch.h"
 
+#include <cstring>
+
 #if PHOTOLIB_HAS_X86_ROWS
 #include <immintrin.h>
 #endif
 
 namespace {
 
-const std::ptrdiff_t bytesIn = 2;  // of a stored pixel
+const std::ptrdiff_t bytesIn = 2; // of a stored pixel
+const std::ptrdiff_t bgraBytes = 4;
 const std::ptrdiff_t bytesOut = 3; // of a BMP pixel
 
 rows_converter chooseRowsConverter()
@@ -96,6 +99,16 @@ void convertRowsPlain(const picture_rows &picture)
 {
     for (row_walk row(picture); row.hasRow(); row.next())
         convertRowPlain(row.pixels(), row.out(), row.width());
+}
+
+void convertBgraRows(const picture_rows &picture)
+{
+    for (int y = 0; y < picture.height; ++y) {
+        const unsigned char *pixels = picture.bottomRow - y * picture.rowBytes;
+        unsigned char *out = picture.out + y * picture.outRowBytes;
+        for (int x = 0; x < picture.width; ++x, pixels += bgraBytes, out += bytesOut)
+            std::memcpy(out, pixels, bytesOut);
+    }
 }
 
 #if PHOTOLIB_HAS_X86_ROWS

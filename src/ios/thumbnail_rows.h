@@ -26,6 +26,10 @@ rows_converter fastestRowsConverter();
 /// For every processor, and what the others are measured by.
 void convertRowsPlain(const picture_rows &picture);
 
+/// The same for pixels of 4 bytes, blue, green, red and alpha, of which the first three are
+/// taken as they are.
+void convertBgraRows(const picture_rows &picture);
+
 #if defined(__GNUC__) && defined(__x86_64__)
 #define PHOTOLIB_HAS_X86_ROWS 1
 

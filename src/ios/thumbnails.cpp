@@ -6,8 +6,7 @@
 #include "ios/photo_manager.h"
 #include "ios/thread_buffer.h"
 #include "ios/thumbnail_rows.h"
-
-#include <QtEndian>
+#include "ios/thumbnail_trailer.h"
 
 #include <limits>
 
@@ -43,18 +42,24 @@ const qint64 mostPathLetters = 4194304;
 // What a byte array can hold, less some for its own administration.
 const int mostBytes = std::numeric_limits<int>::max() - 1024;
 
-const int trailerBytes = sizeof PhotoThumb().info;
-const int widthOffset = 16;  // of the picture's width in the trailer
-const int heightOffset = 20; // of its height
+// Of these cells there are records of four bytes a pixel as well, under the same file's name.
+const ThumbType narrowCell = {28800, 120, 120, 120};
+const ThumbType wideCell = {57600, 120, 120, 120};
 
-qint32 pictureWidth(const PhotoThumb &thumb)
+bool isLayout(const ThumbType &type, const ThumbType &expected)
 {
-    return qFromLittleEndian<qint32>(thumb.info + widthOffset);
+    return type.dataSize == expected.dataSize && type.rowPixels == expected.rowPixels &&
+           type.height == expected.height && type.width == expected.width;
 }
 
-qint32 pictureHeight(const PhotoThumb &thumb)
+bool isWide(const ThumbType &type)
 {
-    return qFromLittleEndian<qint32>(thumb.info + heightOffset);
+    return isLayout(type, wideCell);
+}
+
+int bytesOfPixel(const ThumbType &type)
+{
+    return isWide(type) ? 4 : 2;
 }
 
 // Where a picture lies in the middle of its frame, in stored pixels.
@@ -79,7 +84,7 @@ bool liesInPixels(const ThumbType &type, qint64 width, qint64 height)
     if (width <= 0 || height <= 0)
         return width >= 0; // nothing is read
     const placement place(type, width, height);
-    const qint64 pixels = type.dataSize / 2;
+    const qint64 pixels = type.dataSize / bytesOfPixel(type);
     return place.pixel(height - 1) >= 0 && place.pixel(0) <= pixels - width;
 }
 
@@ -101,11 +106,16 @@ void clearRowEnds(unsigned char *rows, qint64 width, qint64 height)
     }
 }
 
+// In 32 bits, beyond which it wraps: a record further on is not found, another one is.
+quint32 recordOffset(const ThumbType &type, qint32 index)
+{
+    const quint32 recordBytes = static_cast<quint32>(type.dataSize + trailerBytes);
+    return recordBytes * static_cast<quint32>(index);
+}
+
 bool seekToRecord(VFile *file, const ThumbType &type, qint32 index)
 {
-    // In 32 bits, beyond which it wraps: a record further on is not found, another one is.
-    const quint32 recordBytes = static_cast<quint32>(type.dataSize + trailerBytes);
-    const quint32 offset = recordBytes * static_cast<quint32>(index);
+    const quint32 offset = recordOffset(type, index);
     if (vFileSeek(file, offset, 0) == static_cast<qint64>(offset))
         return true;
     Log("PHOTOLIB", 2, "Can seek to offset %lld while getting ithmb",
@@ -127,6 +137,24 @@ bool readRecord(VFile *file, const ThumbType &type, PhotoThumb *thumb)
         return false;
     }
     return true;
+}
+
+bool readRecordAt(VFile *file, const ThumbType &type, qint32 index, PhotoThumb *thumb)
+{
+    return seekToRecord(file, type, index) && readRecord(file, type, thumb);
+}
+
+// What the trailer of the asset's record tells if there are four bytes a pixel. Without a log
+// line: there may be no such record.
+trailer_claim wideClaim(VFile *file, const Camera_Data &asset)
+{
+    const qint64 offset = qint64(recordOffset(wideCell, asset.thumbnailIndex)) + wideCell.dataSize;
+    // Cleared, as in getPhotoThumbnail.
+    unsigned char info[trailerBytes] = {};
+    if (vFileSeek(file, offset, 0) != offset ||
+        vFileRead(file, reinterpret_cast<char *>(info), trailerBytes) != trailerBytes)
+        return ForeignTrailer;
+    return trailerClaim(info, wideCell, asset.uuid);
 }
 
 // Whether a name can be put for every marker of the directory: the names come from the device, and
@@ -167,7 +195,8 @@ int photo_manager::getPhotoThumbnail(const quint64 &id, QByteArray &out)
         // Cleared: a read that gives less than it says must not decide a picture's size by
         // stale memory.
         PhotoThumb thumb = PhotoThumb();
-        return readThumbnail(asset->thumbnailIndex, &thumb) && appendImage(&thumb, out) ? 0 : -1;
+        ThumbType type = ThumbType();
+        return readThumbnail(*asset, &thumb, &type) && appendImage(&thumb, &type, out) ? 0 : -1;
     });
 }
 
@@ -208,8 +237,9 @@ VFile *photo_manager::decideThmbFile(ThumbType *type)
     return nullptr;
 }
 
-bool photo_manager::readThumbnail(qint32 index, PhotoThumb *thumb)
+bool photo_manager::readThumbnail(const Camera_Data &asset, PhotoThumb *thumb, ThumbType *type)
 {
+    const qint32 index = asset.thumbnailIndex;
     if (index < 0) {
         Log("PHOTOLIB", 1, "This is a newly added photo?");
         return false;
@@ -220,17 +250,38 @@ bool photo_manager::readThumbnail(qint32 index, PhotoThumb *thumb)
         Log("PHOTOLIB", 2, "Can not decide teh iThmb file");
         return false;
     }
-    return seekToRecord(m_pThmbFile, m_thmbType, index) &&
-           readRecord(m_pThmbFile, m_thmbType, thumb);
+    *type = m_thmbType;
+    if (!readRecordAt(m_pThmbFile, *type, index, thumb))
+        return false;
+    // Older systems did not write whose picture a record holds.
+    return !m_pCameraDB->hasAssetTable || findOwnRecord(asset, thumb, type);
 }
 
-bool photo_manager::appendImage(PhotoThumb *thumb, QByteArray &out)
+// Phones keep two bytes a pixel, computers four, and only the place of the trailers tells which.
+bool photo_manager::findOwnRecord(const Camera_Data &asset, PhotoThumb *thumb, ThumbType *type)
 {
-    const qint32 width = pictureWidth(*thumb);
-    const qint32 height = pictureHeight(*thumb);
+    const qint32 index = asset.thumbnailIndex;
+    trailer_claim claim = trailerClaim(thumb->info, *type, asset.uuid);
+    if (claim != OwnTrailer && isLayout(*type, narrowCell) &&
+        wideClaim(m_pThmbFile, asset) > claim) {
+        *type = wideCell;
+        if (!readRecordAt(m_pThmbFile, *type, index, thumb))
+            return false;
+        claim = trailerClaim(thumb->info, *type, asset.uuid);
+    }
+    if (claim == OwnTrailer)
+        m_thmbType = *type;
+    if (claim == ForeignTrailer)
+        Log("PHOTOLIB", 2, "Can not read ithmb info");
+    return claim != ForeignTrailer;
+}
+
+bool photo_manager::appendImage(PhotoThumb *thumb, ThumbType *type, QByteArray &out)
+{
+    const qint32 width = pictureWidth(thumb->info);
+    const qint32 height = pictureHeight(thumb->info);
     const qint64 rowsStart = qint64(out.size()) + bmp::headerBytes;
-    if (!liesInPixels(m_thmbType, width, height) ||
-        imageBytes(width, height) > mostBytes - rowsStart) {
+    if (!liesInPixels(*type, width, height) || imageBytes(width, height) > mostBytes - rowsStart) {
         Log("PHOTOLIB", 2, "Can not read ithmb info");
         return false;
     }
@@ -238,21 +289,23 @@ bool photo_manager::appendImage(PhotoThumb *thumb, QByteArray &out)
     unsigned char *const rows = reinterpret_cast<unsigned char *>(out.data()) + rowsStart;
     bmp::writeHeaders(width, height, rows - bmp::headerBytes);
     clearRowEnds(rows, width, height);
-    convertThmb2BMP(thumb, &m_thmbType, rows);
+    convertThmb2BMP(thumb, type, rows);
     return true;
 }
 
 void photo_manager::convertThmb2BMP(PhotoThumb *thumb, ThumbType *type, unsigned char *out)
 {
     picture_rows picture;
-    picture.width = pictureWidth(*thumb);
-    picture.height = pictureHeight(*thumb);
+    picture.width = pictureWidth(thumb->info);
+    picture.height = pictureHeight(thumb->info);
     if (picture.width <= 0 || picture.height <= 0)
         return;
     const placement place(*type, picture.width, picture.height);
-    picture.bottomRow = static_cast<const unsigned char *>(thumb->data) + 2 * place.pixel(0);
-    picture.rowBytes = 2 * place.rowPixels;
+    const qint64 pixelBytes = bytesOfPixel(*type);
+    picture.bottomRow =
+        static_cast<const unsigned char *>(thumb->data) + pixelBytes * place.pixel(0);
+    picture.rowBytes = pixelBytes * place.rowPixels;
     picture.out = out;
     picture.outRowBytes = bmp::rowBytes(picture.width);
-    fastestRowsConverter()(picture);
+    (isWide(*type) ? convertBgraRows : fastestRowsConverter())(picture);
 }

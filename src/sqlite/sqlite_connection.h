@@ -30,7 +30,7 @@
 ///
 /// All statements share an allowance of work, of processor time and of temporary files in
 /// proportion to the size of the database's files; beyond it they end with SQLITE_INTERRUPT or
-/// SQLITE_FULL. The connection's own memory stays below four times the files and 64 MiB: see
+/// SQLITE_FULL. The connection's own memory stays below four times the files and 68 MiB: see
 /// `limitMemory`.
 ///
 /// For one thread at a time.
