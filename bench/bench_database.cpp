@@ -11,23 +11,41 @@
 
 namespace {
 
-const char *const schema =
-    "PRAGMA journal_mode=WAL;"
-    "CREATE TABLE ZGENERICASSET (Z_PK INTEGER PRIMARY KEY, Z_ENT INTEGER, Z_OPT INTEGER, "
+const char *const assetColumns =
+    "(Z_PK INTEGER PRIMARY KEY, Z_ENT INTEGER, Z_OPT INTEGER, "
     "ZCOMPLETE INTEGER, ZFAVORITE INTEGER, ZHEIGHT INTEGER, ZHIDDEN INTEGER, ZKIND INTEGER, "
     "ZKINDSUBTYPE INTEGER, ZORIENTATION INTEGER, ZSAVEDASSETTYPE INTEGER, "
     "ZTHUMBNAILINDEX INTEGER, ZTRASHEDSTATE INTEGER, ZVISIBILITYSTATE INTEGER, ZWIDTH INTEGER, "
     "ZDATECREATED TIMESTAMP, ZMODIFICATIONDATE TIMESTAMP, ZSORTTOKEN FLOAT, "
     "ZTRASHEDDATE TIMESTAMP, ZAVALANCHEUUID VARCHAR, ZDIRECTORY VARCHAR, ZFILENAME VARCHAR, "
-    "ZUUID VARCHAR);"
+    "ZUUID VARCHAR";
+
+const char *const genericTables =
+    "CREATE TABLE ZADDITIONALASSETATTRIBUTES (Z_PK INTEGER PRIMARY KEY, ZASSET INTEGER, "
+    "ZORIGINALFILESIZE INTEGER, ZDURATION FLOAT);";
+
+const char *const zassetTables =
+    "CREATE TABLE ZADDITIONALASSETATTRIBUTES (Z_PK INTEGER PRIMARY KEY, ZASSET INTEGER, "
+    "ZORIGINALFILESIZE INTEGER);"
+    "CREATE INDEX ZADDITIONALASSETATTRIBUTES_ZASSET_INDEX ON ZADDITIONALASSETATTRIBUTES (ZASSET);";
+
+const char *const commonTables =
     "CREATE TABLE ZGENERICALBUM (Z_PK INTEGER PRIMARY KEY, ZKIND INTEGER, ZTRASHEDSTATE INTEGER, "
     "ZTITLE VARCHAR, ZUUID VARCHAR);"
-    "CREATE TABLE ZADDITIONALASSETATTRIBUTES (Z_PK INTEGER PRIMARY KEY, ZASSET INTEGER, "
-    "ZORIGINALFILESIZE INTEGER, ZDURATION FLOAT);"
     "CREATE TABLE Z_METADATA (Z_VERSION INTEGER PRIMARY KEY, Z_UUID VARCHAR(255), Z_PLIST BLOB);"
     "INSERT INTO Z_METADATA VALUES (1, 'A0B1C2D3-0000-4000-8000-0123456789AB', NULL);"
     "CREATE TABLE Z_23ASSETS (Z_23ALBUMS INTEGER, Z_30ASSETS INTEGER, Z_FOK_30ASSETS INTEGER, "
     "PRIMARY KEY (Z_23ALBUMS, Z_30ASSETS));";
+
+std::string schemaOf(const Library &library)
+{
+    const std::string assets =
+        library.isZasset
+            ? std::string("CREATE TABLE ZASSET ") + assetColumns + ", ZDURATION FLOAT);"
+            : std::string("CREATE TABLE ZGENERICASSET ") + assetColumns + ");";
+    return "PRAGMA journal_mode=WAL;" + assets + (library.isZasset ? zassetTables : genericTables) +
+           commonTables;
+}
 
 void check(int result, sqlite3 *db, const char *what)
 {
@@ -114,13 +132,24 @@ std::vector<int> shuffledDates(const Library &library, std::mt19937 &random)
     return dates;
 }
 
+const char *const insertGeneric =
+    "INSERT INTO ZGENERICASSET VALUES "
+    "(?1,3,1,1,0,3024,0,?2,?3,1,3,?1,0,0,4032,?4,?4,0,NULL,NULL,?5,?6,?7)";
+const char *const insertZasset =
+    "INSERT INTO ZASSET VALUES "
+    "(?1,3,1,1,0,3024,0,?2,?3,1,3,?1,0,0,4032,?4,?4,0,NULL,NULL,?5,?6,?7,?2*12.5)";
+
+// Their own key is the asset's, or another one.
+const char *const insertAttributes = "INSERT INTO ZADDITIONALASSETATTRIBUTES VALUES (?1,?1,?2,?3)";
+const char *const insertNamingAttributes =
+    "INSERT INTO ZADDITIONALASSETATTRIBUTES VALUES (?1+7,?1,?2)";
+
 void insertAssets(sqlite3 *db, const Library &library)
 {
     std::mt19937 random(1);
     const std::vector<int> dates = shuffledDates(library, random);
-    Inserter assets(db, "INSERT INTO ZGENERICASSET VALUES "
-                        "(?1,3,1,1,0,3024,0,?2,?3,1,3,?1,0,0,4032,?4,?4,0,NULL,NULL,?5,?6,?7)");
-    Inserter attributes(db, "INSERT INTO ZADDITIONALASSETATTRIBUTES VALUES (?1,?1,?2,?3)");
+    Inserter assets(db, library.isZasset ? insertZasset : insertGeneric);
+    Inserter attributes(db, library.isZasset ? insertNamingAttributes : insertAttributes);
     for (int asset = 1; asset <= library.assets; ++asset) {
         const unsigned number = static_cast<unsigned>(asset);
         assets.number(asset)
@@ -131,7 +160,10 @@ void insertAssets(sqlite3 *db, const Library &library)
             .text(formatted(isVideo(asset) ? "IMG_%04u.MOV" : "IMG_%04u.JPG", number % 10000))
             .text(randomUuid(random))
             .insert();
-        attributes.number(asset).number(2000000 + asset).real(isVideo(asset) ? 12.5 : 0.0).insert();
+        attributes.number(asset).number(2000000 + asset);
+        if (!library.isZasset)
+            attributes.real(isVideo(asset) ? 12.5 : 0.0);
+        attributes.insert();
     }
 }
 
@@ -189,7 +221,7 @@ void writeLibrary(const std::string &root, const Library &library)
     std::filesystem::create_directories(root + "/PhotoData");
     sqlite3 *db = nullptr;
     check(sqlite3_open((root + "/PhotoData/Photos.sqlite").c_str(), &db), db, "open");
-    check(sqlite3_exec(db, schema, nullptr, nullptr, nullptr), db, "schema");
+    check(sqlite3_exec(db, schemaOf(library).c_str(), nullptr, nullptr, nullptr), db, "schema");
     check(sqlite3_exec(db, "BEGIN", nullptr, nullptr, nullptr), db, "begin");
     insertAssets(db, library);
     check(sqlite3_exec(db, "COMMIT; PRAGMA wal_checkpoint(TRUNCATE); BEGIN", nullptr, nullptr,

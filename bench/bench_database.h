@@ -10,6 +10,7 @@ struct Library {
     bool hasOneDate = false;   ///< all photos bear one modification date
     int userAlbums = 40;
     int members = 0; ///< of each user album; 0 for half of the assets in all, some of them in two
+    bool isZasset = false; ///< the assets are in ZASSET, as since iOS 14
 };
 
 /// Writes PhotoData/Photos.sqlite with a write-ahead log below `root`. Exits the program

@@ -40,7 +40,8 @@ Result measureLibrary(const Library &library)
     std::vector<Cost> floors, parses;
     for (int run = 0; run < runsEach; ++run) {
         floors.push_back(measure([&] {
-            return parseFloor(root, workFolder) == static_cast<std::size_t>(library.assets);
+            return parseFloor(root, workFolder, library.isZasset) ==
+                   static_cast<std::size_t>(library.assets);
         }));
         parses.push_back(measure([&] { return parseLibrary(root, workFolder, library.assets); }));
     }
@@ -75,6 +76,9 @@ int main()
     const Result small = report("camera roll", {few, true, false});
     const Result distinct = report("camera roll", {many, true, false});
     report("no camera roll", {many, false, false});
+    Library zasset = {many, true, false};
+    zasset.isZasset = true;
+    report("camera roll, ZASSET", zasset);
     const Result oneDate = report("one date for all", {many, true, true});
     const Result large = report("camera roll", {most, true, false});
     report("no camera roll", {most, false, false});

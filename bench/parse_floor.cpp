@@ -21,6 +21,8 @@ struct Asset {
     sqlite3_int64 trashedDate;
     std::string avalancheUuid;
     double sortToken;
+    double duration;
+    sqlite3_int64 dateCreated;
 };
 
 struct Album {
@@ -90,7 +92,17 @@ Asset readAsset(sqlite3_stmt *stmt)
             sqlite3_column_int(stmt, 11),
             sqlite3_column_int64(stmt, 12),
             text(stmt, 13),
-            sqlite3_column_double(stmt, 14)};
+            sqlite3_column_double(stmt, 14),
+            0,
+            0};
+}
+
+Asset readZasset(sqlite3_stmt *stmt)
+{
+    Asset asset = readAsset(stmt);
+    asset.duration = sqlite3_column_double(stmt, 15);
+    asset.dateCreated = sqlite3_column_int64(stmt, 16);
+    return asset;
 }
 
 Album readAlbum(sqlite3_stmt *stmt)
@@ -147,9 +159,31 @@ const char *const memberSql = "select * from Z_23ASSETS";
 const char *const attributeSql =
     "select Z_PK,ZASSET,ZDURATION,ZORIGINALFILESIZE from ZADDITIONALASSETATTRIBUTES";
 
+struct Statements {
+    Asset (*readAsset)(sqlite3_stmt *);
+    const char *photos;
+    const char *videos;
+    const char *attributes;
+};
+
+const Statements genericStatements = {readAsset, photoSql, videoSql, attributeSql};
+
+const Statements zassetStatements = {
+    readZasset,
+    "select A.Z_PK,A.ZKIND,A.ZHEIGHT,A.ZWIDTH, A.ZTHUMBNAILINDEX,A.ZORIENTATION,A.ZDIRECTORY,"
+    "A.ZFILENAME,A.ZMODIFICATIONDATE,A.ZUUID, T.ZORIGINALFILESIZE, A.ZKINDSUBTYPE, "
+    "A.ZTRASHEDDATE, A.ZAVALANCHEUUID, A.ZSORTTOKEN, A.ZDURATION, A.ZDATECREATED from ZASSET as A "
+    "left join ZADDITIONALASSETATTRIBUTES as T on T.ZASSET = A.Z_PK where (A.ZKIND = 0 and "
+    "A.ZSAVEDASSETTYPE is not 4) order by A.ZMODIFICATIONDATE ASC",
+    "select A.Z_PK,ZKIND,A.ZHEIGHT,A.ZWIDTH,A.ZTHUMBNAILINDEX, A.ZORIENTATION,A.ZDIRECTORY,"
+    "A.ZFILENAME,A.ZMODIFICATIONDATE,A.ZUUID, T.ZORIGINALFILESIZE, 0, A.ZTRASHEDDATE, NULL, NULL, "
+    "A.ZDURATION, A.ZDATECREATED from ZASSET as A left join ZADDITIONALASSETATTRIBUTES as T on "
+    "T.ZASSET = A.Z_PK where (A.ZKIND = 1 and A.ZSAVEDASSETTYPE is not 4)",
+    "select Z_PK,ZASSET,NULL,ZORIGINALFILESIZE from ZADDITIONALASSETATTRIBUTES"};
+
 } // namespace
 
-std::size_t parseFloor(const std::string &root, const std::string &workFolder)
+std::size_t parseFloor(const std::string &root, const std::string &workFolder, bool isZasset)
 {
     const std::string copy = workFolder + "Photos.sqlite";
     for (const char *suffix : {"", "-wal", "-shm"})
@@ -160,10 +194,11 @@ std::size_t parseFloor(const std::string &root, const std::string &workFolder)
     sqlite3_db_config(db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 
     const std::vector<Album> albums = select(db, albumSql, readAlbum);
-    const std::vector<Asset> photos = select(db, photoSql, readAsset);
-    const std::vector<Asset> videos = select(db, videoSql, readAsset);
+    const Statements &statements = isZasset ? zassetStatements : genericStatements;
+    const std::vector<Asset> photos = select(db, statements.photos, statements.readAsset);
+    const std::vector<Asset> videos = select(db, statements.videos, statements.readAsset);
     const std::vector<Member> members = select(db, memberSql, readMember);
-    const std::vector<Attributes> attributes = select(db, attributeSql, readAttributes);
+    const std::vector<Attributes> attributes = select(db, statements.attributes, readAttributes);
     sqlite3_close(db);
     if (albums.empty() || members.empty() || attributes.empty())
         fail("find the rows");
