@@ -26,8 +26,8 @@ public:
     qint32 width = 0;       ///< pixels
     qint32 duration = 0;    ///< whole seconds of a video, 0 for a photo
     quint64 fileSize = 0;   ///< bytes of the source file
-    QDateTime createDate;   ///< when the asset was made; 2001-01-01 for assets of an iOS device
-                            ///< but those added in memory
+    QDateTime createDate;   ///< when the asset was made; 2001-01-01 for assets of a device up to
+                            ///< iOS 13 but those added in memory
     QDateTime modifyDate;   ///< when the asset was last modified
     qint64 trashedDate = 0; ///< when it went to the trash, in whole seconds since 2001-01-01 UTC;
                             ///< 0 if it did not
