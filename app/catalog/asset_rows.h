@@ -22,6 +22,7 @@ struct AssetReferences {
 struct AssetRows {
     std::vector<Asset> assets;               ///< by id
     std::vector<AssetReferences> references; ///< of the asset at the same position
+    std::vector<qint64> ids;                 ///< the same as the assets', which lie further apart
     IdIndex byId;
     IdIndex byAttributes; ///< by the id of the row of attributes
 };

@@ -4,62 +4,45 @@
 
 namespace {
 
-using Entry = std::pair<qint64, IdIndex::Position>;
+// What the table may take: as much as the list would.
+const std::size_t placesPerEntry = sizeof(IdIndex::Entry) / sizeof(IdIndex::Position);
 
-bool isBefore(const Entry &entry, const Entry &other)
+bool isBefore(const IdIndex::Entry &entry, const IdIndex::Entry &other)
 {
     return entry.first < other.first;
 }
 
-bool hasSameId(const Entry &entry, const Entry &other)
-{
-    return entry.first == other.first;
-}
-
 } // namespace
 
-IdIndex::IdIndex(std::vector<Entry> entries) : m_entries(std::move(entries))
+IdIndex::IdIndex(std::vector<Entry> entries)
 {
-    if (!std::is_sorted(m_entries.begin(), m_entries.end(), isBefore))
-        std::stable_sort(m_entries.begin(), m_entries.end(), isBefore);
-    m_entries.erase(std::unique(m_entries.begin(), m_entries.end(), hasSameId), m_entries.end());
-    if (m_entries.size() < 2)
+    if (entries.empty())
         return;
-    const double span =
-        static_cast<double>(m_entries.back().first) - static_cast<double>(m_entries.front().first);
-    // Very large ids may all be one number here.
-    m_entriesPerId = span > 0 ? static_cast<double>(m_entries.size() - 1) / span : 0;
+    const auto [lowest, highest] = std::minmax_element(entries.begin(), entries.end(), isBefore);
+    const quint64 span = static_cast<quint64>(highest->first) - static_cast<quint64>(lowest->first);
+    m_first = lowest->first;
+    if (span < entries.size() * placesPerEntry) {
+        fillTable(entries, span + 1);
+        return;
+    }
+    m_sorted = std::move(entries);
+    std::stable_sort(m_sorted.begin(), m_sorted.end(), isBefore);
 }
 
-// Where it would be if the ids were spread evenly.
-std::size_t IdIndex::guess(qint64 id) const
+void IdIndex::fillTable(const std::vector<Entry> &entries, std::size_t size)
 {
-    if (id <= m_entries.front().first)
-        return 0;
-    if (id >= m_entries.back().first)
-        return m_entries.size() - 1;
-    const double distance = static_cast<double>(id) - static_cast<double>(m_entries.front().first);
-    return std::min(static_cast<std::size_t>(distance * m_entriesPerId), m_entries.size() - 1);
+    m_table.assign(size, none);
+    for (const Entry &entry : entries) {
+        Position &position =
+            m_table[static_cast<quint64>(entry.first) - static_cast<quint64>(m_first)];
+        if (position == none)
+            position = entry.second;
+    }
 }
 
-// From the guess the steps grow until the id lies between two of them.
-std::optional<IdIndex::Position> IdIndex::positionOf(qint64 id) const
+std::optional<IdIndex::Position> IdIndex::search(qint64 id) const
 {
-    const std::size_t size = m_entries.size();
-    std::size_t low = guess(id);
-    std::size_t high = low + 1;
-    for (std::size_t step = 1; low > 0 && m_entries[low].first > id; step *= 2) {
-        high = low;
-        low -= std::min(step, low);
-    }
-    for (std::size_t step = 1; high < size && m_entries[high].first <= id; step *= 2) {
-        low = high;
-        high = std::min(high + step, size);
-    }
-    const auto begin = m_entries.begin();
-    const auto found =
-        std::lower_bound(begin + static_cast<std::ptrdiff_t>(low),
-                         begin + static_cast<std::ptrdiff_t>(high), Entry(id, 0), isBefore);
-    const bool isFound = found != m_entries.end() && found->first == id;
+    const auto found = std::lower_bound(m_sorted.begin(), m_sorted.end(), Entry(id, 0), isBefore);
+    const bool isFound = found != m_sorted.end() && found->first == id;
     return isFound ? std::optional<Position>(found->second) : std::nullopt;
 }

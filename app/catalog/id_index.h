@@ -3,43 +3,51 @@
 
 #include <QtGlobal>
 
-#include <cstddef>
 #include <optional>
 #include <utility>
 #include <vector>
 
-/// Where the rows are that have certain ids. A plain sorted list: whatever ids a device sends, a
-/// look-up takes no more than a binary search, and with ids as libraries number them, from 1 with
-/// some gaps, hardly more than one access.
+/// Where the rows are that have certain ids. With ids as libraries number them, from 1 with some
+/// gaps, a look-up is one access to a table; whatever else a device sends is searched in a sorted
+/// list.
 class IdIndex
 {
 public:
     using Position = quint32;
+    using Entry = std::pair<qint64, Position>;
 
     IdIndex() = default;
 
-    /// Of these ids and positions in any order. Of several with one id the first one counts.
-    explicit IdIndex(std::vector<std::pair<qint64, Position>> entries);
+    /// Of ids and positions in any order. Of several with one id the first one counts.
+    explicit IdIndex(std::vector<Entry> entries);
 
     /// The position that belongs to `id`; nothing where there is none, or `id` is nothing.
     std::optional<Position> find(std::optional<qint64> id) const
     {
-        return id && !m_entries.empty() ? positionOf(*id) : std::nullopt;
+        if (!id)
+            return std::nullopt;
+        const quint64 place = static_cast<quint64>(*id) - static_cast<quint64>(m_first);
+        if (place < m_table.size())
+            return m_table[place] == none ? std::nullopt : std::optional<Position>(m_table[place]);
+        return m_sorted.empty() ? std::nullopt : search(*id);
     }
 
 private:
-    std::optional<Position> positionOf(qint64 id) const;
-    std::size_t guess(qint64 id) const;
+    static constexpr Position none = 0xffffffff;
 
-    std::vector<std::pair<qint64, Position>> m_entries; // by id
-    double m_entriesPerId = 0;
+    void fillTable(const std::vector<Entry> &entries, std::size_t size);
+    std::optional<Position> search(qint64 id) const;
+
+    qint64 m_first = 0;
+    std::vector<Position> m_table; // from the first id on
+    std::vector<Entry> m_sorted;   // where the ids are too far apart for a table
 };
 
 /// The index of `rows` by their member `id`.
 template <typename Row>
 IdIndex indexOf(const std::vector<Row> &rows)
 {
-    std::vector<std::pair<qint64, IdIndex::Position>> entries;
+    std::vector<IdIndex::Entry> entries;
     entries.reserve(rows.size());
     for (const Row &row : rows)
         entries.emplace_back(row.id, static_cast<IdIndex::Position>(entries.size()));

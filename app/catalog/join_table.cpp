@@ -112,17 +112,24 @@ EntityNumbers::EntityNumbers(LibraryTables &tables)
     TableScan scan(tables, "Z_PRIMARYKEY");
     const int name = scan.require("Z_NAME");
     const int number = scan.require("Z_ENT");
+    const int highest = scan.wantQuietly("Z_MAX");
     while (scan.next()) {
         const std::optional<qint64> stored = scan.integer(number);
         if (stored && *stored >= 0)
-            m_numbers.emplace(scan.text(name), *stored);
+            m_entities.emplace(scan.text(name), Entity{*stored, scan.integer(highest).value_or(0)});
     }
 }
 
 std::optional<qint64> EntityNumbers::of(const QByteArray &entity) const
 {
-    const auto found = m_numbers.find(entity);
-    return found == m_numbers.end() ? std::nullopt : std::optional<qint64>(found->second);
+    const auto found = m_entities.find(entity);
+    return found == m_entities.end() ? std::nullopt : std::optional<qint64>(found->second.number);
+}
+
+qint64 EntityNumbers::highestId(const QByteArray &entity) const
+{
+    const auto found = m_entities.find(entity);
+    return found == m_entities.end() ? 0 : found->second.highestId;
 }
 
 // Systems of 2019 have both kinds of asset, and name the column by the older one.

@@ -18,8 +18,17 @@ public:
     /// Nothing where `entity`, "Album" say, has no number.
     std::optional<qint64> of(const QByteArray &entity) const;
 
+    /// The highest id that the library says it has given to a row of `entity`; 0 where it does not
+    /// say.
+    qint64 highestId(const QByteArray &entity) const;
+
 private:
-    std::map<QByteArray, qint64> m_numbers;
+    struct Entity {
+        qint64 number;
+        qint64 highestId;
+    };
+
+    std::map<QByteArray, Entity> m_entities;
 };
 
 /// A table whose rows each say that two rows of others belong together.

@@ -99,8 +99,7 @@ void LibraryTables::tellFailure(const QByteArray &table, int result)
     tellUnread(table, sqlite3_errcode(db()) == result && cause ? cause : sqlite3_errstr(result));
 }
 
-void LibraryTables::throwIfCancelled() const
+void LibraryTables::throwCancelled()
 {
-    if (m_cancel.isCancelled())
-        throw Error(Error::Cancelled, "interrupted");
+    throw Error(Error::Cancelled, "interrupted");
 }

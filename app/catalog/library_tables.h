@@ -48,9 +48,14 @@ public:
     void tellFailure(const QByteArray &table, int result);
 
     /// Throws Error of the kind Cancelled when the reading is.
-    void throwIfCancelled() const;
+    void throwIfCancelled() const
+    {
+        if (m_cancel.isCancelled())
+            throwCancelled();
+    }
 
 private:
+    [[noreturn]] static void throwCancelled();
     void readNames(const QString &database);
     std::vector<QByteArray> columnsOf(const QByteArray &table);
 

@@ -19,7 +19,7 @@ RankedTexts::RankedTexts(const std::vector<QByteArray> &texts) : m_ranks(texts.s
     }
 }
 
-std::vector<QByteArray> RankedTexts::texts(const std::vector<quint32> &ranks) const
+std::vector<QByteArray> RankedTexts::texts(Links::Numbers ranks) const
 {
     std::vector<QByteArray> texts;
     texts.reserve(ranks.size());

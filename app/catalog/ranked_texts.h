@@ -1,6 +1,8 @@
 #ifndef PHOTOLIB_CATALOG_RANKED_TEXTS_H
 #define PHOTOLIB_CATALOG_RANKED_TEXTS_H
 
+#include "catalog/links.h"
+
 #include <QByteArray>
 
 #include <vector>
@@ -15,7 +17,7 @@ public:
     quint32 rank(std::size_t place) const { return m_ranks[place]; }
 
     /// The texts of `ranks`, in their order. They share their memory.
-    std::vector<QByteArray> texts(const std::vector<quint32> &ranks) const;
+    std::vector<QByteArray> texts(Links::Numbers ranks) const;
 
 private:
     std::vector<QByteArray> m_texts;

@@ -78,7 +78,7 @@ std::vector<AlbumRow> AlbumReader::read()
     while (m_scan.next()) {
         const std::optional<qint64> id = m_scan.integer(m_id);
         const std::optional<AlbumKind> kind = kindOf(m_scan.integer(m_kind));
-        if (id && kind && !m_scan.flag(m_trashedState))
+        if (id && kind && m_scan.code(m_trashedState) == 0)
             rows.push_back(row(*id, *kind));
     }
     putInOrderOfIds(rows);

@@ -11,6 +11,9 @@ namespace {
 // Of memory, in proportion to what a row takes of the files.
 const qint64 bytesPerAsset = 64;
 
+// Of the files, in a library as systems make them.
+const qint64 leastBytesPerRow = 256;
+
 // The numbers of the columns that are read.
 struct AssetColumns {
     explicit AssetColumns(TableScan &scan);
@@ -54,9 +57,9 @@ void tellRenamedColumns(LibraryTables &tables, const QByteArray &table, const As
         tables.tellMissing(table + ".ZCUSTOMRENDEREDVALUE");
 }
 
-AssetSource sourceOf(std::optional<qint64> savedType)
+AssetSource sourceOf(int savedType)
 {
-    switch (savedType.value_or(0)) {
+    switch (savedType) {
     case 3:
         return AssetSource::Local;
     case 4:
@@ -72,7 +75,7 @@ AssetSource sourceOf(std::optional<qint64> savedType)
     }
 }
 
-AssetTypes typesOfPhoto(std::optional<qint64> subtype, std::optional<qint64> customRendered)
+AssetTypes typesOfPhoto(int subtype, int customRendered)
 {
     AssetTypes types;
     types.setFlag(AssetType::Live, subtype == 2);
@@ -81,7 +84,7 @@ AssetTypes typesOfPhoto(std::optional<qint64> subtype, std::optional<qint64> cus
     return types;
 }
 
-AssetTypes typesOfVideo(std::optional<qint64> subtype)
+AssetTypes typesOfVideo(int subtype)
 {
     AssetTypes types;
     types.setFlag(AssetType::SlowMotion, subtype == 101);
@@ -90,12 +93,12 @@ AssetTypes typesOfVideo(std::optional<qint64> subtype)
     return types;
 }
 
-std::optional<Location> locationOf(std::optional<double> latitude, std::optional<double> longitude)
+std::optional<Location> locationOf(double latitude, std::optional<double> longitude)
 {
     const double unknown = -180;
-    if (!latitude || !longitude || (*latitude == unknown && *longitude == unknown))
+    if (!longitude || (latitude == unknown && *longitude == unknown))
         return std::nullopt;
-    return Location{*latitude, *longitude};
+    return Location{latitude, *longitude};
 }
 
 class AssetReader
@@ -109,7 +112,7 @@ public:
     }
 
     bool isReadable() { return m_scan.isReadable(); }
-    AssetRows read();
+    void read(AssetRows &rows, std::size_t expected);
 
 private:
     std::optional<AssetKind> kind() const;
@@ -124,19 +127,19 @@ private:
 
     TableScan m_scan;
     const AssetColumns m_columns;
-    QByteArray m_directory; // of the last one that has any
+    QByteArray m_directory; // of the last one: many follow each other in one
 };
 
-AssetRows AssetReader::read()
+void AssetReader::read(AssetRows &rows, std::size_t expected)
 {
-    AssetRows rows;
+    rows.assets.reserve(expected);
+    rows.references.reserve(expected);
     while (m_scan.next()) {
         const std::optional<qint64> id = m_scan.integer(m_columns.id);
         const std::optional<AssetKind> rowKind = kind();
         if (id && rowKind)
             append(rows, *id, *rowKind);
     }
-    return rows;
 }
 
 std::optional<AssetKind> AssetReader::kind() const
@@ -165,6 +168,8 @@ void AssetReader::readNames(Asset &asset)
     asset.uuid = m_scan.uuid(m_columns.uuid);
     toUpperCase(asset.uuid);
     asset.directory = m_scan.sharedText(m_columns.directory, m_directory);
+    if (m_directory.constData() != asset.directory.constData())
+        m_directory = asset.directory;
     asset.fileName = m_scan.text(m_columns.fileName);
 }
 
@@ -184,8 +189,8 @@ void AssetReader::readPicture(Asset &asset) const
     asset.orientation = m_scan.integer(m_columns.orientation);
     if (asset.kind == AssetKind::Video)
         asset.duration = m_scan.number(m_columns.duration);
-    asset.location =
-        locationOf(m_scan.number(m_columns.latitude), m_scan.number(m_columns.longitude));
+    if (const std::optional<double> latitude = m_scan.number(m_columns.latitude))
+        asset.location = locationOf(*latitude, m_scan.number(m_columns.longitude));
 }
 
 void AssetReader::readStates(Asset &asset) const
@@ -198,17 +203,17 @@ void AssetReader::readStates(Asset &asset) const
     if (hasAdjustments || adjustmentsState)
         asset.edited = hasAdjustments.value_or(false) || adjustmentsState.value_or(false);
     if (m_columns.cloudState != TableScan::none)
-        asset.isInCloud = m_scan.integer(m_columns.cloudState) == 1;
+        asset.isInCloud = m_scan.code(m_columns.cloudState) == 1;
     if (m_columns.savedType != TableScan::none)
-        asset.source = sourceOf(m_scan.integer(m_columns.savedType));
+        asset.source = sourceOf(m_scan.code(m_columns.savedType));
 }
 
 void AssetReader::readTypes(Asset &asset)
 {
-    const std::optional<qint64> subtype = m_scan.integer(m_columns.subtype);
+    const int subtype = m_scan.code(m_columns.subtype);
     asset.types = asset.kind == AssetKind::Video
                       ? typesOfVideo(subtype)
-                      : typesOfPhoto(subtype, m_scan.integer(m_columns.customRendered));
+                      : typesOfPhoto(subtype, m_scan.code(m_columns.customRendered));
     asset.burst = m_scan.uuid(m_columns.burst);
     if (asset.burst.isNull())
         return;
@@ -229,7 +234,7 @@ AssetReferences AssetReader::references() const
 // NULL counts as false, and is not told from it.
 std::optional<bool> AssetReader::flag(int column) const
 {
-    return column == TableScan::none ? std::nullopt : std::optional<bool>(m_scan.flag(column));
+    return column == TableScan::none ? std::nullopt : std::optional<bool>(m_scan.code(column) != 0);
 }
 
 bool isAscending(const std::vector<Asset> &assets)
@@ -270,13 +275,19 @@ QByteArray assetTable(const LibraryTables &tables)
     throw Error(Error::Damaged, "no table of photos");
 }
 
-AssetRows readAssets(LibraryTables &tables, const QByteArray &table)
+AssetRows readAssets(LibraryTables &tables, const QByteArray &table, qint64 expected)
 {
     AssetReader reader(tables, table);
     if (!reader.isReadable())
         throw Error(Error::Damaged, table.toStdString() + ": not readable as a table of photos");
-    AssetRows rows = reader.read();
+    // What the files cannot hold is not made room for.
+    const qint64 most = databaseBytes(tables.db()) / leastBytesPerRow;
+    AssetRows rows;
+    reader.read(rows, static_cast<std::size_t>(qBound(qint64(0), expected, most)));
     putInOrder(rows);
+    rows.ids.reserve(rows.assets.size());
+    for (const Asset &asset : rows.assets)
+        rows.ids.push_back(asset.id);
     rows.byId = indexOf(rows.assets);
     return rows;
 }

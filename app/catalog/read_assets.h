@@ -8,8 +8,9 @@
 /// Damaged when there is neither.
 QByteArray assetTable(const LibraryTables &tables);
 
-/// Reads what the rows of `table`, the asset table, say of the photos and videos themselves. Throws
-/// Error of the kind Damaged when it has no ids or kinds.
-AssetRows readAssets(LibraryTables &tables, const QByteArray &table);
+/// Reads what the rows of `table`, the asset table, say of the photos and videos themselves; of
+/// these there are perhaps `expected`. Throws Error of the kind Damaged when it has no ids or
+/// kinds.
+AssetRows readAssets(LibraryTables &tables, const QByteArray &table, qint64 expected);
 
 #endif // PHOTOLIB_CATALOG_READ_ASSETS_H

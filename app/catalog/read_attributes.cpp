@@ -94,7 +94,7 @@ void readAttributes(LibraryTables &tables, AssetRows &rows)
         rows.references[*position].description = scan.integer(description);
         Asset &named = rows.assets[*position];
         named.utcOffset = minutesOf(scan.integer(offset));
-        named.originalName = scan.text(originalName);
+        named.originalName = scan.sharedText(originalName, named.fileName);
         named.title = scan.text(title);
         named.size = scan.integer(size);
     }

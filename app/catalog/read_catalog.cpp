@@ -11,10 +11,12 @@ Catalog readCatalog(const QString &database, CancelToken &cancel)
 {
     Catalog catalog;
     LibraryTables tables(database, cancel, catalog);
-    AssetRows rows = readAssets(tables, assetTable(tables));
+    const QByteArray assets = assetTable(tables);
+    const EntityNumbers numbers(tables);
+    const char *const entity = assets == "ZASSET" ? "Asset" : "GenericAsset";
+    AssetRows rows = readAssets(tables, assets, numbers.highestId(entity));
     readAttributes(tables, rows);
     readDescriptions(tables, rows);
-    const EntityNumbers numbers(tables);
     readKeywords(tables, numbers, rows);
     catalog.people = readPeople(tables, rows);
     AlbumRows albums = readAlbums(tables);

@@ -58,6 +58,9 @@ void readKeywords(LibraryTables &tables, const EntityNumbers &numbers, AssetRows
         return;
     const RankedTexts titles(all.titles);
     Links titlesOfAssets(rows.assets.size(), links(tables, join, rows, all, titles));
-    for (std::size_t asset = 0; asset < rows.assets.size(); ++asset)
-        rows.assets[asset].keywords = titles.texts(titlesOfAssets.of(asset));
+    for (std::size_t asset = 0; asset < rows.assets.size(); ++asset) {
+        const Links::Numbers ranks = titlesOfAssets.of(asset);
+        if (!ranks.isEmpty())
+            rows.assets[asset].keywords = titles.texts(ranks);
+    }
 }

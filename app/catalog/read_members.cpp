@@ -1,10 +1,10 @@
 #include "catalog/read_members.h"
 
+#include "catalog/links.h"
 #include "catalog/table_scan.h"
 #include "catalog/text_order.h"
 
 #include <algorithm>
-#include <limits>
 #include <tuple>
 #include <utility>
 
@@ -135,19 +135,46 @@ void sortMembers(std::vector<Member> &members, AlbumSort sort, const std::vector
     }
 }
 
-// An album's photos in its order. Of one that is there several times the first place counts; it
-// has been told of the album then, whose id is the last in its own list.
-void tellEachOther(Album &album, const std::vector<Member> &members, std::vector<Asset> &assets)
+// Albums' photos in their orders, and the albums that hold a photo.
+class Holdings
 {
-    album.assets.reserve(members.size());
-    for (const Member &member : members) {
-        Asset &asset = assets[member.asset];
-        if (!asset.albums.empty() && asset.albums.back() == album.id)
-            continue;
-        asset.albums.push_back(album.id);
-        album.assets.push_back(asset.id);
+public:
+    explicit Holdings(AssetRows &rows) : m_rows(rows), m_lastAlbums(rows.assets.size(), none) {}
+
+    // The positions of albums ascend from one call to the next. Of a photo that is in the album
+    // several times the first place counts.
+    void add(quint32 position, Album &album, const std::vector<Member> &members)
+    {
+        album.assets.reserve(members.size());
+        for (const Member &member : members) {
+            if (m_lastAlbums[member.asset] == position)
+                continue;
+            m_lastAlbums[member.asset] = position;
+            album.assets.push_back(m_rows.ids[member.asset]);
+            m_albums.emplace_back(member.asset, position);
+        }
     }
-}
+
+    void tellAssets(const std::vector<Album> &albums)
+    {
+        Links albumsOfAssets(m_rows.assets.size(), m_albums);
+        for (std::size_t asset = 0; asset < m_rows.assets.size(); ++asset) {
+            const Links::Numbers positions = albumsOfAssets.of(asset);
+            if (positions.isEmpty())
+                continue;
+            m_rows.assets[asset].albums.reserve(positions.size());
+            for (const quint32 position : positions)
+                m_rows.assets[asset].albums.push_back(albums[position].id);
+        }
+    }
+
+private:
+    static constexpr quint32 none = 0xffffffff;
+
+    AssetRows &m_rows;
+    std::vector<quint32> m_lastAlbums; // to which each photo was added, by position
+    std::vector<Links::Link> m_albums;
+};
 
 } // namespace
 
@@ -160,10 +187,12 @@ void readMembers(LibraryTables &tables, const EntityNumbers &numbers, AssetRows 
         appendMembers(tables, join, rows, albums.albums, members);
     appendImports(rows, albums.albums, members);
     std::vector<std::vector<Member>> lists = byAlbum(members, albums.albums.size());
+    Holdings holdings(rows);
     for (std::size_t position = 0; position < lists.size(); ++position) {
         Album &album = albums.albums[position];
         const bool isImport = album.kind == AlbumKind::Import;
         sortMembers(lists[position], isImport ? AlbumSort() : albums.sorts[position], rows.assets);
-        tellEachOther(album, lists[position], rows.assets);
+        holdings.add(static_cast<quint32>(position), album, lists[position]);
     }
+    holdings.tellAssets(albums.albums);
 }

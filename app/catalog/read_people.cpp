@@ -86,8 +86,11 @@ void setNames(AssetRows &rows, const std::vector<Person> &people, std::vector<Li
     for (Links::Link &face : faces)
         face.second = names.rank(face.second);
     Links namesOfAssets(rows.assets.size(), faces);
-    for (std::size_t asset = 0; asset < rows.assets.size(); ++asset)
-        rows.assets[asset].people = names.texts(namesOfAssets.of(asset));
+    for (std::size_t asset = 0; asset < rows.assets.size(); ++asset) {
+        const Links::Numbers ranks = namesOfAssets.of(asset);
+        if (!ranks.isEmpty())
+            rows.assets[asset].people = names.texts(ranks);
+    }
 }
 
 void setAssets(std::vector<Person> &people, const AssetRows &rows, std::vector<Links::Link> faces)
@@ -96,8 +99,10 @@ void setAssets(std::vector<Person> &people, const AssetRows &rows, std::vector<L
         std::swap(face.first, face.second);
     Links assetsOfPeople(people.size(), faces);
     for (std::size_t person = 0; person < people.size(); ++person) {
-        for (const quint32 asset : assetsOfPeople.of(person))
-            people[person].assets.push_back(rows.assets[asset].id);
+        const Links::Numbers assets = assetsOfPeople.of(person);
+        people[person].assets.reserve(assets.size());
+        for (const quint32 asset : assets)
+            people[person].assets.push_back(rows.ids[asset]);
     }
 }
 

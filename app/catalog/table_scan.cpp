@@ -106,30 +106,11 @@ void TableScan::end(int result)
         m_tables.tellFailure(m_table, result);
 }
 
-std::optional<qint64> TableScan::integer(int column) const
+std::optional<qint64> TableScan::wholeNumber(sqlite3_value *stored)
 {
-    sqlite3_value *const stored = value(column);
-    const int type = stored ? sqlite3_value_type(stored) : SQLITE_NULL;
-    if (type == SQLITE_INTEGER)
-        return sqlite3_value_int64(stored);
-    if (type == SQLITE_FLOAT && isWhole(sqlite3_value_double(stored)))
-        return static_cast<qint64>(sqlite3_value_double(stored));
-    return std::nullopt;
-}
-
-std::optional<double> TableScan::number(int column) const
-{
-    sqlite3_value *const stored = value(column);
-    const int type = stored ? sqlite3_value_type(stored) : SQLITE_NULL;
-    if (type != SQLITE_INTEGER && type != SQLITE_FLOAT)
+    if (sqlite3_value_type(stored) != SQLITE_FLOAT || !isWhole(sqlite3_value_double(stored)))
         return std::nullopt;
-    const double read = sqlite3_value_double(stored);
-    return std::isfinite(read) ? std::optional<double>(read) : std::nullopt;
-}
-
-bool TableScan::flag(int column) const
-{
-    return number(column).value_or(0) != 0;
+    return static_cast<qint64>(sqlite3_value_double(stored));
 }
 
 TableScan::Bytes TableScan::bytes(int column)
@@ -154,15 +135,15 @@ QByteArray TableScan::text(int column)
     return stored.size > 0 ? QByteArray(stored.data, stored.size) : QByteArray();
 }
 
-QByteArray TableScan::sharedText(int column, QByteArray &last)
+QByteArray TableScan::sharedText(int column, const QByteArray &likely)
 {
     const Bytes stored = bytes(column);
     if (stored.size == 0)
         return QByteArray();
-    if (stored.size != last.size() ||
-        std::memcmp(stored.data, last.constData(), static_cast<std::size_t>(stored.size)) != 0)
-        last = QByteArray(stored.data, stored.size);
-    return last;
+    const bool isLikely =
+        stored.size == likely.size() &&
+        std::memcmp(stored.data, likely.constData(), static_cast<std::size_t>(stored.size)) == 0;
+    return isLikely ? likely : QByteArray(stored.data, stored.size);
 }
 
 QByteArray TableScan::uuid(int column)
@@ -175,10 +156,11 @@ QByteArray TableScan::uuid(int column)
 
 void toUpperCase(QByteArray &text)
 {
-    if (text.isNull())
+    const auto isLower = [](char letter) { return letter >= 'a' && letter <= 'z'; };
+    if (std::none_of(text.cbegin(), text.cend(), isLower))
         return;
     for (char &letter : text) {
-        if (letter >= 'a' && letter <= 'z')
+        if (isLower(letter))
             letter = static_cast<char>(letter - 'a' + 'A');
     }
 }

@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 
+#include <cmath>
 #include <optional>
 
 /// The rows of one table from the first to the last, past all indexes, which may be damaged or not
@@ -25,7 +26,7 @@ class TableScan
 {
 public:
     /// Number of a column that is not there.
-    static const int none = -1;
+    static constexpr int none = -1;
 
     /// `tables` must outlive the object.
     TableScan(LibraryTables &tables, const QByteArray &table);
@@ -49,20 +50,37 @@ public:
     // Of the row: nothing, null or false for a column that is not there or holds NULL.
 
     /// A whole number, also one that is stored as a real number.
-    std::optional<qint64> integer(int column) const;
+    std::optional<qint64> integer(int column) const
+    {
+        sqlite3_value *const stored = value(column);
+        if (stored && sqlite3_value_type(stored) == SQLITE_INTEGER)
+            return sqlite3_value_int64(stored);
+        return stored ? wholeNumber(stored) : std::nullopt;
+    }
 
     /// A finite number.
-    std::optional<double> number(int column) const;
+    std::optional<double> number(int column) const
+    {
+        sqlite3_value *const stored = value(column);
+        const int type = stored ? sqlite3_value_type(stored) : SQLITE_NULL;
+        if (type != SQLITE_INTEGER && type != SQLITE_FLOAT)
+            return std::nullopt;
+        const double read = sqlite3_value_double(stored);
+        return std::isfinite(read) ? std::optional<double>(read) : std::nullopt;
+    }
 
-    /// A number other than 0.
-    bool flag(int column) const;
+    /// What small numbers stand for, as SQLite makes one of whatever is stored: 0 for nothing, and
+    /// of a text what it begins with.
+    int code(int column) const
+    {
+        return column < 0 ? 0 : sqlite3_column_int(m_statement->get(), column);
+    }
 
     /// The bytes of a text; null for an empty one.
     QByteArray text(int column);
 
-    /// The same for a column of few texts over and over: equal ones share their memory as long as
-    /// they follow each other.
-    QByteArray sharedText(int column, QByteArray &last);
+    /// The same, sharing the memory of `likely` when it is that text.
+    QByteArray sharedText(int column, const QByteArray &likely);
 
     /// A uuid: 16 bytes are written out in upper case, a text stays as it is.
     QByteArray uuid(int column);
@@ -73,6 +91,7 @@ private:
         int size = 0;
     };
 
+    static std::optional<qint64> wholeNumber(sqlite3_value *stored);
     int add(const QByteArray &column);
     void prepare();
     void end(int result);

@@ -23,8 +23,8 @@ public:
     temp_file_limit(const temp_file_limit &) = delete;
     temp_file_limit &operator=(const temp_file_limit &) = delete;
 
-    /// Like `sqlite3_open`, with the limit in force; without one where SQLite has no
-    /// default VFS or does not take another.
+    /// Like `sqlite3_open`, with the limit in force and for one thread at a time; without one
+    /// where SQLite has no default VFS or does not take another.
     int open(const char *path, sqlite3 **db);
 
     /// Whether `db` was opened through a limit of its own, and so for a device's file.

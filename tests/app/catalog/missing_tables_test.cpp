@@ -301,8 +301,8 @@ TEST_P(MissingTables, MayBeAllButThatOfPhotos)
         writer.leaveOut(table);
     const Catalog catalog = catalogOf(writer);
     EXPECT_EQ(1U, catalog.assets.size());
-    EXPECT_EQ((std::vector<std::string>{"ZADDITIONALASSETATTRIBUTES", "ZASSETDESCRIPTION",
-                                        "Z_PRIMARYKEY", "Z_nKEYWORDS", "ZKEYWORD", "ZPERSON",
+    EXPECT_EQ((std::vector<std::string>{"Z_PRIMARYKEY", "ZADDITIONALASSETATTRIBUTES",
+                                        "ZASSETDESCRIPTION", "Z_nKEYWORDS", "ZKEYWORD", "ZPERSON",
                                         "ZDETECTEDFACE", "ZGENERICALBUM", "Z_nASSETS"}),
               missing(catalog));
 }
