@@ -1,10 +1,10 @@
 #include "cli/photo_table.h"
 
 #include "base/byte_count.h"
-#include "base/printable.h"
 #include "cli/help_text.h"
 #include "cli/output.h"
 #include "cli/text_table.h"
+#include "engine/asset_text.h"
 #include "engine/asset_words.h"
 #include "engine/classic_photos.h"
 #include "engine/library_date.h"
@@ -16,11 +16,6 @@
 
 namespace {
 
-QString shown(const QByteArray &text)
-{
-    return QString::fromUtf8(printable(text));
-}
-
 QString yesText(std::optional<bool> value)
 {
     return value.value_or(false) ? QStringLiteral("yes") : QString();
@@ -30,7 +25,7 @@ QString joined(const std::vector<QByteArray> &texts)
 {
     QStringList list;
     for (const QByteArray &text : texts)
-        list.append(shown(text));
+        list.append(shownText(text));
     return list.join(QStringLiteral(", "));
 }
 
@@ -121,7 +116,7 @@ const std::vector<Column> &allColumns()
         {"id", "ID", Form::Right,
          [](Session &, const Asset &photo) { return QString::number(photo.id); }},
         {"name", "NAME", Form::Cuttable,
-         [](Session &, const Asset &photo) { return shown(photo.fileName); }},
+         [](Session &, const Asset &photo) { return shownText(photo.fileName); }},
         {"kind", "KIND", Form::Left,
          [](Session &, const Asset &photo) { return QString::fromLatin1(wordFor(photo.kind)); }},
         {"type", "TYPE", Form::Cuttable,
@@ -136,13 +131,13 @@ const std::vector<Column> &allColumns()
         {"duration", "DURATION", Form::Right,
          [](Session &, const Asset &photo) { return playingTimeText(photo); }},
         {"path", "PATH", Form::Cuttable,
-         [](Session &, const Asset &photo) { return shown(photo.path()); }},
+         [](Session &, const Asset &photo) { return shownText(photo.path()); }},
         {"title", "TITLE", Form::Cuttable,
-         [](Session &, const Asset &photo) { return shown(photo.title); }},
+         [](Session &, const Asset &photo) { return shownText(photo.title); }},
         {"caption", "CAPTION", Form::Cuttable,
-         [](Session &, const Asset &photo) { return shown(photo.caption); }},
+         [](Session &, const Asset &photo) { return shownText(photo.caption); }},
         {"original", "ORIGINAL", Form::Cuttable,
-         [](Session &, const Asset &photo) { return shown(photo.originalName); }},
+         [](Session &, const Asset &photo) { return shownText(photo.originalName); }},
         {"keywords", "KEYWORDS", Form::Cuttable,
          [](Session &, const Asset &photo) { return joined(photo.keywords); }},
         {"people", "PEOPLE", Form::Cuttable,
@@ -162,14 +157,14 @@ const std::vector<Column> &allColumns()
         {"edited", "EDITED", Form::Left,
          [](Session &, const Asset &photo) { return yesText(photo.edited); }},
         {"burst", "BURST", Form::Cuttable,
-         [](Session &, const Asset &photo) { return shown(photo.burst); }},
+         [](Session &, const Asset &photo) { return shownText(photo.burst); }},
         {"modified", "MODIFIED (UTC)", Form::Left,
          [](Session &, const Asset &photo) { return clockText(photo.modified); }},
         {"added", "ADDED (UTC)", Form::Left,
          [](Session &, const Asset &photo) { return clockText(photo.added); }},
         {"state", "STATE", Form::Left, stateText},
         {"uuid", "UUID", Form::Cuttable,
-         [](Session &, const Asset &photo) { return shown(photo.uuid); }},
+         [](Session &, const Asset &photo) { return shownText(photo.uuid); }},
     };
     return columns;
 }

@@ -11,6 +11,7 @@
 #include "cli/reported_work.h"
 #include "engine/item_work.h"
 #include "engine/library_session.h"
+#include "engine/photo_ids.h"
 #include "engine/picture_format.h"
 #include "engine/thumbnail.h"
 
@@ -50,12 +51,20 @@ void checkArguments(ThumbArguments &arguments)
         throw CLI::ValidationError("--all", "cannot be combined with ids");
     if (!arguments.choosesMany() && arguments.ids.empty())
         throw CLI::ValidationError("name the ids, or use --all DIR for all photos and videos");
+    if (arguments.all && !arguments.hasAllFolder() && arguments.target.empty())
+        throw CLI::ValidationError("--all", "name the folder to write to");
     if (!arguments.hasAllFolder() && arguments.target.empty())
         throw CLI::ValidationError("name the file or folder to write to with -o");
     if (arguments.target == FileTarget::standardOutput && Output::isTerminal())
         throw CLI::ValidationError("--output", "a terminal cannot show pictures; redirect "
                                                "standard output, or name a file");
 }
+
+// What is to be written.
+struct ThumbChoice {
+    QList<quint64> ids;
+    int without = 0; ///< among many, the plug-in does not have these
+};
 
 // Where the thumbnails go: to files of their own names in a folder, or to one file.
 struct ThumbPlace {
@@ -124,8 +133,10 @@ public:
     }
 
     // Whether it was interrupted.
-    bool writeAll(const QList<quint64> &ids)
+    bool writeAll(const ThumbChoice &choice)
     {
+        m_without = choice.without;
+        const QList<quint64> &ids = choice.ids;
         return m_work.run([&](const CancelToken &cancel) { writeEach(ids, cancel); });
     }
 
@@ -140,8 +151,10 @@ public:
         const QString path = QString::fromUtf8(printable(m_place.path));
         const QString failures =
             m_failed == 0 ? QString() : QStringLiteral(", %1 failed").arg(m_failed);
-        return QStringLiteral("wrote %1 %2 to %3%4")
-            .arg(QString::number(m_written), things, path, failures);
+        const QString without =
+            m_without == 0 ? QString() : QStringLiteral(", %1 without thumbnail").arg(m_without);
+        return QStringLiteral("wrote %1 %2 to %3%4%5")
+            .arg(QString::number(m_written), things, path, without, failures);
     }
 
     // A line on what was written, or the thumbnail itself.
@@ -186,25 +199,33 @@ private:
     FileTarget m_target;
     ReportedWork m_work;
     int m_written = 0;
+    int m_without = 0;
     int m_failed = 0;
 };
 
-QList<quint64> chosenIds(LibrarySession &session, const PhotoFilter &filter)
+ThumbChoice chosenThumbnails(const ThumbArguments &arguments, LibrarySession &session,
+                             const PhotoFilter &filter)
 {
-    QList<quint64> ids;
-    for (const Asset *photo : interruptiblyChosenPhotos(session, filter))
-        ids.append(static_cast<quint64>(photo->id));
-    return ids;
+    const QSet<quint64> known = allPhotoIds(session.library());
+    ThumbChoice choice;
+    for (const Asset *photo : interruptiblyChosenPhotos(session, filter)) {
+        const auto id = static_cast<quint64>(photo->id);
+        if (arguments.choosesMany() && !known.contains(id))
+            ++choice.without;
+        else
+            choice.ids.append(id);
+    }
+    return choice;
 }
 
-int writeThumbnails(const ThumbArguments &arguments, const QList<quint64> &ids, bool isQuiet,
+int writeThumbnails(const ThumbArguments &arguments, const ThumbChoice &choice, bool isQuiet,
                     LibrarySession &session, Output &output)
 {
-    const ThumbPlace place = placeFor(arguments, ids.size());
+    const ThumbPlace place = placeFor(arguments, choice.ids.size());
     const bool isPng =
         !arguments.format.empty() || (!place.isFolder && place.path.toLower().endsWith(".png"));
     ThumbWriter writer(session, place, isPng);
-    if (writer.writeAll(ids))
+    if (writer.writeAll(choice))
         throw Error(Error::Cancelled, "interrupted: " + writer.summary().toStdString());
     writer.finish(isQuiet, output);
     return writer.failed() == 0 ? exitDone : exitFailed;
@@ -215,8 +236,8 @@ int runThumb(const CommandContext &context, const ThumbArguments &arguments)
     requireNamedDevice(context);
     const PhotoFilter filter = arguments.filter->filter();
     const auto work = [&](LibrarySession &session, Output &output) {
-        const QList<quint64> ids = chosenIds(session, filter);
-        return writeThumbnails(arguments, ids, context.options.quiet, session, output);
+        const ThumbChoice choice = chosenThumbnails(arguments, session, filter);
+        return writeThumbnails(arguments, choice, context.options.quiet, session, output);
     };
     return workOnLibrary(context, work);
 }

@@ -37,7 +37,7 @@ public:
             [&](const Album &album) { return isEndOfPath(caseBlind(m_tree.pathOf(album)), blind); },
         };
         for (const NameTest &isMeant : meanings) {
-            const Albums found = matching(isMeant);
+            Albums found = matching(isMeant);
             if (!found.empty())
                 return found;
         }
@@ -58,6 +58,7 @@ public:
     std::string suggestedTitle(const std::string &name) const
     {
         std::vector<std::string> titles;
+        titles.reserve(m_catalog.albums.size());
         for (const Album &album : m_catalog.albums)
             titles.push_back(album.title.toStdString());
         return suggestion(name, titles);

@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr qint64 minuteLength = 60 * 1000;
-constexpr qint64 dayLength = 24 * 60 * minuteLength;
+constexpr qint64 minuteLength = 60000;
+constexpr qint64 dayLength = 1440 * minuteLength;
 constexpr qint64 firstDay = 1721426;     // the Julian day of 0001-01-01
 constexpr qint64 epochDay = 2451911;     // that of 2001-01-01
 constexpr qint64 dayAfterLast = 5373485; // and of the day after 9999-12-31

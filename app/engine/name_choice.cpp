@@ -29,6 +29,7 @@ std::set<QByteArray> chosenNames(const std::set<QByteArray> &names, const std::s
     if (!chosen.empty())
         return chosen;
     std::vector<std::string> texts;
+    texts.reserve(names.size());
     for (const QByteArray &each : names)
         texts.push_back(each.toStdString());
     throw Error(text, unknown + suggestion(text, texts));

@@ -37,6 +37,7 @@ std::vector<Names> spellings(const Names &known, const std::vector<std::string> 
                              const std::string &unknown)
 {
     std::vector<Names> result;
+    result.reserve(texts.size());
     for (const std::string &text : texts)
         result.push_back(chosenNames(known, text, unknown));
     return result;
@@ -60,7 +61,7 @@ bool isTakenWithin(const Asset &asset, const PhotoFilter &filter)
     if (!local)
         return false;
     const auto in = [&](const DateSpan &span) {
-        constexpr qint64 minute = 60 * 1000;
+        constexpr qint64 minute = 60000;
         return span.isUtc ? *local - offset * minute : *local;
     };
     return (!filter.from || in(*filter.from) >= filter.from->start) &&

@@ -155,7 +155,8 @@ bool hasLargerPicture(const LibrarySession &session, quint64 id)
 PictureFile requestedPicture(LibrarySession &session, const PictureRequest &request)
 {
     photoItem item;
-    session.library().getPhoto(request.id, &item); // false only when its file is missing
+    session.library().getPhoto(request.id, &item); // false also when its file is missing
+    item.id = request.id; // for the label of one that the plug-in does not have
     PictureFile file;
     file.label = labelText(session, item);
     file.name = fileName(session, item);

@@ -11,28 +11,23 @@ protected:
     void writeAlbums()
     {
         PhotosDatabase database = twoPhotos();
-        database.rows.albums = {albumRow(7), albumRow(8, 1550)};
+        database.rows.albums = {albumRow(7), albumRow(8, 1506)};
         database.rows.albums[0].title = "Grüße aus \x1b[2J日本";
-        database.join().add(7, 2);
-        database.join().add(7, 1);
+        database.join().rows = {{7, 1, 2048}, {7, 2, 1024}};
         writeDatabase(m_scratch, "device", database);
         m_scratch.write(twoPhotosPath, "picture");
     }
 };
 
-TEST_F(ProgramAlbums, AreListedInDisplayOrder)
+TEST_F(ProgramAlbums, AreListedWithTheirKindsAndCounts)
 {
     writeAlbums();
     const ProgramResult result = run({"albums", "-d", device()});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ(QByteArray(), result.errors);
-    EXPECT_EQ("      ID  NAME                   KIND           PHOTOS\n"
-              "    1000  Camera Roll            camera roll         0\n"
-              "16777215  Photo Library          photo library       2\n"
-              "16777214  Panorama               panoramas           0\n"
-              "16777213  Video                  videos              0\n"
-              "       7  Grüße aus \\x1b[2J日本  album               2\n"
-              "       8  Album                  user album          0\n",
+    EXPECT_EQ("ID  NAME                   KIND    PHOTOS\n"
+              " 7  Grüße aus \\x1b[2J日本  album        2\n"
+              " 8  Album                  import       0\n",
               result.output)
         << result.output.constData();
 }
@@ -42,19 +37,17 @@ TEST_F(ProgramAlbums, ListTheirPhotosInTheirOrder)
     writeAlbums();
     const ProgramResult result = run({"photos", "-d", device(), "--album", "7"});
     EXPECT_EQ(0, result.exitCode);
-    EXPECT_EQ("ID  NAME          KIND      SIZE  DIMENSIONS   MODIFIED (UTC)       PATH\n"
-              " 2  IMG_0002.JPG  photo  missing  4032 x 3024                       "
-              "DCIM/100APPLE/IMG_0002.JPG\n"
-              " 1  IMG_0001.JPG  photo  7 bytes  4032 x 3024  2001-01-01 00:00:00  "
-              "DCIM/100APPLE/IMG_0001.JPG\n",
+    EXPECT_EQ("ID  NAME          KIND   TAKEN     SIZE  DIMENSIONS   PATH\n"
+              " 2  IMG_0002.JPG  photo         missing  4032 x 3024  DCIM/100APPLE/IMG_0002.JPG\n"
+              " 1  IMG_0001.JPG  photo                  4032 x 3024  DCIM/100APPLE/IMG_0001.JPG\n",
               result.output);
     const ProgramResult none = run({"photos", "-d", device(), "--album", "8"});
     EXPECT_EQ(0, none.exitCode);
     EXPECT_EQ("No photos or videos.\n", none.output);
 }
 
-// An asset of a kind that is no photo to the library is in the Photo Library all the same.
-TEST_F(ProgramAlbums, LeaveOutWhatTheLibraryDoesNotList)
+// The plug-in has an asset of another source in its albums, but does not list it.
+TEST_F(ProgramAlbums, HaveAllPhotosWhereverTheyComeFrom)
 {
     PhotosDatabase database = twoPhotos();
     database.rows.assets.push_back(photoRow(3));
@@ -66,30 +59,44 @@ TEST_F(ProgramAlbums, LeaveOutWhatTheLibraryDoesNotList)
     m_scratch.write(twoPhotosPath, "picture");
     const Json dump = Json::parse(run({"dump", "-d", device()}).output);
     ASSERT_EQ("[1,2]", dump["photoIds"].text());
-    ASSERT_EQ("[3,1]", dump["albums"][1]["photoIds"].text()) << "nothing is left out";
 
-    const ProgramResult albums = run({"albums", "-d", device()});
-    EXPECT_TRUE(albums.output.contains("Photo Library  photo library       1\n"));
-    const ProgramResult photos = run({"photos", "-d", device(), "--album", "16777215"});
+    EXPECT_TRUE(run({"albums", "-d", device()}).output.endsWith(" 7  Album  album       2\n"));
+    const ProgramResult photos = run({"photos", "-d", device(), "--album", "7"});
     EXPECT_EQ(0, photos.exitCode);
     EXPECT_EQ(QByteArray(), photos.errors);
-    EXPECT_EQ(2, photos.output.count('\n')) << photos.output.constData();
+    EXPECT_EQ(3, photos.output.count('\n')) << photos.output.constData();
     const QByteArray folder = m_scratch.path("copies");
-    const ProgramResult copies = run({"export", "-d", device(), "--album", "16777215", folder});
+    const ProgramResult copies = run({"export", "-d", device(), "--album", "7", folder});
     EXPECT_EQ(0, copies.exitCode) << copies.errors.constData();
     EXPECT_EQ(QByteArray(), copies.errors);
 }
 
-TEST_F(ProgramAlbums, AreKnownByTheirIdsAlone)
+TEST_F(ProgramAlbums, AreKnownByTheirIdsAndTitles)
 {
     writeAlbums();
+    EXPECT_EQ(0, run({"photos", "--album", "album", "-d", device()}).exitCode);
     for (const char *id : {"9", "1", "99999999999999999999999"})
         expectFailure({"photos", "--album", id, "-d", device()},
                       id + (": no album with this id in " + device()));
+    expectFailure({"photos", "-d", device(), "--album", "Albim"},
+                  "Albim: no album of this name in " + device() + "; did you mean Album?");
     const QByteArray hint = " (photolib photos --help shows the usage)";
-    expectFailure({"photos", "-d", device(), "--album", "7x"}, "--album: not a number" + hint, 2);
-    expectFailure({"photos", "-d", device(), "--album"}, "--album: 1 required ID missing" + hint,
+    expectFailure({"photos", "-d", device(), "--album", ""}, "--album: the name is empty" + hint,
                   2);
+    expectFailure({"photos", "-d", device(), "--album"}, "--album: 1 required ALBUM missing" + hint,
+                  2);
+}
+
+TEST_F(ProgramAlbums, ArePrintedAsJson)
+{
+    writeAlbums();
+    const ProgramResult result = run({"albums", "-d", device(), "--json"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_TRUE(result.output.contains("Grüße aus \\u001b[2J日本")) << result.output.constData();
+    const Json albums = Json::parse(result.output)["albums"];
+    ASSERT_EQ(2U, albums.size());
+    EXPECT_EQ("[2,1]", albums[0]["photos"].text());
+    EXPECT_EQ("[]", albums[1]["photos"].text());
 }
 
 TEST_F(ProgramAlbums, LogNothingOfThumbnailsThatAreMissing)

@@ -76,9 +76,9 @@ TEST_F(ClassicListings, ListAPhotoWithoutPicturesAndOneOfAnUnknownFormat)
 TEST_F(ClassicListings, ListAlbumsAndTheirPhotosInTheirOrder)
 {
     writeThreePhotos();
-    EXPECT_EQ("ID  NAME          KIND        PHOTOS\n"
-              " 1  Library       user album       3\n"
-              " 2  Grün \\x1b[2J  user album       2\n",
+    EXPECT_EQ("ID  NAME          KIND   PHOTOS\n"
+              " 1  Library       album       3\n"
+              " 2  Grün \\x1b[2J  album       2\n",
               outputOf({"albums", "-d", device()}));
     EXPECT_EQ(" ID  TAKEN                DIMENSIONS     STORED  ORIGINAL\n"
               "104  2006-01-01 00:00:00  320 x 240   150.0 KiB  "

@@ -46,7 +46,7 @@ TEST_F(DamagedDatabase, IsToldByEveryCommandThatLists)
     const QByteArray photos = shown({"photos", "-d", device()});
     EXPECT_TRUE(photos.contains("IMG_101.MOV"));
     EXPECT_FALSE(photos.contains("IMG_120.MOV"));
-    EXPECT_TRUE(shown({"albums", "-d", device()}).contains("Photo Library"));
+    EXPECT_TRUE(shown({"albums", "-d", device()}).contains("PHOTOS"));
     EXPECT_TRUE(shown({"show", "1", "-d", device()}).contains("IMG_101.MOV"));
     EXPECT_TRUE(shown({"dump", "-d", device()}).contains("\"photoIds\": [1,2"));
 }

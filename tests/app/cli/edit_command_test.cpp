@@ -107,7 +107,7 @@ TEST_F(ProgramEdit, NeverChangesTheDevice)
     EXPECT_EQ(0, edit("add-album A 1\nrm-album 7\nremove-photo 16777215 1 2\n").exitCode);
     EXPECT_EQ(before, m_scratch.everythingIn("device"));
     EXPECT_EQ(database, m_scratch.read("device/PhotoData/Photos.sqlite"));
-    EXPECT_TRUE(run({"albums", "-d", device()}).output.contains("       7  Trip"));
+    EXPECT_TRUE(run({"albums", "-d", device()}).output.contains(" 7  Trip"));
 }
 
 TEST_F(ProgramEdit, RunsNothingOfAScriptWithAWrongLine)

@@ -369,8 +369,11 @@ TEST_F(ExportProgramOnBadInput, ExitsWithTwoForWrongUsage)
                   "no folder to copy to was named; if 42 is the folder, write ./42" + hint, 2);
     expectFailure({"export", "a", "b", "c", "d"}, "a: not an id; name the device with -d" + hint,
                   2);
-    expectFailure({"export", "--album", "1", "2", "c"},
-                  "--album: cannot be combined with ids" + hint, 2);
+    for (const QByteArray word : {"3-9", "-"})
+        expectFailure({"export", "42", word},
+                      "no folder to copy to was named; if " + word + " is the folder, write ./" +
+                          word + hint,
+                      2);
 }
 
 TEST_F(ExportProgramOnASample, CopiesEveryFileAndLeavesTheDeviceAlone)

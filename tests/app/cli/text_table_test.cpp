@@ -78,4 +78,46 @@ TEST(ByteCountText, CountsInBinaryUnits)
     EXPECT_EQ(QStringLiteral("64.0 GiB"), byteCountText(qint64(64) << 30));
 }
 
+TEST(TextTable, FitsByCuttingTheWidestColumnsThatMayBeCut)
+{
+    TextTable table({"ID", "NAME", "PATH"});
+    table.allowCutting(1);
+    table.allowCutting(2);
+    table.addRow({"1000", "a name of 20 letters", "a path of some thirty letters.."});
+    table.addRow({"1", "short", "p"});
+    table.fitInto(40);
+    EXPECT_EQ("ID    NAME              PATH\n"
+              "1000  a name of 20 le…  a path of some …\n"
+              "1     short             p\n",
+              written(table));
+}
+
+TEST(TextTable, CutsLinesWhereColumnsWouldGetTooNarrow)
+{
+    TextTable table({"KEPT", "CUT"});
+    table.allowCutting(1);
+    table.addRow({"twelve cells", "twenty cells of text"});
+    table.fitInto(18);
+    EXPECT_EQ("KEPT          CUT\n"
+              "twelve cells  twe…\n",
+              written(table));
+}
+
+TEST(TextTable, IsLeftAsItIsWhenItFits)
+{
+    TextTable table({"A", "B"});
+    table.allowCutting(1);
+    table.addRow({"x", "twenty cells of text"});
+    table.fitInto(23);
+    EXPECT_EQ("A  B\nx  twenty cells of text\n", written(table));
+}
+
+TEST(TextTable, CutsWideLettersAsAWhole)
+{
+    EXPECT_EQ(QString::fromUtf8("日本"), cutToWidth(QString::fromUtf8("日本"), 4));
+    EXPECT_EQ(QString::fromUtf8("日…"), cutToWidth(QString::fromUtf8("日本"), 3));
+    EXPECT_EQ(QString::fromUtf8("…"), cutToWidth(QString::fromUtf8("日本"), 2));
+    EXPECT_EQ(QString::fromUtf8("e\u0301…"), cutToWidth(QString::fromUtf8("e\u0301e\u0301e"), 2));
+}
+
 } // namespace

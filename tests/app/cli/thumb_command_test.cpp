@@ -299,7 +299,7 @@ TEST_F(ThumbProgramOnBadInput, ExitsWithTwoForWrongUsage)
 {
     const QByteArray hint = " (photolib thumb --help shows the usage)";
     expectFailure({"thumb"}, "name the ids, or use --all DIR for all photos and videos" + hint, 2);
-    expectFailure({"thumb", "--all", ""}, "--all: the name is empty" + hint, 2);
+    expectFailure({"thumb", "--all", ""}, "--all: name the folder to write to" + hint, 2);
     expectFailure({"thumb", "1"}, "name the file or folder to write to with -o" + hint, 2);
     expectFailure({"thumb", "1", "--all", "a"}, "--all: cannot be combined with ids" + hint, 2);
     const ProgramResult result = run({"thumb", "1", "-o", "a", "--format", "gif"});
