@@ -4,8 +4,8 @@
 #include <QString>
 
 /// Keeps what Qt warns of during its lifetime off stderr, on the thread that makes the
-/// object; objects may be nested, and the innermost one hears a warning. Fatal messages
-/// are shown all the same.
+/// object; objects may be nested, and the innermost one hears a warning. Any number of threads
+/// may have such objects at a time. Fatal messages are shown all the same.
 class QtMessages
 {
 public:
@@ -22,7 +22,6 @@ private:
     static void hear(QtMsgType type, const QMessageLogContext &context, const QString &text);
 
     QtMessages *const m_outer;
-    const QtMessageHandler m_handlerBefore;
     QString m_first;
 };
 
