@@ -257,10 +257,11 @@ void requireReplaceable(int folder, const QByteArray &name, const QByteArray &pa
         throw Error(path.toStdString(), "not a regular file");
 }
 
-void replaceFile(int folder, const QByteArray &name, const QByteArray &bytes)
+void replaceFile(int folder, const QByteArray &name,
+                 const std::function<void(const ByteSink &sink)> &write)
 {
     AtomicFile file(folder);
     file.takePermissionsOf(name); // before anybody could read what only some may
-    file.write(bytes.constData(), bytes.size());
+    write([&file](const char *bytes, qint64 count) { file.write(bytes, count); });
     file.replace(name);
 }

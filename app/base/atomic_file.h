@@ -1,6 +1,7 @@
 #ifndef PHOTOLIB_BASE_ATOMIC_FILE_H
 #define PHOTOLIB_BASE_ATOMIC_FILE_H
 
+#include "base/byte_sink.h"
 #include "base/unique_fd.h"
 
 #include <QByteArray>
@@ -70,8 +71,10 @@ void removeTemporaryFiles();
 /// of the process, as /dev/stdout is one.
 void requireReplaceable(int folder, const QByteArray &name, const QByteArray &path);
 
-/// Writes a file with the content `bytes` whole; a file of that name is replaced and leaves it
-/// its permissions.
-void replaceFile(int folder, const QByteArray &name, const QByteArray &bytes);
+/// Writes the file whose content `write` gives, piece by piece, and gives it its name when it is
+/// whole; a file of that name is replaced and leaves it its permissions. When `write` throws, which
+/// is thrown to the caller, nothing is left of the new file.
+void replaceFile(int folder, const QByteArray &name,
+                 const std::function<void(const ByteSink &sink)> &write);
 
 #endif // PHOTOLIB_BASE_ATOMIC_FILE_H

@@ -29,13 +29,20 @@ void FileTarget::requireReplaceable(const QByteArray &path) const
 
 void FileTarget::write(const QByteArray &path, const QByteArray &bytes)
 {
+    write(path, [&bytes](const ByteSink &sink) { sink(bytes.constData(), bytes.size()); });
+}
+
+void FileTarget::write(const QByteArray &path,
+                       const std::function<void(const ByteSink &sink)> &write)
+{
     if (isStandardOutput()) {
-        m_kept = bytes;
+        m_kept.clear();
+        write([this](const char *bytes, qint64 count) { m_kept.append(bytes, int(count)); });
         return;
     }
     requireReplaceable(path);
     try {
-        replaceFile(m_folder.get(), nameOf(path), bytes);
+        replaceFile(m_folder.get(), nameOf(path), write);
     } catch (const std::system_error &error) {
         throw Error(path.toStdString(), error.code().message());
     }

@@ -1,6 +1,7 @@
 #ifndef PHOTOLIB_CLI_FILE_TARGET_H
 #define PHOTOLIB_CLI_FILE_TARGET_H
 
+#include "base/byte_sink.h"
 #include "base/folders.h"
 
 #include <QByteArray>
@@ -33,6 +34,10 @@ public:
     /// Writes the file `path` of the folder whole, and replaces one that is there; or keeps the
     /// bytes for standard output. Throws Error, which names `path`.
     void write(const QByteArray &path, const QByteArray &bytes);
+
+    /// The same for content that `write` gives piece by piece. Nothing is left of it when that
+    /// throws, which is thrown to the caller.
+    void write(const QByteArray &path, const std::function<void(const ByteSink &sink)> &write);
 
     /// Writes to `output` what is kept for it, when all has gone well.
     void finish(Output &output) const;

@@ -169,6 +169,32 @@ TEST_P(AtomicFiles, LeaveNothingWhenTheyCannotReplace)
     EXPECT_EQ(1, names().size());
 }
 
+TEST_F(AtomicFilesInAFolder, ReplaceAFileByWhatIsGivenPieceByPiece)
+{
+    m_scratch.write("folder/name", "old");
+    replaceFile(folder(), "name", [&](const ByteSink &sink) {
+        sink("one ", 4);
+        EXPECT_EQ("old", m_scratch.read("folder/name"));
+        sink("two", 3);
+    });
+    EXPECT_EQ("one two", m_scratch.read("folder/name"));
+    EXPECT_EQ(QList<QByteArray>{m_scratch.path("folder/name")}, names());
+}
+
+TEST_F(AtomicFilesInAFolder, LeaveNothingOfWhatIsGivenInPart)
+{
+    struct Stop {
+    };
+    m_scratch.write("folder/name", "old");
+    const auto giveInPart = [](const ByteSink &sink) {
+        sink("half", 4);
+        throw Stop();
+    };
+    EXPECT_THROW(replaceFile(folder(), "name", giveInPart), Stop);
+    EXPECT_EQ("old", m_scratch.read("folder/name"));
+    EXPECT_EQ(QList<QByteArray>{m_scratch.path("folder/name")}, names());
+}
+
 TEST_P(AtomicFiles, KeepATimeToTheNanosecond)
 {
     const qint64 times[] = {1580466030123456789, 0, -1, -1500000000};
