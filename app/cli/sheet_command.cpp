@@ -4,16 +4,16 @@
 #include "cli/exit_codes.h"
 #include "cli/file_target.h"
 #include "cli/id_arguments.h"
-#include "cli/interruptible_task.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
 #include "cli/progress_bar.h"
+#include "cli/reported_work.h"
 #include "cli/text_drawing.h"
 #include "engine/album_list.h"
 #include "engine/library_session.h"
 #include "engine/photo_ids.h"
-#include "engine/picture_format.h"
-#include "engine/sheet_cell.h"
+#include "engine/sheet_drawing.h"
+#include "engine/worker_pool.h"
 
 #include <QStringList>
 
@@ -21,12 +21,44 @@
 
 namespace {
 
-constexpr int mostOnAPage = 400; // a page of so many takes some 80 MB
-
 struct SheetArguments {
     std::shared_ptr<std::optional<std::string>> album;
     std::string target;
+    std::string labels = "name";
+    SheetOptions options;
 };
+
+struct NamedLabel {
+    const char *name;
+    SheetLabel label;
+};
+
+constexpr NamedLabel sheetLabels[] = {
+    {"name", SheetLabel::Name}, {"date", SheetLabel::Date}, {"id", SheetLabel::Id}};
+
+SheetLabel sheetLabel(const std::string &name)
+{
+    for (const NamedLabel &each : sheetLabels) {
+        if (name == each.name)
+            return each.label;
+    }
+    throw CLI::ValidationError("--label", "'" + name + "' is neither name, date nor id");
+}
+
+// Those that "name,date" names, in that order.
+QVector<SheetLabel> chosenLabels(const std::string &names)
+{
+    QVector<SheetLabel> labels;
+    if (names == "none")
+        return labels;
+    for (const QByteArray &name : QByteArray::fromStdString(names).split(',')) {
+        const SheetLabel label = sheetLabel(name.toStdString());
+        if (labels.contains(label))
+            throw CLI::ValidationError("--label", "'" + name.toStdString() + "' is named twice");
+        labels.append(label);
+    }
+    return labels;
+}
 
 // Where the extension of the file `path` begins; its end when it has none.
 int extensionStart(const QByteArray &path)
@@ -81,30 +113,50 @@ FileTarget sheetTarget(const LibrarySession &session, const QByteArray &path)
     return FileTarget(session, parentFolder(path));
 }
 
-// Draws the pages and writes each before the next one is begun.
-class SheetWriter
+SheetRequest sheetRequest(const SheetArguments &arguments, LibrarySession &session)
+{
+    SheetRequest request;
+    request.ids = chosenPhotoIds(session, *arguments.album);
+    request.options = arguments.options;
+    request.title = QString::fromUtf8(printable(QByteArray::fromStdString(session.deviceName())));
+    request.subtitle =
+        QStringLiteral("%1 \u00b7 %2")
+            .arg(albumText(session, *arguments.album), countText(request.ids.size()));
+    return request;
+}
+
+// Writes the pages as they are drawn.
+class SheetWriter : private SheetObserver
 {
 public:
-    // Throws Error when there is no place for the pages.
-    SheetWriter(LibrarySession &session, const QByteArray &path, const QList<quint64> &ids,
-                const QString &album)
-        : m_session(session), m_path(path), m_target(sheetTarget(session, path)), m_ids(ids),
-          m_album(album), m_pages(qMax(1, (ids.size() + mostOnAPage - 1) / mostOnAPage)),
-          m_task(showsProgress(), QStringLiteral("Drawing the sheet"), ids.size())
+    // Throws Error when the pages cannot be drawn, or there is no place for them.
+    SheetWriter(LibrarySession &session, const QByteArray &path, const SheetRequest &request)
+        : m_session(session), m_request(request), m_plan(request.options, request.ids.size()),
+          m_path(path), m_target(sheetTarget(session, path)), m_work(showsProgress())
     {
-        if (m_target.isStandardOutput() && m_pages > 1)
+        if (m_target.isStandardOutput() && m_plan.pages() > 1)
             throw Error("standard output", "takes one page, and the sheet has " +
-                                               std::to_string(m_pages) +
+                                               std::to_string(m_plan.pages()) +
                                                "; name a file, or an album");
-        for (int page = 0; page < m_pages; ++page)
+        for (int page = 0; page < m_plan.pages(); ++page)
             m_target.requireReplaceable(pageName(m_path, page));
     }
 
     // Throws Error also when it is interrupted.
     void write()
     {
-        const TextDrawing text(neededBytes()); // on the thread that Qt is to see as the main one
-        if (m_task.run([this] { writePages(); }))
+        const int threads = WorkerPool::threadsOfComputer();
+        // On the thread that Qt is to see as the main one.
+        const TextDrawing text(m_plan.neededBytes(threads));
+        const auto draw = [&](const CancelToken &cancel) {
+            try {
+                drawSheet(m_session, m_request, threads, *this, cancel);
+            } catch (const Error &error) {
+                if (error.kind() != Error::Cancelled)
+                    throw;
+            }
+        };
+        if (m_work.run(draw))
             throw Error(Error::Cancelled, "interrupted: " + doneText());
     }
 
@@ -119,85 +171,47 @@ public:
     }
 
 private:
-    // Of the largest page as an image and as a file, of a thread, its stack and thumbnails.
-    qint64 neededBytes() const
-    {
-        constexpr qint64 bytesOfAPixel = 4;
-        constexpr qint64 others = 24 << 20;
-        const int count = qMin(mostOnAPage, m_ids.size());
-        const QSize size = SheetLayout(count, SheetLayout::columnsFor(count)).size();
-        return 2 * bytesOfAPixel * size.width() * size.height() + others;
-    }
-
     std::string doneText() const
     {
+        const int pages = m_plan.pages();
         if (m_target.isStandardOutput())
             return "nothing was written";
-        return "wrote " + std::to_string(m_written.size()) + " of " + std::to_string(m_pages) +
-               (m_pages == 1 ? " page" : " pages");
+        return "wrote " + std::to_string(m_written.size()) + " of " + std::to_string(pages) +
+               (pages == 1 ? " page" : " pages");
     }
 
-    void writePages()
+    void drawn(int done) override
     {
-        for (int page = 0; page < m_pages; ++page) {
-            const int first = page * mostOnAPage;
-            const int count = qMin(mostOnAPage, m_ids.size() - first);
-            const QByteArray path = pageName(m_path, page);
-            m_target.write(path, pngFile(drawnPage(page, first, count)));
-            m_written.append(
-                QStringLiteral("%1: %2").arg(QString::fromUtf8(printable(path)), countText(count)));
-        }
+        const int all = m_plan.cells();
+        m_work.show({QStringLiteral("Drawing the sheet"), done, all,
+                     QStringLiteral("%1 of %2").arg(done).arg(all)});
     }
 
-    QImage drawnPage(int page, int first, int count)
-    {
-        const int columns = SheetLayout::columnsFor(qMin(mostOnAPage, m_ids.size()));
-        SheetPage sheet(heading(page), SheetLayout(count, columns));
-        for (int i = 0; i < count; ++i) {
-            m_task.setDone(first + i);
-            sheet.draw(i, cell(m_ids[first + i]));
-        }
-        if (count == 0)
-            sheet.drawNotice(QStringLiteral("There is no photo or video."));
-        return sheet.image();
-    }
+    void damaged(const QString &fault) override { m_work.tell(fault); }
 
-    SheetHeading heading(int page) const
+    void pageDrawn(int page, int pictures,
+                   const std::function<void(const ByteSink &sink)> &writePng) override
     {
-        SheetHeading heading;
-        heading.title =
-            QString::fromUtf8(printable(QByteArray::fromStdString(m_session.deviceName())));
-        heading.subtitle = QStringLiteral("%1 \u00b7 %2").arg(m_album, countText(m_ids.size()));
-        if (m_pages > 1)
-            heading.subtitle += QStringLiteral(" \u00b7 page %1 of %2").arg(page + 1).arg(m_pages);
-        return heading;
-    }
-
-    SheetCell cell(quint64 id)
-    {
-        QStringList faults;
-        SheetCell cell = sheetCell(m_session, id, &faults);
-        for (const QString &fault : faults)
-            m_task.tell(fault);
-        return cell;
+        const QByteArray path = pageName(m_path, page);
+        m_target.write(path, writePng);
+        m_written.append(
+            QStringLiteral("%1: %2").arg(QString::fromUtf8(printable(path)), countText(pictures)));
     }
 
     LibrarySession &m_session;
+    const SheetRequest &m_request;
+    const SheetPlan m_plan;
     const QByteArray m_path;
     FileTarget m_target;
-    const QList<quint64> m_ids;
-    const QString m_album;
-    const int m_pages;
-    InterruptibleTask m_task;
+    ReportedWork m_work;
     QStringList m_written;
 };
 
 void writeSheet(const SheetArguments &arguments, bool isQuiet, LibrarySession &session,
                 Output &output)
 {
-    const QList<quint64> ids = chosenPhotoIds(session, *arguments.album);
-    const QString album = albumText(session, *arguments.album);
-    SheetWriter writer(session, QByteArray::fromStdString(arguments.target), ids, album);
+    const SheetRequest request = sheetRequest(arguments, session);
+    SheetWriter writer(session, QByteArray::fromStdString(arguments.target), request);
     writer.write();
     writer.finish(isQuiet, output);
 }
@@ -211,6 +225,34 @@ int runSheet(const CommandContext &context, const SheetArguments &arguments)
     return workOnLibrary(context, write);
 }
 
+void addLookOptions(CLI::App &command, SheetArguments &arguments)
+{
+    constexpr int most = 1000000;
+    SheetOptions &options = arguments.options;
+    command
+        .add_option("--columns", options.columns,
+                    "Pictures in a row; by default as many as make the page about square")
+        ->check(CLI::Range(1, most))
+        ->type_name("N");
+    command
+        .add_option("--size", options.boxSize,
+                    "Side of the square that a picture is fitted into, in pixels; a small picture "
+                    "grows to twice its size at most")
+        ->check(CLI::Range(SheetStyle::smallestBox, SheetStyle::largestBox))
+        ->type_name("PIXELS")
+        ->capture_default_str();
+    command.add_option("--per-page", options.perPage, "Pictures on a page")
+        ->check(CLI::Range(1, most))
+        ->type_name("N")
+        ->capture_default_str();
+    command
+        .add_option("--label", arguments.labels,
+                    "What stands under a picture: some of name, date and id with commas between "
+                    "them, a line each in that order, or none. The date is when it was taken")
+        ->type_name("LABELS")
+        ->capture_default_str();
+}
+
 } // namespace
 
 void addSheetCommand(CLI::App &app, CommandContext &context)
@@ -222,19 +264,22 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
     command
         ->add_option("-o,--output", arguments->target,
                      "The PNG file to write, or - for standard output. An existing file is "
-                     "replaced, and its folder is created if necessary. Pictures beyond the "
-                     "first " +
-                         std::to_string(mostOnAPage) + " go to sheet-2.png and so on")
+                     "replaced, and its folder is created if necessary. Further pages go to "
+                     "sheet-2.png and so on")
         ->required()
         ->type_name("FILE");
+    addLookOptions(*command, *arguments);
     command->footer("What is in the trash is dimmed; whether a photo with a missing file is in the "
                     "trash is not known.\n"
                     "\n"
                     "Examples:\n"
                     "  photolib sheet -o sheet.png\n"
                     "  photolib sheet -d /media/phone --album 7 -o album.png\n"
+                    "  photolib sheet -d /media/phone --size 96 --columns 10 --label date,id -o "
+                    "dates.png\n"
                     "  photolib sheet -d /media/phone -o - | display");
     command->callback([&context, arguments] {
+        arguments->options.labels = chosenLabels(arguments->labels);
         checkArguments(*arguments);
         context.run = [&context, arguments] { return runSheet(context, *arguments); };
     });

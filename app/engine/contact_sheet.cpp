@@ -4,6 +4,7 @@
 
 #include <QFontMetrics>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -11,24 +12,25 @@ namespace {
 // Pixels.
 constexpr int margin = 36;
 constexpr int gap = 20; // between the boxes of two pictures in a row
-constexpr int boxSize = 184;
-constexpr int nameGap = 7;
-constexpr int nameHeight = 17;
+constexpr int labelGap = 7;
+constexpr int labelHeight = 17;
 constexpr int rowGap = 18;
 constexpr int titleHeight = 30;
 constexpr int subtitleHeight = 20;
 constexpr int headingGap = 24;
-constexpr int rowHeight = boxSize + nameGap + nameHeight + rowGap;
 constexpr int bodyTop = margin + titleHeight + subtitleHeight + headingGap;
+constexpr int headingWidth = 1000; // has room for most headings
 
 constexpr int titleSize = 22;
 constexpr int subtitleSize = 14;
-constexpr int nameSize = 12;
+constexpr int labelSize = 12;
 constexpr int badgeSize = 11;
 
-constexpr int fewestColumns = 5;   // else a heading has no room
 constexpr double mostGrowth = 2.0; // small pictures look worse the larger they are shown
 constexpr double dimmed = 0.35;
+
+constexpr qint64 longestSide = 32767;  // Qt draws no text beyond
+constexpr qint64 mostPixels = 1 << 28; // 1 GiB
 
 const QColor background(0xf5, 0xf5, 0xf3);
 const QColor darkText(0x22, 0x22, 0x22);
@@ -40,14 +42,6 @@ const QColor badgeFill(0, 0, 0, 0xb4);
 const QColor missingFill(0xa8, 0x3a, 0x2c);
 const QColor trashFill(0x5c, 0x60, 0x66);
 
-QSize fittedSize(const QSize &size)
-{
-    const QSize box(boxSize, boxSize);
-    const QSize most = (QSizeF(size) * mostGrowth).toSize();
-    const QSize fitted = size.scaled(box.boundedTo(most), Qt::KeepAspectRatio);
-    return fitted.expandedTo(QSize(1, 1)); // of a picture that is next to a line
-}
-
 // At the bottom, so that a picture that is not high is next to its own name.
 QRect placed(const QSize &size, const QRect &box)
 {
@@ -57,17 +51,52 @@ QRect placed(const QSize &size, const QRect &box)
 
 } // namespace
 
-int SheetLayout::columnsFor(int cells)
+QSize SheetStyle::shownSize(const QSize &size) const
 {
-    constexpr double widerThanHigh = 1.15;
-    return std::max(fewestColumns, static_cast<int>(std::ceil(std::sqrt(cells * widerThanHigh))));
+    const QSize box(boxSize, boxSize);
+    const QSize most = (QSizeF(size) * mostGrowth).toSize();
+    const QSize fitted = size.scaled(box.boundedTo(most), Qt::KeepAspectRatio);
+    return fitted.expandedTo(QSize(1, 1)); // of a picture that is next to a line
 }
 
-QSize SheetLayout::size() const
+int SheetLayout::columnsFor(int cells, const SheetStyle &style)
 {
-    const int rows = std::max(1, (m_cells + m_columns - 1) / m_columns);
-    return {2 * margin + m_columns * (boxSize + gap) - gap,
-            bodyTop + rows * rowHeight - rowGap + margin};
+    // Cells of the usual style are less high than others, and this suits them.
+    constexpr double widerThanHigh = 1.15;
+    const SheetLayout usual(1, 1);
+    const SheetLayout one(1, 1, style);
+    const double shape = double(one.rowHeight() * usual.columnWidth()) /
+                         double(usual.rowHeight() * one.columnWidth());
+    const qint64 width = one.columnWidth();
+    const auto fewest = int((headingWidth + gap + width - 1) / width);
+    return std::max(fewest, int(std::ceil(std::sqrt(cells * widerThanHigh * shape))));
+}
+
+qint64 SheetLayout::columnWidth() const
+{
+    return m_style.boxSize + gap;
+}
+
+int SheetLayout::rowHeight() const
+{
+    const int labels = m_style.labelLines > 0 ? labelGap + m_style.labelLines * labelHeight : 0;
+    return m_style.boxSize + labels + rowGap;
+}
+
+qint64 SheetLayout::width() const
+{
+    return 2 * margin + m_columns * columnWidth() - gap;
+}
+
+qint64 SheetLayout::height() const
+{
+    const qint64 rows = m_cells > 0 ? (qint64(m_cells) + m_columns - 1) / m_columns : 1;
+    return bodyTop + rows * rowHeight() - rowGap + margin;
+}
+
+bool SheetLayout::isDrawable() const
+{
+    return width() <= longestSide && height() <= longestSide && width() * height() <= mostPixels;
 }
 
 QRect SheetLayout::title() const
@@ -82,14 +111,15 @@ QRect SheetLayout::subtitle() const
 
 QRect SheetLayout::pictureBox(int index) const
 {
-    return {margin + index % m_columns * (boxSize + gap), bodyTop + index / m_columns * rowHeight,
-            boxSize, boxSize};
+    const int boxSize = m_style.boxSize;
+    return {margin + index % m_columns * int(columnWidth()),
+            bodyTop + index / m_columns * rowHeight(), boxSize, boxSize};
 }
 
-QRect SheetLayout::nameLine(int index) const
+QRect SheetLayout::labelLine(int index, int line) const
 {
     const QRect box = pictureBox(index);
-    return {box.x(), box.bottom() + 1 + nameGap, box.width(), nameHeight};
+    return {box.x(), box.bottom() + 1 + labelGap + line * labelHeight, box.width(), labelHeight};
 }
 
 QRect SheetLayout::body() const
@@ -106,6 +136,13 @@ SheetPage::SheetPage(const SheetHeading &heading, const SheetLayout &layout)
     m_painter.begin(&m_image);
     m_painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
     drawHeading(heading);
+}
+
+// What the painter still draws on would be copied.
+QImage SheetPage::takeImage()
+{
+    m_painter.end();
+    return std::move(m_image);
 }
 
 void SheetPage::setFont(int pixels, bool isBold)
@@ -142,24 +179,28 @@ void SheetPage::drawNotice(const QString &words)
 void SheetPage::draw(int index, const SheetCell &cell)
 {
     const QRect box = m_layout.pictureBox(index);
-    QRect shown = box;
     m_painter.setOpacity(cell.isTrashed ? dimmed : 1.0);
-    if (cell.picture.isNull()) {
-        drawPlaceholder(box, cell.placeholder);
-    } else {
-        shown = placed(fittedSize(cell.picture.size()), box);
-        m_painter.drawImage(
-            shown.topLeft(),
-            cell.picture.scaled(shown.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
-        m_painter.setPen(frame);
-        m_painter.setBrush(Qt::NoBrush);
-        m_painter.drawRect(QRectF(shown).adjusted(0.5, 0.5, -0.5, -0.5));
-    }
+    const QRect shown = drawPicture(box, cell);
     m_painter.setOpacity(1.0);
     if (cell.isVideo)
         drawLength(shown, cell.seconds);
-    drawMarks(shown, cell);
-    drawName(index, cell);
+    drawMarks(shown, box, cell);
+    drawLabels(index, cell);
+}
+
+// Returns where it is.
+QRect SheetPage::drawPicture(const QRect &box, const SheetCell &cell)
+{
+    if (cell.picture.isNull()) {
+        drawPlaceholder(box, cell.placeholder);
+        return box;
+    }
+    const QRect shown = placed(cell.picture.size(), box);
+    m_painter.drawImage(shown.topLeft(), cell.picture);
+    m_painter.setPen(frame);
+    m_painter.setBrush(Qt::NoBrush);
+    m_painter.drawRect(QRectF(shown).adjusted(0.5, 0.5, -0.5, -0.5));
+    return shown;
 }
 
 void SheetPage::drawPlaceholder(const QRect &box, const QString &words)
@@ -167,25 +208,34 @@ void SheetPage::drawPlaceholder(const QRect &box, const QString &words)
     m_painter.setPen(QPen(emptyFrame, 1));
     m_painter.setBrush(emptyFill);
     m_painter.drawRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5));
-    setFont(nameSize);
+    setFont(labelSize);
     drawText(box, words, greyText, Qt::AlignHCenter, Qt::ElideRight);
 }
 
-void SheetPage::drawName(int index, const SheetCell &cell)
+// The first line tells them apart, and the others are less dark.
+void SheetPage::drawLabels(int index, const SheetCell &cell)
 {
-    setFont(nameSize);
-    drawText(m_layout.nameLine(index), cell.name, cell.isTrashed ? greyText : darkText,
-             Qt::AlignHCenter, Qt::ElideMiddle);
+    setFont(labelSize);
+    for (int i = 0; i < cell.labels.size() && i < m_layout.style().labelLines; ++i) {
+        const QRect line = m_layout.labelLine(index, i);
+        const CellLabel &label = cell.labels[i];
+        const bool hasRoom = m_painter.fontMetrics().horizontalAdvance(label.text) <= line.width();
+        const bool isShort = !hasRoom && !label.shortText.isEmpty();
+        drawText(line, isShort ? label.shortText : label.text,
+                 i > 0 || cell.isTrashed ? greyText : darkText, Qt::AlignHCenter, Qt::ElideMiddle);
+    }
 }
 
-// A badge in the lower right corner: a play mark and, where it is known, the length.
-void SheetPage::drawLength(const QRect &picture, int seconds)
+// A badge in the lower right corner: a play mark and, where it is known and has room, the length.
+void SheetPage::drawLength(const QRect &picture, qint64 seconds)
 {
     constexpr int height = 18;
     constexpr int inset = 5;
     constexpr int markWidth = 7;
     setFont(badgeSize, true);
-    const QString length = seconds > 0 ? durationText(seconds) : QString();
+    QString length = seconds > 0 ? durationText(seconds) : QString();
+    if (m_painter.fontMetrics().horizontalAdvance(length) > m_layout.style().boxSize / 2)
+        length.clear();
     const int textWidth = m_painter.fontMetrics().horizontalAdvance(length);
     const int width = inset + markWidth + inset + (textWidth > 0 ? textWidth + inset : 0);
     const QRect badge(picture.right() + 1 - inset - width, picture.bottom() + 1 - inset - height,
@@ -203,26 +253,34 @@ void SheetPage::drawLength(const QRect &picture, int seconds)
 }
 
 // Badges below each other in the upper left corner.
-void SheetPage::drawMarks(const QRect &picture, const SheetCell &cell)
+void SheetPage::drawMarks(const QRect &picture, const QRect &box, const SheetCell &cell)
 {
     constexpr int inset = 5;
     QPoint corner = picture.topLeft() + QPoint(inset, inset);
     if (cell.isTrashed)
-        corner.ry() = drawMark(corner, QStringLiteral("in the trash"), trashFill).bottom() + inset;
+        corner.ry() =
+            drawMark(corner, box, QStringLiteral("in the trash"), trashFill).bottom() + inset;
     if (!cell.fileMark.isEmpty())
-        drawMark(corner, cell.fileMark, missingFill);
+        drawMark(corner, box, cell.fileMark, missingFill);
 }
 
-QRect SheetPage::drawMark(const QPoint &corner, const QString &words, const QColor &color)
+// Without the words where the box has no room for them; further to the left where it has.
+QRect SheetPage::drawMark(const QPoint &corner, const QRect &box, const QString &words,
+                          const QColor &color)
 {
     constexpr int height = 17;
     constexpr int inset = 6;
     setFont(badgeSize, true);
     const int width = m_painter.fontMetrics().horizontalAdvance(words) + 2 * inset;
-    const QRect badge(corner, QSize(width, height));
+    const bool hasRoom = width <= box.width();
+    const int side = height / 2;
+    const QPoint left(std::min(corner.x(), std::max(box.x(), box.right() + 1 - width)), corner.y());
+    const QRect badge =
+        hasRoom ? QRect(left, QSize(width, height)) : QRect(corner, QSize(side, side));
     m_painter.setPen(Qt::NoPen);
     m_painter.setBrush(color);
     m_painter.drawRoundedRect(badge, 4, 4);
-    drawText(badge, words, Qt::white, Qt::AlignHCenter, Qt::ElideNone);
+    if (hasRoom)
+        drawText(badge, words, Qt::white, Qt::AlignHCenter, Qt::ElideNone);
     return badge;
 }

@@ -1,11 +1,10 @@
 #include "engine/sheet_cell.h"
 
+#include "base/cancel_token.h"
 #include "base/printable.h"
 #include "engine/classic_photos.h"
 #include "engine/library_session.h"
-#include "engine/photo_text.h"
-#include "engine/thumbnail.h"
-#include "engine/type_codes.h"
+#include "engine/taken_text.h"
 
 namespace {
 
@@ -17,27 +16,82 @@ QString markOf(FileState state)
                                        : QStringLiteral("file unreadable");
 }
 
-QString caption(const LibrarySession &session, const photoItem &item)
+QString idText(const Asset &asset)
 {
-    const QString name = printable(fileName(session, item));
-    return name.isEmpty() && session.classicIpod() ? QString::number(item.id) : name;
+    return QString::number(asset.id);
+}
+
+QString nameText(const LibrarySession &session, const Asset &asset)
+{
+    const QByteArray name = printable(asset.fileName);
+    return name.isEmpty() && session.classicIpod() ? idText(asset) : QString::fromUtf8(name);
+}
+
+// Nobody knows the time zone of a classic iPod's clock. The day says most.
+CellLabel dateLabel(const LibrarySession &session, Asset asset)
+{
+    if (session.classicIpod())
+        asset.utcOffset = 0;
+    const QString text = takenText(asset);
+    return {text, text.section(QLatin1Char(' '), 0, 0)};
+}
+
+CellLabel labelOf(SheetLabel label, const LibrarySession &session, const Asset &asset)
+{
+    switch (label) {
+    case SheetLabel::Name:
+        break;
+    case SheetLabel::Date:
+        return dateLabel(session, asset);
+    case SheetLabel::Id:
+        return {idText(asset), QString()};
+    }
+    return {nameText(session, asset), QString()};
+}
+
+// One that the catalog does not know has nothing but its id.
+Asset assetOf(const LibrarySession &session, quint64 id)
+{
+    const Asset *const known = session.catalog().asset(qint64(id));
+    Asset asset = known ? *known : Asset();
+    asset.id = qint64(id);
+    return asset;
+}
+
+qint64 wholeSeconds(const Asset &asset)
+{
+    constexpr double longest = 1e9; // longer ones are made up
+    const double seconds = asset.duration.value_or(0);
+    return seconds > 0 && seconds < longest ? qint64(seconds + 0.5) : 0;
 }
 
 } // namespace
 
-SheetCell sheetCell(LibrarySession &session, quint64 id, QStringList *faults)
+UndrawnCell readCell(LibrarySession &session, quint64 id, const QVector<SheetLabel> &labels)
 {
-    photoItem item;
-    SheetCell cell;
-    session.library().getPhoto(id, &item); // false also for an empty file
-    cell.fileMark = markOf(session.fileState(item));
-    cell.name = caption(session, item);
-    cell.isVideo = item.type == videoType;
-    cell.seconds = item.duration;
-    cell.isTrashed = item.trashedDate != 0;
-    const ShownPicture picture = shownPicture(session, item);
-    cell.picture = picture.image;
-    cell.placeholder = picture.absence;
-    *faults += picture.faults;
-    return cell;
+    const Asset asset = assetOf(session, id);
+    UndrawnCell undrawn;
+    SheetCell &cell = undrawn.cell;
+    cell.fileMark = markOf(session.fileState(asset));
+    for (const SheetLabel label : labels)
+        cell.labels.append(labelOf(label, session, asset));
+    cell.isVideo = asset.kind == AssetKind::Video;
+    cell.seconds = wholeSeconds(asset);
+    cell.isTrashed = asset.isTrashed();
+    undrawn.thumbnail = storedThumbnail(session, asset);
+    return undrawn;
+}
+
+FinishedCell finishedCell(const UndrawnCell &undrawn, const SheetStyle &style,
+                          const CancelToken &cancel)
+{
+    FinishedCell finished;
+    finished.cell = undrawn.cell;
+    const ShownPicture picture = shownPicture(undrawn.thumbnail, &cancel);
+    finished.cell.placeholder = picture.absence;
+    finished.faults = picture.faults;
+    if (!picture.image.isNull() && !cancel.isCancelled())
+        finished.cell.picture = picture.image.scaled(
+            style.shownSize(picture.image.size()), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return finished;
 }

@@ -1,11 +1,11 @@
 #include "engine/thumbnail.h"
 
 #include "base/log_output.h"
+#include "base/printable.h"
 #include "boundary/photo_records.h"
 #include "engine/classic_photos.h"
 #include "engine/library_session.h"
 #include "engine/photo_text.h"
-#include "engine/thumbnail_image.h"
 #include "host/transfer_monitor.h"
 
 namespace {
@@ -117,24 +117,28 @@ void convertToPng(PictureFile *file)
         file->failure = {FileError::Failed, cause};
 }
 
-// Fills `*shown` with what is wrong when there is no picture to look at.
-QImage decodedPicture(LibrarySession &session, const photoItem &item, PictureChoice choice,
-                      ShownPicture *shown)
+// Empty when there is none; then one that cannot be read is noted.
+QByteArray givenBytes(LibrarySession &session, quint64 id, const QString &label,
+                      PictureChoice choice)
 {
     const ChosenPicture &chosen = chosenPicture(choice);
-    const GivenPicture given = givenPicture(session, item.id, chosen);
-    shown->absence = QStringLiteral("no thumbnail");
+    const GivenPicture given = givenPicture(session, id, chosen);
     if (given.isUnreadable)
-        session.noteUnreadable(labelText(session, item), absence(chosen, given.cause));
-    if (given.bytes.isEmpty())
-        return QImage();
+        session.noteUnreadable(label, absence(chosen, given.cause));
+    return given.bytes;
+}
+
+// Null when there are no bytes, and when they are damaged; then `*faults` tells it.
+QImage decodedPicture(const QByteArray &bytes, const QString &label, QStringList *faults,
+                      const CancelToken *cancel = nullptr)
+{
     QString cause;
-    QImage image = decodedThumbnail(given.bytes, &cause);
-    if (!image.isNull())
-        return image;
-    shown->absence = QStringLiteral("damaged thumbnail");
-    shown->faults.append(QStringLiteral("%1: %2").arg(labelText(session, item), cause));
-    return QImage();
+    if (bytes.isEmpty())
+        return QImage();
+    const QImage image = decodedThumbnail(bytes, &cause, cancel);
+    if (image.isNull())
+        faults->append(QStringLiteral("%1: %2").arg(label, cause));
+    return image;
 }
 
 bool isIcon(const QImage &picture)
@@ -148,6 +152,18 @@ bool hasLargerPicture(const LibrarySession &session, quint64 id)
 {
     const ClassicPhoto *const photo = classicPhoto(session, id);
     return photo && smallestVariant(*photo) != largestVariant(*photo);
+}
+
+// The iPod's photos have no files of their own.
+QString pictureLabel(const LibrarySession &session, const Asset &asset)
+{
+    const QByteArray path = session.classicIpod() ? QByteArray() : printable(asset.path());
+    return path.isEmpty() ? QString::number(asset.id) : QString::fromUtf8(path);
+}
+
+StoredShape shapeOf(const Asset &asset)
+{
+    return {asset.width.value_or(0), asset.height.value_or(0), asset.orientation.value_or(0)};
 }
 
 } // namespace
@@ -167,15 +183,31 @@ PictureFile requestedPicture(LibrarySession &session, const PictureRequest &requ
     return file;
 }
 
-ShownPicture shownPicture(LibrarySession &session, const photoItem &item)
+StoredThumbnail storedThumbnail(LibrarySession &session, const Asset &asset)
+{
+    const auto id = quint64(asset.id);
+    StoredThumbnail stored;
+    stored.label = pictureLabel(session, asset);
+    stored.bytes = givenBytes(session, id, stored.label, PictureChoice::Thumbnail);
+    if (!session.classicIpod())
+        stored.shape = shapeOf(asset);
+    if (!hasLargerPicture(session, id))
+        return stored;
+    stored.decoded = decodedPicture(stored.bytes, stored.label, &stored.faults);
+    stored.bytes = isIcon(stored.decoded)
+                       ? givenBytes(session, id, stored.label, PictureChoice::Largest)
+                       : QByteArray();
+    return stored;
+}
+
+ShownPicture shownPicture(const StoredThumbnail &stored, const CancelToken *cancel)
 {
     ShownPicture shown;
-    const QImage thumbnail = decodedPicture(session, item, PictureChoice::Thumbnail, &shown);
-    if (!isIcon(thumbnail) || !hasLargerPicture(session, item.id)) {
-        shown.image = uprightThumbnail(thumbnail, item);
-        return shown;
-    }
-    const QImage largest = decodedPicture(session, item, PictureChoice::Largest, &shown);
-    shown.image = largest.isNull() ? thumbnail : largest;
+    shown.faults = stored.faults;
+    const QImage picture = decodedPicture(stored.bytes, stored.label, &shown.faults, cancel);
+    const bool isDamaged = picture.isNull() && !stored.bytes.isEmpty();
+    shown.absence =
+        isDamaged ? QStringLiteral("damaged thumbnail") : QStringLiteral("no thumbnail");
+    shown.image = picture.isNull() ? stored.decoded : uprightThumbnail(picture, stored.shape);
     return shown;
 }

@@ -3,14 +3,16 @@
 
 #include "devices/device_file_system.h"
 #include "engine/picture_format.h"
+#include "engine/thumbnail_image.h"
 
 #include <QByteArray>
 #include <QImage>
 #include <QString>
 #include <QStringList>
 
+class CancelToken;
 class LibrarySession;
-class photoItem;
+struct Asset;
 
 /// Which of the pictures of a photo or video is wanted.
 enum class PictureChoice {
@@ -37,6 +39,20 @@ struct PictureFile {
 /// Has the plug-in give the picture. Throws Error when the device is gone.
 PictureFile requestedPicture(LibrarySession &session, const PictureRequest &request);
 
+/// A thumbnail as the device stores it: a value, with all that decoding it takes.
+struct StoredThumbnail {
+    QString label;      ///< what tells the photo from others in a message
+    QByteArray bytes;   ///< empty when there is none
+    StoredShape shape;  ///< of the photo, whose thumbnail may have to be turned
+    QImage decoded;     ///< what is shown when there are no bytes, or damaged ones
+    QStringList faults; ///< of a picture that was decoded when it was read
+};
+
+/// Reads the thumbnail of `asset`, a photo or video of the library, or the largest picture where
+/// that is but an icon, as the smallest of a classic iPod often is. A file that cannot be read is
+/// noted in `session`. Throws Error when the device is gone.
+StoredThumbnail storedThumbnail(LibrarySession &session, const Asset &asset);
+
 /// A picture to look at.
 struct ShownPicture {
     QImage image;       ///< upright; null when there is none
@@ -44,9 +60,8 @@ struct ShownPicture {
     QStringList faults; ///< of each picture that is damaged: what is wrong, for a message
 };
 
-/// The thumbnail of `item`, a photo or video of the library, or the largest picture where that is
-/// but an icon, as the smallest of a classic iPod often is. A file that cannot be read is noted
-/// in `session`. Throws Error when the device is gone.
-ShownPicture shownPicture(LibrarySession &session, const photoItem &item);
+/// Decodes `stored`; without a picture soon after `cancel`, if there is one, is cancelled. Any
+/// thread.
+ShownPicture shownPicture(const StoredThumbnail &stored, const CancelToken *cancel = nullptr);
 
 #endif // PHOTOLIB_ENGINE_THUMBNAIL_H

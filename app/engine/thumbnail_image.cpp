@@ -1,13 +1,16 @@
 #include "engine/thumbnail_image.h"
 
+#include "base/cancel_token.h"
 #include "base/qt_messages.h"
-#include "boundary/photo_records.h"
 #include "engine/picture_format.h"
 
 #include <QBuffer>
 #include <QImageReader>
 #include <QTransform>
 #include <QtEndian>
+
+#include <algorithm>
+#include <memory>
 
 namespace {
 
@@ -52,26 +55,69 @@ bool isSound(const QByteArray &bytes)
     return bytes.startsWith("BM") ? isWholeBmp(bytes) : hasFewScans(bytes);
 }
 
+// Bytes that a reader gets a few at a time, and none once that is cancelled, as if they ended
+// there: a whole pass over a large picture may be in some forty bytes.
+class CancellableBytes : public QIODevice
+{
+public:
+    CancellableBytes(const QByteArray &bytes, const CancelToken &cancel)
+        : m_bytes(bytes), m_cancel(cancel)
+    {
+    }
+
+    qint64 size() const override { return m_bytes.size(); }
+
+protected:
+    qint64 readData(char *data, qint64 most) override
+    {
+        constexpr qint64 aFew = 64;
+        if (m_cancel.isCancelled())
+            return -1;
+        const qint64 count = qMin(qMin(most, aFew), m_bytes.size() - pos());
+        std::copy_n(m_bytes.constData() + pos(), count, data);
+        return count;
+    }
+
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    const QByteArray m_bytes;
+    const CancelToken &m_cancel;
+};
+
+// Only a JPEG file takes long.
+std::unique_ptr<QIODevice> opened(const QByteArray &bytes, const CancelToken *cancel)
+{
+    std::unique_ptr<QIODevice> device;
+    if (cancel && !bytes.startsWith("BM")) {
+        device = std::make_unique<CancellableBytes>(bytes, *cancel);
+    } else {
+        auto buffer = std::make_unique<QBuffer>();
+        buffer->setData(bytes);
+        device = std::move(buffer);
+    }
+    device->open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    return device;
+}
+
 // 1 for a picture that is wider than high, -1 for one that is higher, 0 for a square.
-int shapeOf(int width, int height)
+int shapeOf(qint64 width, qint64 height)
 {
     return (width > height) - (width < height);
 }
 
 } // namespace
 
-QImage decodedThumbnail(const QByteArray &bytes, QString *cause)
+QImage decodedThumbnail(const QByteArray &bytes, QString *cause, const CancelToken *cancel)
 {
     const PictureFormat *const format = formatOfContent(bytes);
     if (!format) { // whatever readers are installed
         *cause = QStringLiteral("a thumbnail that is neither JPEG nor BMP");
         return QImage();
     }
-    QBuffer buffer;
-    buffer.setData(bytes);
-    buffer.open(QIODevice::ReadOnly);
+    const std::unique_ptr<QIODevice> device = opened(bytes, cancel);
     const QtMessages messages; // of the reader
-    QImageReader reader(&buffer, format->name);
+    QImageReader reader(device.get(), format->name);
     reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
@@ -109,11 +155,11 @@ QImage turnedUpright(const QImage &picture, int orientation)
     }
 }
 
-QImage uprightThumbnail(const QImage &picture, const photoItem &item)
+QImage uprightThumbnail(const QImage &picture, const StoredShape &shape)
 {
-    const int wanted = shapeOf(item.width, item.height);
+    const int wanted = shapeOf(shape.width, shape.height);
     const int given = shapeOf(picture.width(), picture.height());
     const bool liesAcross = wanted * given == -1;
-    const bool isOnItsSide = item.orientation >= 5 && item.orientation <= 8;
-    return liesAcross && isOnItsSide ? turnedUpright(picture, item.orientation) : picture;
+    const bool isOnItsSide = shape.orientation >= 5 && shape.orientation <= 8;
+    return liesAcross && isOnItsSide ? turnedUpright(picture, int(shape.orientation)) : picture;
 }

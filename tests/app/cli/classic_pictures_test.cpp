@@ -471,7 +471,7 @@ TEST_F(ClassicSheet, NamesAPhotoAfterItsOriginalOrItsId)
         EXPECT_EQ(0, draw(folder).exitCode);
         QList<QImage> images;
         for (int i = 0; i < 3; ++i)
-            images.append(sheet().copy(layout(3).nameLine(i)));
+            images.append(sheet().copy(layout(3).labelLine(i)));
         return images;
     };
     const QList<QImage> named = captions(device());

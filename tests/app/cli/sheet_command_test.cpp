@@ -203,7 +203,7 @@ TEST_F(SheetProgram, WritesTheNameUnderEachPicture)
     const Json ids = Json::parse(run({"dump", "-d", device()}).output)["photoIds"];
     std::map<int, QImage> names;
     for (int i = 0; i < 3; ++i)
-        names[ids[size_t(i)].get<int>()] = sheet().copy(layoutOf(3).nameLine(i));
+        names[ids[size_t(i)].get<int>()] = sheet().copy(layoutOf(3).labelLine(i));
     for (const auto &name : names)
         EXPECT_FALSE(isBlank(name.second)) << name.first;
     EXPECT_EQ(names[1], names[2]);

@@ -1,6 +1,6 @@
 #include "engine/thumbnail_image.h"
 
-#include "boundary/photo_records.h"
+#include "base/cancel_token.h"
 #include "support/row_name.h"
 
 #include <gtest/gtest.h>
@@ -62,6 +62,29 @@ TEST(DecodedThumbnail, RefusesADamagedOne)
     const QByteArray bmp = encoded(gradient(20, 20), "BMP");
     EXPECT_EQ("a damaged thumbnail", causeOf(bmp.left(40)));
     EXPECT_EQ("a damaged thumbnail", causeOf(bmp.left(bmp.size() - 1)));
+}
+
+TEST(DecodedThumbnail, IsTheSameWhenItCanBeCancelled)
+{
+    const CancelToken cancel;
+    for (const char *format : {"JPEG", "BMP"}) {
+        const QByteArray bytes = encoded(gradient(200, 150), format);
+        QString cause;
+        const QImage picture = decodedThumbnail(bytes, &cause, &cancel);
+        EXPECT_EQ("", cause);
+        EXPECT_FALSE(picture.isNull());
+        EXPECT_EQ(decodedThumbnail(bytes, &cause), picture) << format;
+        EXPECT_TRUE(decodedThumbnail(bytes.left(bytes.size() / 2), &cause, &cancel).isNull());
+    }
+}
+
+TEST(DecodedThumbnail, IsNotReadFurtherOnceItIsCancelled)
+{
+    CancelToken cancel;
+    cancel.cancel();
+    QString cause;
+    EXPECT_TRUE(decodedThumbnail(encoded(gradient(200, 150), "JPEG"), &cause, &cancel).isNull());
+    EXPECT_NE("", cause);
 }
 
 TEST(DecodedThumbnail, RefusesTheHeadersOfABmpWithoutRows)
@@ -199,20 +222,16 @@ INSTANTIATE_TEST_SUITE_P(Codes, TurnedUpright,
 
 TEST(UprightThumbnail, IsTurnedOnlyWhereItLiesAcrossTheDimensions)
 {
-    photoItem item;
-    item.orientation = 6;
-    item.width = 300;
-    item.height = 400;
+    const StoredShape standingUp = {300, 400, 6};
     const QImage lying = gradient(40, 30);
-    EXPECT_EQ(turnedUpright(lying, 6), uprightThumbnail(lying, item));
+    EXPECT_EQ(turnedUpright(lying, 6), uprightThumbnail(lying, standingUp));
     const QImage standing = gradient(30, 40);
-    EXPECT_EQ(standing, uprightThumbnail(standing, item));
+    EXPECT_EQ(standing, uprightThumbnail(standing, standingUp));
     const QImage square = gradient(30, 30);
-    EXPECT_EQ(square, uprightThumbnail(square, item));
-    item.orientation = 3; // no code for a turn to the side
-    EXPECT_EQ(lying, uprightThumbnail(lying, item));
-    item = photoItem(); // of which nothing is known
-    EXPECT_EQ(lying, uprightThumbnail(lying, item));
+    EXPECT_EQ(square, uprightThumbnail(square, standingUp));
+    const StoredShape upsideDown = {300, 400, 3}; // no code for a turn to the side
+    EXPECT_EQ(lying, uprightThumbnail(lying, upsideDown));
+    EXPECT_EQ(lying, uprightThumbnail(lying, StoredShape())); // of which nothing is known
 }
 
 } // namespace

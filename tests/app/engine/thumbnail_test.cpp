@@ -133,9 +133,8 @@ protected:
     ShownPicture shown(quint64 id)
     {
         OpenedLibrary library(device(), m_scratch.path("work"));
-        photoItem item;
-        library.session.library().getPhoto(id, &item);
-        return shownPicture(library.session, item);
+        const Asset *const asset = library.session.catalog().asset(qint64(id));
+        return shownPicture(storedThumbnail(library.session, *asset));
     }
 };
 
