@@ -157,6 +157,8 @@ void SheetPage::setFont(int pixels, bool isBold)
 void SheetPage::drawText(const QRect &line, const QString &text, const QColor &color,
                          Qt::Alignment alignment, Qt::TextElideMode elision)
 {
+    if (text.isEmpty())
+        return; // and no font is looked for
     m_painter.setPen(color);
     m_painter.drawText(line, int(alignment | Qt::AlignVCenter) | Qt::TextSingleLine,
                        m_painter.fontMetrics().elidedText(text, elision, line.width()));

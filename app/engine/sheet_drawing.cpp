@@ -130,7 +130,7 @@ private:
     SheetHeading heading(int page) const
     {
         SheetHeading heading = {m_request.title, m_request.subtitle};
-        if (m_plan.pages() > 1)
+        if (m_plan.pages() > 1 && !heading.subtitle.isEmpty())
             heading.subtitle +=
                 QStringLiteral(" \u00b7 page %1 of %2").arg(page + 1).arg(m_plan.pages());
         return heading;

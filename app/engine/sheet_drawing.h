@@ -16,8 +16,8 @@ class LibrarySession;
 struct SheetRequest {
     QList<quint64> ids; ///< of the photos and videos of the library to show, in that order
     SheetOptions options;
-    QString title;    ///< heads each page
-    QString subtitle; ///< and stands below; where there are some pages, with the page's number
+    QString title;    ///< heads each page; empty for none
+    QString subtitle; ///< the same below; where there are some pages, with the page's number
 };
 
 /// Hears how the drawing goes and takes the pages. What an operation throws ends the drawing and is
