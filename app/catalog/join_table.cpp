@@ -54,25 +54,25 @@ QByteArray columnOf(const std::vector<QByteArray> &columns, const QByteArray &en
 }
 
 // `table` with its columns; an empty one when it does not have them.
-JoinTable withColumns(LibraryTables &tables, const QByteArray &table, const JoinNames &names)
+FoundJoin withColumns(LibraryTables &tables, const QByteArray &table, const JoinNames &names)
 {
     const std::vector<QByteArray> &columns = tables.columns(table);
-    const JoinTable found = {table, columnOf(columns, names.owner, names.ownerNumber),
+    const FoundJoin found = {table, columnOf(columns, names.owner, names.ownerNumber),
                              columnOf(columns, names.item, names.itemNumber)};
-    return found.owner.isEmpty() || found.item.isEmpty() ? JoinTable() : found;
+    return found.owner.isEmpty() || found.item.isEmpty() ? FoundJoin() : found;
 }
 
 // The only table of this form; an empty one when there is none, or a choice.
-JoinTable theOneOfTheForm(LibraryTables &tables, const JoinNames &names)
+FoundJoin theOneOfTheForm(LibraryTables &tables, const JoinNames &names)
 {
-    JoinTable only;
+    FoundJoin only;
     for (const QByteArray &name : tables.names()) {
-        const JoinTable found =
-            isNumbered(name, names.table) ? withColumns(tables, name, names) : JoinTable();
+        const FoundJoin found =
+            isNumbered(name, names.table) ? withColumns(tables, name, names) : FoundJoin();
         if (found.table.isEmpty())
             continue;
         if (!only.table.isEmpty())
-            return JoinTable();
+            return FoundJoin();
         only = found;
     }
     return only;
@@ -94,10 +94,10 @@ void tellMissing(LibraryTables &tables, const QByteArray &table, const JoinNames
     }
 }
 
-JoinTable find(LibraryTables &tables, const JoinNames &names)
+FoundJoin find(LibraryTables &tables, const JoinNames &names)
 {
     const QByteArray expected = nameOf(names.table, names.ownerNumber);
-    JoinTable found = withColumns(tables, expected, names);
+    FoundJoin found = withColumns(tables, expected, names);
     if (found.table.isEmpty())
         found = theOneOfTheForm(tables, names);
     if (found.table.isEmpty())
@@ -133,14 +133,14 @@ qint64 EntityNumbers::highestId(const QByteArray &entity) const
 }
 
 // Systems of 2019 have both kinds of asset, and name the column by the older one.
-JoinTable albumJoinTable(LibraryTables &tables, const EntityNumbers &numbers)
+FoundJoin albumJoinTable(LibraryTables &tables, const EntityNumbers &numbers)
 {
     const std::optional<qint64> genericAsset = numbers.of("GenericAsset");
     return find(tables, {"ASSETS", "ALBUMS", "ASSETS", numbers.of("Album"),
                          genericAsset ? genericAsset : numbers.of("Asset")});
 }
 
-JoinTable keywordJoinTable(LibraryTables &tables, const EntityNumbers &numbers)
+FoundJoin keywordJoinTable(LibraryTables &tables, const EntityNumbers &numbers)
 {
     return find(tables, {"KEYWORDS", "ASSETATTRIBUTES", "KEYWORDS",
                          numbers.of("AdditionalAssetAttributes"), numbers.of("Keyword")});

@@ -32,16 +32,16 @@ private:
 };
 
 /// A table whose rows each say that two rows of others belong together.
-struct JoinTable {
+struct FoundJoin {
     QByteArray table; ///< empty for none
     QByteArray owner; ///< the column of an album, or of the additional attributes
     QByteArray item;  ///< the column of an asset, or of a keyword
 };
 
 /// The table of albums and their photos. Told when it is missing.
-JoinTable albumJoinTable(LibraryTables &tables, const EntityNumbers &numbers);
+FoundJoin albumJoinTable(LibraryTables &tables, const EntityNumbers &numbers);
 
 /// The table of additional attributes and their keywords. Told when it is missing.
-JoinTable keywordJoinTable(LibraryTables &tables, const EntityNumbers &numbers);
+FoundJoin keywordJoinTable(LibraryTables &tables, const EntityNumbers &numbers);
 
 #endif // PHOTOLIB_CATALOG_JOIN_TABLE_H

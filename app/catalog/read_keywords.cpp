@@ -31,7 +31,7 @@ Keywords keywords(LibraryTables &tables)
 }
 
 // Of the positions of assets and the ranks of titles.
-std::vector<Links::Link> links(LibraryTables &tables, const JoinTable &join, const AssetRows &rows,
+std::vector<Links::Link> links(LibraryTables &tables, const FoundJoin &join, const AssetRows &rows,
                                const Keywords &keywords, const RankedTexts &titles)
 {
     std::vector<Links::Link> links;
@@ -52,7 +52,7 @@ std::vector<Links::Link> links(LibraryTables &tables, const JoinTable &join, con
 
 void readKeywords(LibraryTables &tables, const EntityNumbers &numbers, AssetRows &rows)
 {
-    const JoinTable join = keywordJoinTable(tables, numbers);
+    const FoundJoin join = keywordJoinTable(tables, numbers);
     const Keywords all = keywords(tables);
     if (join.table.isEmpty())
         return;

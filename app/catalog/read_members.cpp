@@ -36,7 +36,7 @@ bool isInJoinTable(AlbumKind kind)
     return kind == AlbumKind::Album || kind == AlbumKind::Shared || kind == AlbumKind::Project;
 }
 
-void appendMembers(LibraryTables &tables, const JoinTable &join, const AssetRows &rows,
+void appendMembers(LibraryTables &tables, const FoundJoin &join, const AssetRows &rows,
                    const std::vector<Album> &albums, std::vector<Member> &members)
 {
     const IdIndex albumsById = indexOf(albums);
@@ -182,7 +182,7 @@ void readMembers(LibraryTables &tables, const EntityNumbers &numbers, AssetRows 
                  AlbumRows &albums)
 {
     std::vector<Member> members;
-    const JoinTable join = albumJoinTable(tables, numbers);
+    const FoundJoin join = albumJoinTable(tables, numbers);
     if (!join.table.isEmpty())
         appendMembers(tables, join, rows, albums.albums, members);
     appendImports(rows, albums.albums, members);
