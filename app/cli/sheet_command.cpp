@@ -236,8 +236,7 @@ void addLookOptions(CLI::App &command, SheetArguments &arguments)
         ->type_name("N");
     command
         .add_option("--size", options.boxSize,
-                    "Side of the square that a picture is fitted into, in pixels; a small picture "
-                    "grows to twice its size at most")
+                    "Side of the square that a picture is fitted into, in pixels")
         ->check(CLI::Range(SheetStyle::smallestBox, SheetStyle::largestBox))
         ->type_name("PIXELS")
         ->capture_default_str();
@@ -269,15 +268,16 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
         ->required()
         ->type_name("FILE");
     addLookOptions(*command, *arguments);
-    command->footer("What is in the trash is dimmed; whether a photo with a missing file is in the "
-                    "trash is not known.\n"
-                    "\n"
-                    "Examples:\n"
-                    "  photolib sheet -o sheet.png\n"
-                    "  photolib sheet -d /media/phone --album 7 -o album.png\n"
-                    "  photolib sheet -d /media/phone --size 96 --columns 10 --label date,id -o "
-                    "dates.png\n"
-                    "  photolib sheet -d /media/phone -o - | display");
+    command->footer(
+        "What is in the trash is dimmed. A picture is never shown larger than twice its "
+        "size: the device's thumbnails have no more details.\n"
+        "\n"
+        "Examples:\n"
+        "  photolib sheet -o sheet.png\n"
+        "  photolib sheet -d /media/phone --album 7 -o album.png\n"
+        "  photolib sheet -d /media/phone --size 96 --columns 10 --label date,id -o "
+        "dates.png\n"
+        "  photolib sheet -d /media/phone -o - | display");
     command->callback([&context, arguments] {
         arguments->options.labels = chosenLabels(arguments->labels);
         checkArguments(*arguments);

@@ -1,5 +1,6 @@
 #include "engine/contact_sheet.h"
 #include "support/json.h"
+#include "support/opened_library.h"
 #include "support/program_fixture.h"
 #include "support/sample_device.h"
 #include "support/terminal.h"
@@ -55,6 +56,13 @@ bool isBlank(const QImage &image)
     QImage copy = image;
     copy.fill(image.pixel(0, 0));
     return difference(image, copy) < 1;
+}
+
+bool isOfOneColor(const QImage &image)
+{
+    QImage copy = image;
+    copy.fill(image.pixel(0, 0));
+    return copy == image;
 }
 
 // The inner part, where no badge is.
@@ -126,9 +134,10 @@ protected:
     }
 
     /// Expects the thumbnails that the command thumb wrote on the sheet of the library that
-    /// `dump` tells of, each in its place.
-    void expectThumbnails(const Json &dump) const
+    /// `dump` tells of, the one of the device in `folder`, each in its place.
+    void expectThumbnails(const Json &dump, const QByteArray &folder) const
     {
+        const OpenedLibrary library(folder, m_scratch.path("work"));
         const auto count = int(dump["photoIds"].size());
         const QImage page = sheet();
         for (int i = 0; i < count; ++i) {
@@ -136,10 +145,9 @@ protected:
             const QImage source = fitted(thumbnail(id), boxOf(count, i));
             const QImage picture = shown(page, count, i, source.size());
             EXPECT_FALSE(isBlank(picture)) << id;
-            const Json &photo = dump["photos"][size_t(i)];
-            const bool isTrashed =
-                photo["ok"].get<bool>() && photo["trashedDate"].get<qint64>() != 0;
-            if (!isTrashed) {
+            const Asset *const asset = library.session.catalog().asset(qint64(id));
+            ASSERT_TRUE(asset) << id;
+            if (!asset->isTrashed()) {
                 EXPECT_LT(difference(inner(picture), inner(source)), 3) << id;
             }
         }
@@ -172,7 +180,7 @@ TEST_F(SheetProgram, ShowsTheThumbnailOfEachPhotoInItsPlace)
               result.output);
     EXPECT_EQ(QByteArray(), result.errors);
     EXPECT_EQ(layoutOf(count).size(), sheet().size());
-    expectThumbnails(json);
+    expectThumbnails(json, device());
 }
 
 TEST_F(SheetProgram, PutsALowPictureNextToItsName)
@@ -239,7 +247,7 @@ TEST_F(SheetProgram, DimsWhatIsInTheTrash)
     AssetRow row = photoRow(1);
     row.width = 1600;
     row.height = 1200;
-    row.trashedDate = 602158831;
+    row.trashedState = 1;
     writeOnePhoto(row, jpegOf(picture));
     ASSERT_EQ(0, draw().exitCode);
     const QImage source = fitted(picture, boxOf(1, 0));
@@ -297,7 +305,8 @@ TEST_F(SheetProgram, MarksVideosAndMissingFiles)
     const QByteArray jpeg = jpegOf(fourFields({160, 120}));
     PhotosDatabase database;
     database.rows.assets = {photoRow(1, 1), videoRow(2, 2), videoRow(3, 3), photoRow(4, 4)};
-    database.rows.attributes = {{2, 2, 65, 1000}};
+    database.schema.furtherAssetColumns = {"ZDURATION FLOAT"};
+    database.rows.sql = {"UPDATE ZGENERICASSET SET ZDURATION = 65 WHERE Z_PK = 2"};
     for (int i = 0; i < 4; ++i) {
         const QByteArray name = "IMG_" + QByteArray::number(i) + ".JPG";
         database.rows.assets[size_t(i)].fileName = name.toStdString();
@@ -353,6 +362,77 @@ TEST_F(SheetProgram, ContinuesALargeLibraryOnFurtherPages)
     EXPECT_EQ(SheetLayout(400, columns).size(), sheet().size());
     EXPECT_EQ(SheetLayout(count - 400, columns).size(), sheet("sheet-2.png").size());
     EXPECT_FALSE(m_scratch.exists("sheet-3.png"));
+}
+
+TEST_F(SheetProgram, HasPagesAsTheyAreWanted)
+{
+    writeSampleDevice(12);
+    const ProgramResult result =
+        draw({"--columns", "3", "--size", "96", "--per-page", "5", "--label", "name,date,id"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ(QByteArray(), result.errors);
+    EXPECT_EQ(m_scratch.path("sheet.png: 5 pictures\n") +
+                  m_scratch.path("sheet-2.png: 5 pictures\n") +
+                  m_scratch.path("sheet-3.png: 2 pictures\n"),
+              result.output);
+    const SheetStyle style = {96, 3};
+    EXPECT_EQ(SheetLayout(5, 3, style).size(), sheet().size());
+    EXPECT_EQ(SheetLayout(2, 3, style).size(), sheet("sheet-3.png").size());
+}
+
+TEST_F(SheetProgram, HasTheLabelsThatAreWantedInTheirOrder)
+{
+    writeTwoPhotos();
+    const SheetLayout layout(2, SheetLayout::columnsFor(2, {184, 2}), {184, 2});
+    ASSERT_EQ(0, draw({"--label", "name,id"}).exitCode);
+    const QImage nameAndId = sheet();
+    ASSERT_EQ(0, draw({"--label", "id,name"}).exitCode);
+    const QImage idAndName = sheet();
+    ASSERT_EQ(layout.size(), nameAndId.size());
+    EXPECT_FALSE(isOfOneColor(nameAndId.copy(layout.labelLine(0, 1))));
+    EXPECT_NE(nameAndId.copy(layout.labelLine(0, 0)), idAndName.copy(layout.labelLine(0, 0)));
+    ASSERT_EQ(0, draw({"--label", "id"}).exitCode);
+    EXPECT_EQ(sheet().copy(layoutOf(2).labelLine(0)), idAndName.copy(layout.labelLine(0, 0)));
+    ASSERT_EQ(0, draw({"--label", "none"}).exitCode);
+    EXPECT_EQ(SheetLayout(2, SheetLayout::columnsFor(2, {184, 0}), {184, 0}).size(),
+              sheet().size());
+}
+
+// The parts of a page that are between pictures, marks and labels.
+bool areGapsBlank(const QImage &page, const SheetLayout &layout, int cells)
+{
+    for (int i = 0; i + 1 < cells; ++i) {
+        const QRect left = layout.pictureBox(i);
+        const QRect right = layout.pictureBox(i + 1);
+        const QRect gap(left.right() + 1, left.y(), right.x() - left.right() - 1,
+                        layout.labelLine(i, 2).bottom() - left.y());
+        if (!isOfOneColor(page.copy(gap)))
+            return false;
+    }
+    return true;
+}
+
+TEST_F(SheetProgram, KeepsLongLabelsAndMarksWithinTheirColumn)
+{
+    PhotosDatabase database;
+    for (int i = 1; i <= 3; ++i) {
+        database.rows.assets.push_back(i == 2 ? videoRow(i, i) : photoRow(i, i));
+        database.rows.assets.back().fileName = std::string(200, 'W') + std::to_string(i);
+        database.rows.assets.back().trashedState = 1;
+    }
+    database.schema.furtherAssetColumns = {"ZDURATION FLOAT", "ZDATECREATED TIMESTAMP"};
+    database.rows.sql = {"UPDATE ZGENERICASSET SET ZDURATION = 999999, ZDATECREATED = 585926209"};
+    writeDatabase(m_scratch, "device", database);
+    for (const int size : {32, 96, 184}) {
+        const SheetLayout layout(3, 3, {size, 3});
+        ASSERT_EQ(0, draw({"--size", QByteArray::number(size), "--columns", "3", "--label",
+                           "name,date,id"})
+                         .exitCode);
+        for (int line = 0; line < 3; ++line)
+            EXPECT_FALSE(isOfOneColor(sheet().copy(layout.labelLine(0, line))))
+                << size << ' ' << line;
+        EXPECT_TRUE(areGapsBlank(sheet(), layout, 3)) << size;
+    }
 }
 
 TEST_F(SheetProgram, DrawsAnEmptyPageForAnEmptyLibrary)
@@ -427,8 +507,8 @@ TEST_F(SheetProgram, HasHelpThatFillsTheTerminal)
     m_setup.outputFd = terminal.slave();
     Program program(m_setup, {"sheet", "--help"});
     const QByteArray text(
-        "What is in the trash is dimmed; whether a photo with a missing file is in the trash is "
-        "not known.\r\n");
+        "What is in the trash is dimmed. A picture is never shown larger than twice its size: the "
+        "device's thumbnails have no more details.\r\n");
     EXPECT_TRUE(terminal.shownUntil("Examples:").contains(text));
     EXPECT_EQ(0, program.waitForExitCode());
 }
@@ -526,6 +606,30 @@ TEST_F(SheetProgramOnBadInput, ExitsWithTwoForANameThatIsNoPngFile)
     }
 }
 
+TEST_F(SheetProgramOnBadInput, ExitsWithTwoForALookThatIsNone)
+{
+    const QByteArray hint = " (photolib sheet --help shows the usage)";
+    const auto expectRefusal = [&](const char *option, const char *value, const QByteArray &line) {
+        expectFailure({"sheet", "-o", "s.png", option, value}, line + hint, 2);
+    };
+    expectRefusal("--columns", "0", "--columns: Value 0 not in range 1 to 1000000");
+    expectRefusal("--size", "31", "--size: Value 31 not in range 32 to 2048");
+    expectRefusal("--size", "2049", "--size: Value 2049 not in range 32 to 2048");
+    expectRefusal("--per-page", "0", "--per-page: Value 0 not in range 1 to 1000000");
+    expectRefusal("--label", "name,size", "--label: 'size' is neither name, date nor id");
+    expectRefusal("--label", "", "--label: '' is neither name, date nor id");
+    expectRefusal("--label", "id,name,id", "--label: 'id' is named twice");
+}
+
+TEST_F(SheetProgramOnBadInput, ExitsWithTwoForAPageThatIsTooLarge)
+{
+    writeTwoPhotos();
+    expectFailure({"sheet", "-d", device(), "-o", m_scratch.path("new/s.png"), "--columns", "1000"},
+                  "a page of 204052 x 354 pixels is too large; choose a smaller --size, --columns "
+                  "or --per-page",
+                  2);
+}
+
 TEST_F(SheetProgramOnBadInput, ExitsWithTwoWithoutAFile)
 {
     expectFailure({"sheet"}, "--output is required (photolib sheet --help shows the usage)", 2);
@@ -543,7 +647,7 @@ TEST_F(SheetProgram, ShowsARealLibrary)
     ASSERT_EQ(0, result.exitCode) << result.errors.constData();
     EXPECT_EQ(m_scratch.path("sheet.png: 27 pictures\n"), result.output);
     ASSERT_EQ(27U, json["photoIds"].size());
-    expectThumbnails(json);
+    expectThumbnails(json, device);
 }
 
 // A library of some pages; a page alone takes its time.

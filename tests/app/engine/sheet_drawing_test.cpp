@@ -229,17 +229,16 @@ TEST_F(DrawnSheet, ReadsWhatACellShowsFromTheCatalog)
     PhotosDatabase database;
     AssetRow row = videoRow(3, 3);
     row.fileName = "film.mov";
-    row.trashedDate = 602158831;
+    row.trashedState = 1;
     database.rows.assets = {photoRow(1), row};
     database.rows.assets[0].fileName = "a\nb.jpg";
-    database.rows.attributes = {{3, 3, 65, 1000}};
     writeDatabase(m_scratch, "device", database);
     m_scratch.write("device/DCIM/100APPLE/film.mov", "film");
     OpenedLibrary library(device(), m_scratch.path("work"));
     const SheetCell photo = readCell(library.session, 1, {SheetLabel::Id, SheetLabel::Name}).cell;
     ASSERT_EQ(2, photo.labels.size());
     EXPECT_EQ("1", photo.labels[0].text);
-    EXPECT_EQ("a\\nb.jpg", photo.labels[1].text);
+    EXPECT_EQ("a\\x0ab.jpg", photo.labels[1].text);
     EXPECT_FALSE(photo.isVideo);
     EXPECT_FALSE(photo.isTrashed);
     EXPECT_EQ("file missing", photo.fileMark);
@@ -252,13 +251,17 @@ TEST_F(DrawnSheet, ReadsWhatACellShowsFromTheCatalog)
 TEST_F(DrawnSheet, LabelsAPhotoWithTheDayWhereTheTimeHasNoRoom)
 {
     PhotosDatabase database;
-    database.rows.assets = {photoRow(1)};
+    database.rows.assets = {photoRow(1), photoRow(2)};
+    database.schema.furtherAssetColumns = {"ZDATECREATED TIMESTAMP"};
+    database.rows.sql = {"UPDATE ZGENERICASSET SET ZDATECREATED = 585926209 WHERE Z_PK = 1"};
     writeDatabase(m_scratch, "device", database);
     OpenedLibrary library(device(), m_scratch.path("work"));
-    const CellLabel date = readCell(library.session, 1, {SheetLabel::Date}).cell.labels.at(0);
-    const Asset &asset = library.session.catalog().assets.at(0);
-    EXPECT_EQ(asset.taken.has_value(), !date.text.isEmpty());
-    EXPECT_EQ(date.text.left(10), date.shortText);
+    const auto dateOf = [&](quint64 id) {
+        return readCell(library.session, id, {SheetLabel::Date}).cell.labels.at(0);
+    };
+    EXPECT_EQ("2019-07-27 13:16Z", dateOf(1).text);
+    EXPECT_EQ("2019-07-27", dateOf(1).shortText);
+    EXPECT_EQ("", dateOf(2).text);
 }
 
 } // namespace
