@@ -28,6 +28,7 @@ constexpr int badgeSize = 11;
 
 constexpr double mostGrowth = 2.0; // small pictures look worse the larger they are shown
 constexpr double dimmed = 0.35;
+constexpr int tinyBox = 64; // pixels; badges of the usual size hide the picture in a smaller one
 
 constexpr qint64 longestSide = 32767;  // Qt draws no text beyond
 constexpr qint64 mostPixels = 1 << 28; // 1 GiB
@@ -231,33 +232,39 @@ void SheetPage::drawLabels(int index, const SheetCell &cell)
 // A badge in the lower right corner: a play mark and, where it is known and has room, the length.
 void SheetPage::drawLength(const QRect &picture, qint64 seconds)
 {
-    constexpr int height = 18;
-    constexpr int inset = 5;
-    constexpr int markWidth = 7;
+    const bool isTiny = m_layout.style().boxSize < tinyBox;
+    const int height = isTiny ? 10 : 18;
+    const int inset = isTiny ? 3 : 5;
+    const double markWidth = isTiny ? 5 : 7;
     setFont(badgeSize, true);
     QString length = seconds > 0 ? durationText(seconds) : QString();
     if (m_painter.fontMetrics().horizontalAdvance(length) > m_layout.style().boxSize / 2)
         length.clear();
     const int textWidth = m_painter.fontMetrics().horizontalAdvance(length);
-    const int width = inset + markWidth + inset + (textWidth > 0 ? textWidth + inset : 0);
+    const int textLeft = inset + int(markWidth) + inset;
+    const int width = textLeft + (textWidth > 0 ? textWidth + inset : 0);
     const QRect badge(picture.right() + 1 - inset - width, picture.bottom() + 1 - inset - height,
                       width, height);
     m_painter.setPen(Qt::NoPen);
     m_painter.setBrush(badgeFill);
     m_painter.drawRoundedRect(badge, 4, 4);
-    const QPointF left(badge.x() + inset + 0.5, badge.y() + height / 2.0);
+    drawPlayMark(QPointF(badge.x() + inset + 0.5, badge.y() + height / 2.0), markWidth);
+    drawText(badge.adjusted(textLeft, 0, 0, 0), length, Qt::white, Qt::AlignLeft, Qt::ElideNone);
+}
+
+void SheetPage::drawPlayMark(const QPointF &left, double width)
+{
+    const double halfHeight = width * 9 / 14;
+    const QPointF mark[] = {left + QPointF(0, -halfHeight), left + QPointF(width, 0),
+                            left + QPointF(0, halfHeight)};
     m_painter.setBrush(Qt::white);
-    const QPointF mark[] = {left + QPointF(0, -4.5), left + QPointF(markWidth, 0),
-                            left + QPointF(0, 4.5)};
     m_painter.drawPolygon(mark, 3);
-    drawText(badge.adjusted(inset + markWidth + inset, 0, 0, 0), length, Qt::white, Qt::AlignLeft,
-             Qt::ElideNone);
 }
 
 // Badges below each other in the upper left corner.
 void SheetPage::drawMarks(const QRect &picture, const QRect &box, const SheetCell &cell)
 {
-    constexpr int inset = 5;
+    const int inset = m_layout.style().boxSize < tinyBox ? 2 : 5;
     QPoint corner = picture.topLeft() + QPoint(inset, inset);
     if (cell.isTrashed)
         corner.ry() =

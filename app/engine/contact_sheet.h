@@ -111,6 +111,7 @@ private:
     QRect drawPicture(const QRect &box, const SheetCell &cell);
     void drawLabels(int index, const SheetCell &cell);
     void drawLength(const QRect &picture, qint64 seconds);
+    void drawPlayMark(const QPointF &left, double width);
     void drawMarks(const QRect &picture, const QRect &box, const SheetCell &cell);
     QRect drawMark(const QPoint &corner, const QRect &box, const QString &words,
                    const QColor &color);

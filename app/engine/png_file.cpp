@@ -32,7 +32,8 @@ public:
     {
         const auto *const pixels = reinterpret_cast<const QRgb *>(picture.constScanLine(y));
         char *byte = m_bytes.data() + pixelBytes;
-        for (int x = 0; x < picture.width(); ++x) {
+        const int width = picture.width();
+        for (int x = 0; x < width; ++x) {
             *byte++ = char(qRed(pixels[x]));
             *byte++ = char(qGreen(pixels[x]));
             *byte++ = char(qBlue(pixels[x]));
@@ -148,11 +149,11 @@ class Deflation
 public:
     Deflation()
     {
-        constexpr int usualLevel = 6;
+        constexpr int level = 4; // 2 % larger than with the usual 6, in two thirds of the time
         constexpr int largestWindow = 15;
         constexpr int usualMemory = 8;
-        if (deflateInit2(&m_stream, usualLevel, Z_DEFLATED, -largestWindow, usualMemory,
-                         Z_FILTERED) != Z_OK)
+        if (deflateInit2(&m_stream, level, Z_DEFLATED, -largestWindow, usualMemory, Z_FILTERED) !=
+            Z_OK)
             throw std::bad_alloc();
     }
     ~Deflation() { deflateEnd(&m_stream); }
