@@ -52,22 +52,20 @@ private:
     OrderedWork<FinishedCell> m_cells;
 };
 
-// Hands pages on while the next one is drawn, with threads of its own: parts of a page, which take
-// long, do not keep pictures waiting.
+// Hands pages on while the next one is drawn, on a thread of its own: compressing a page takes
+// longer than drawing it.
 class PageWriter
 {
 public:
-    PageWriter(SheetObserver &observer, int threads, const CancelToken &cancel, bool isOverlapping)
-        : m_observer(observer), m_cancel(cancel), m_isOverlapping(isOverlapping), m_pool(threads),
-          m_thread(1), m_pages(m_thread)
+    PageWriter(SheetObserver &observer, const CancelToken &cancel, bool isOverlapping)
+        : m_observer(observer), m_cancel(cancel), m_isOverlapping(isOverlapping), m_thread(1),
+          m_pages(m_thread)
     {
     }
 
     void write(int page, int pictures, const QImage &image)
     {
-        const auto png = [this, image](const ByteSink &sink) {
-            writePng(image, m_pool, m_cancel, sink);
-        };
+        const auto png = [this, image](const ByteSink &sink) { writePng(image, m_cancel, sink); };
         m_pages.add([this, page, pictures, png] { m_observer.pageDrawn(page, pictures, png); });
         if (!m_isOverlapping)
             finish();
@@ -83,7 +81,6 @@ private:
     SheetObserver &m_observer;
     const CancelToken &m_cancel;
     const bool m_isOverlapping;
-    WorkerPool m_pool;
     WorkerPool m_thread;
     OrderedWork<void> m_pages;
 };
@@ -96,7 +93,7 @@ public:
         : m_request(request), m_plan(request.options, request.ids.size()), m_observer(observer),
           m_cancel(cancel), m_pool(threads),
           m_cells(session, request, m_plan.style(), m_pool, cancel),
-          m_writer(observer, threads, cancel, m_plan.hasRoomForTwoPages())
+          m_writer(observer, cancel, m_plan.hasRoomForTwoPages())
     {
     }
 

@@ -40,7 +40,7 @@ public:
                            const std::function<void(const ByteSink &sink)> &writePng) = 0;
 };
 
-/// Draws the contact sheet, with `threads` threads that decode and compress: the same pages
+/// Draws the contact sheet, with `threads` threads that decode: the same pages
 /// whatever their number. The plug-in and `session` are used on the calling thread alone. A
 /// QGuiApplication must live, for the text. Throws Error: of the kind WrongUsage when a page would
 /// be too large, Cancelled soon after `cancel` is, Disconnected when the device is gone.

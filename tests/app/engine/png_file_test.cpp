@@ -2,8 +2,6 @@
 
 #include "base/cancel_token.h"
 #include "base/error.h"
-#include "engine/picture_format.h"
-#include "engine/worker_pool.h"
 
 #include <gtest/gtest.h>
 
@@ -29,12 +27,11 @@ QImage picture(int width, int height)
     return image;
 }
 
-QByteArray written(const QImage &image, int threads)
+QByteArray written(const QImage &image)
 {
-    WorkerPool pool(threads);
     const CancelToken cancel;
     QByteArray file;
-    writePng(image, pool, cancel,
+    writePng(image, cancel,
              [&file](const char *bytes, qint64 count) { file.append(bytes, int(count)); });
     return file;
 }
@@ -44,28 +41,15 @@ TEST(WrittenPng, HoldsThePicture)
     for (const QSize &size : {QSize(1, 1), QSize(3, 700), QSize(700, 3), QSize(900, 1300)}) {
         const QImage image = picture(size.width(), size.height());
         QImage read;
-        ASSERT_TRUE(read.loadFromData(written(image, 2), "PNG"));
+        ASSERT_TRUE(read.loadFromData(written(image), "PNG"));
         EXPECT_FALSE(read.hasAlphaChannel());
         EXPECT_TRUE(image == read.convertToFormat(QImage::Format_RGB32)) << size.width();
     }
 }
 
-TEST(WrittenPng, IsTheSameWhateverTheNumberOfThreads)
-{
-    const QImage image = picture(900, 1300);
-    EXPECT_EQ(written(image, 1), written(image, 4));
-}
-
-TEST(WrittenPng, TakesLittleMoreRoomThanTheUsualOne)
-{
-    const QImage image = picture(900, 1300);
-    EXPECT_LT(written(image, 2).size(), 1.1 * pngFile(image).size());
-}
-
 TEST(WrittenPng, EndsAtOnceWhenItIsCancelled)
 {
-    const QImage image = picture(900, 3000); // of some parts
-    WorkerPool pool(2);
+    const QImage image = picture(900, 3000); // of many pieces
     CancelToken cancel;
     int pieces = 0;
     const auto cancelAtTheFirstRows = [&](const char *, qint64 count) {
@@ -74,25 +58,24 @@ TEST(WrittenPng, EndsAtOnceWhenItIsCancelled)
             cancel.cancel();
     };
     try {
-        writePng(image, pool, cancel, cancelAtTheFirstRows);
+        writePng(image, cancel, cancelAtTheFirstRows);
         FAIL() << "it is written";
     } catch (const Error &error) {
         EXPECT_EQ(Error::Cancelled, error.kind());
     }
-    EXPECT_EQ(4, pieces) << "what comes first, and one part";
+    EXPECT_LT(pieces, 20) << "what comes first, and one piece of the rows";
 }
 
 TEST(WrittenPng, EndsWithWhatItsSinkThrows)
 {
     struct DiskFull {
     };
-    WorkerPool pool(2);
     const CancelToken cancel;
     const auto fail = [](const char *, qint64 count) {
         if (count > 1000)
             throw DiskFull();
     };
-    EXPECT_THROW(writePng(picture(900, 3000), pool, cancel, fail), DiskFull);
+    EXPECT_THROW(writePng(picture(900, 3000), cancel, fail), DiskFull);
 }
 
 } // namespace
