@@ -86,7 +86,7 @@ int SheetLayout::rowHeight() const
 
 qint64 SheetLayout::width() const
 {
-    return 2 * margin + m_columns * columnWidth() - gap;
+    return m_columns * columnWidth() - gap + qint64(2) * margin;
 }
 
 qint64 SheetLayout::height() const

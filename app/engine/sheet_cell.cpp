@@ -6,6 +6,8 @@
 #include "engine/library_session.h"
 #include "engine/taken_text.h"
 
+#include <cmath>
+
 namespace {
 
 QString markOf(FileState state)
@@ -62,7 +64,7 @@ qint64 wholeSeconds(const Asset &asset)
 {
     constexpr double longest = 1e9; // longer ones are made up
     const double seconds = asset.duration.value_or(0);
-    return seconds > 0 && seconds < longest ? qint64(seconds + 0.5) : 0;
+    return seconds > 0 && seconds < longest ? qint64(std::llround(seconds)) : 0;
 }
 
 } // namespace

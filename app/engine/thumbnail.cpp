@@ -135,7 +135,7 @@ QImage decodedPicture(const QByteArray &bytes, const QString &label, QStringList
     QString cause;
     if (bytes.isEmpty())
         return QImage();
-    const QImage image = decodedThumbnail(bytes, &cause, cancel);
+    QImage image = decodedThumbnail(bytes, &cause, cancel);
     if (image.isNull())
         faults->append(QStringLiteral("%1: %2").arg(label, cause));
     return image;
