@@ -46,9 +46,20 @@ QByteArray escaped(const QByteArray &character)
     return "\\u" + QByteArray::number(value, 16).rightJustified(4, '0');
 }
 
-QByteArray quoted(const QByteArray &text)
+// Whether all of valid UTF-8 may be shown as it is; quotes and backslashes are left to the library.
+bool isHarmless(const QByteArray &valid)
 {
-    const QByteArray valid = validUtf8(text);
+    for (int at = 0; at < valid.size();) {
+        const int length = lengthOf(static_cast<uchar>(valid[at]));
+        if (!isPrintable(decoded(QByteArray::fromRawData(valid.constData() + at, length))))
+            return false;
+        at += length;
+    }
+    return true;
+}
+
+QByteArray quoted(const QByteArray &valid)
+{
     QByteArray result(1, '"');
     for (int at = 0; at < valid.size();) {
         const QByteArray character = valid.mid(at, lengthOf(static_cast<uchar>(valid[at])));
@@ -69,12 +80,14 @@ QByteArray shortestText(double number)
 
 void JsonWriter::text(const QByteArray &text)
 {
-    if (text.isNull()) {
-        null();
-    } else if (isPlain(text)) {
-        m_writer.String(text.constData(), sizeOf(text));
+    if (text.isNull())
+        return null();
+    const bool isAsItIs = isPlain(text);
+    const QByteArray valid = isAsItIs ? text : validUtf8(text);
+    if (isAsItIs || isHarmless(valid)) {
+        m_writer.String(valid.constData(), sizeOf(valid));
     } else {
-        const QByteArray json = quoted(text);
+        const QByteArray json = quoted(valid);
         m_writer.RawValue(json.constData(), static_cast<std::size_t>(json.size()),
                           rapidjson::kStringType);
     }

@@ -3,6 +3,12 @@
 
 #include <QByteArray>
 
+// Texts are most of a list, and go several letters at a time.
+#if defined(__SSE2__)
+#define RAPIDJSON_SSE2
+#elif defined(__ARM_NEON)
+#define RAPIDJSON_NEON
+#endif
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 

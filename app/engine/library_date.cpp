@@ -3,6 +3,7 @@
 #include <QDate>
 #include <QRegularExpression>
 
+#include <array>
 #include <cmath>
 
 namespace {
@@ -25,18 +26,35 @@ qint64 startOf(const QDate &day)
     return (day.toJulianDay() - epochDay) * dayLength;
 }
 
-void appendNumber(QByteArray *text, qint64 number, int digits)
+// The parts of a date as they are written one after the other: a large list has a million of them.
+class DateText
 {
-    const int end = text->size() + digits;
-    text->resize(end);
-    for (int at = end - 1; at >= end - digits; --at) {
-        (*text)[at] = static_cast<char>('0' + number % 10);
-        number /= 10;
+public:
+    DateText &append(char letter)
+    {
+        m_letters[m_length++] = letter;
+        return *this;
     }
-}
+
+    DateText &append(qint64 number, int digits)
+    {
+        for (int place = digits - 1; place >= 0; --place) {
+            m_letters[m_length + std::size_t(place)] = static_cast<char>('0' + number % 10);
+            number /= 10;
+        }
+        m_length += std::size_t(digits);
+        return *this;
+    }
+
+    QByteArray text() const { return QByteArray(m_letters.data(), static_cast<int>(m_length)); }
+
+private:
+    std::array<char, 40> m_letters; // "2019-07-27T09:16:49.250-04:00" takes 29
+    std::size_t m_length = 0;
+};
 
 // "2019-07-27T09:16:49", with any separator.
-QByteArray secondText(qint64 time, char separator)
+void appendSecond(DateText &text, qint64 time, char separator)
 {
     const qint64 sinceFirst = time - firstTime;
     int year = 0;
@@ -44,26 +62,20 @@ QByteArray secondText(qint64 time, char separator)
     int day = 0;
     QDate::fromJulianDay(firstDay + sinceFirst / dayLength).getDate(&year, &month, &day);
     const qint64 seconds = sinceFirst % dayLength / 1000;
-    QByteArray text;
-    text.reserve(32);
-    appendNumber(&text, year, 4);
-    appendNumber(&text.append('-'), month, 2);
-    appendNumber(&text.append('-'), day, 2);
-    appendNumber(&text.append(separator), seconds / 3600, 2);
-    appendNumber(&text.append(':'), seconds / 60 % 60, 2);
-    appendNumber(&text.append(':'), seconds % 60, 2);
-    return text;
+    text.append(year, 4).append('-').append(month, 2).append('-').append(day, 2);
+    text.append(separator).append(seconds / 3600, 2);
+    text.append(':').append(seconds / 60 % 60, 2).append(':').append(seconds % 60, 2);
 }
 
-QByteArray zoneText(std::optional<int> utcOffset)
+void appendZone(DateText &text, std::optional<int> utcOffset)
 {
-    if (!utcOffset)
-        return "Z";
-    const int minutes = std::abs(*utcOffset);
-    QByteArray text(1, *utcOffset < 0 ? '-' : '+');
-    appendNumber(&text, minutes / 60, 2);
-    appendNumber(&text.append(':'), minutes % 60, 2);
-    return text;
+    if (!utcOffset) {
+        text.append('Z');
+        return;
+    }
+    const int minutes = std::abs(*utcOffset) % 6000; // of two digits of hours
+    text.append(*utcOffset < 0 ? '-' : '+').append(minutes / 60, 2);
+    text.append(':').append(minutes % 60, 2);
 }
 
 // The minutes of "Z" or "+02:00"; nothing for an offset that no clock has.
@@ -143,15 +155,21 @@ QByteArray isoDateText(LibraryDate date, std::optional<int> utcOffset)
     const std::optional<qint64> time = clockTime(date, utcOffset.value_or(0));
     if (!time)
         return QByteArray();
-    QByteArray text = secondText(*time, 'T');
+    DateText text;
+    appendSecond(text, *time, 'T');
     const qint64 milliseconds = (*time - firstTime) % 1000;
     if (milliseconds != 0)
-        appendNumber(&text.append('.'), milliseconds, 3);
-    return text + zoneText(utcOffset);
+        text.append('.').append(milliseconds, 3);
+    appendZone(text, utcOffset);
+    return text.text();
 }
 
 QString clockText(LibraryDate date, int utcOffset)
 {
     const std::optional<qint64> time = clockTime(date, utcOffset);
-    return time ? QString::fromLatin1(secondText(*time, ' ')) : QString();
+    if (!time)
+        return QString();
+    DateText text;
+    appendSecond(text, *time, ' ');
+    return QString::fromLatin1(text.text());
 }
