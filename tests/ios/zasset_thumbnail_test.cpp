@@ -1,9 +1,11 @@
 #include "ios/parse_fixture.h"
 #include "ios/thumbnail_fixture.h"
+#include "support/library_story.h"
 #include "support/row_name.h"
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -328,6 +330,58 @@ TEST_F(ZassetThumbnail, IsAskedForAtTheHighestIndexWithoutHarm)
         const Answer answer = request("old");
         EXPECT_EQ(answer.result, -1) << index;
         EXPECT_EQ(answer.out, QByteArray("old"));
+    }
+}
+
+TEST_F(ZassetThumbnail, IsWholeOrNoneWhicheverCallFails)
+{
+    const Extent extent = {120, 90};
+    install(namedRecord(Wide, extent, UuidBytes));
+    EXPECT_EQ(request().result, 0);
+    const Lines calls = host.fileCalls();
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        for (const CallFault &fault : story::waysToFail(calls[i])) {
+            // Half of the bytes are read as if it were all: nobody can say what comes of it.
+            if (fault.way == CallFault::Way::Feigned || fault.way == CallFault::Way::Lied)
+                continue;
+            SCOPED_TRACE(testing::Message() << calls[i] << " instead " << fault);
+            manager->m_pThmbFile = nullptr;
+            std::size_t made = 0;
+            host.planFaults([&](const CountedCall &) {
+                return made++ == i ? std::make_optional(fault) : std::nullopt;
+            });
+            const Answer answer = request("old");
+            host.planFaults([](const CountedCall &) { return std::nullopt; });
+            if (answer.result == 0) {
+                EXPECT_TRUE(thumbnail::sameBytes(answer.out, "old" + wideImage(extent)));
+            } else {
+                EXPECT_EQ(answer.result, -1);
+                EXPECT_EQ(answer.out, QByteArray("old"));
+            }
+            EXPECT_TRUE(thumbnail::sameBytes(request().out, wideImage(extent))) << "the next one";
+        }
+    }
+}
+
+TEST_F(ZassetThumbnail, SurvivesADeviceThatLies)
+{
+    install(namedRecord(Wide, {120, 90}, UuidBytes));
+    EXPECT_EQ(request().result, 0);
+    const Lines calls = host.fileCalls();
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        for (const CallFault &fault : story::waysToFail(calls[i])) {
+            SCOPED_TRACE(testing::Message() << calls[i] << " instead " << fault);
+            manager->m_pThmbFile = nullptr;
+            std::size_t made = 0;
+            host.planFaults([&](const CountedCall &) {
+                return made++ == i ? std::make_optional(fault) : std::nullopt;
+            });
+            const Answer answer = request("old");
+            host.planFaults([](const CountedCall &) { return std::nullopt; });
+            if (answer.result != 0) {
+                EXPECT_EQ(answer.out, QByteArray("old"));
+            }
+        }
     }
 }
 
