@@ -136,7 +136,7 @@ void JsonWriter::list(const std::vector<QByteArray> &texts)
 
 QByteArray JsonWriter::taken()
 {
-    const QByteArray json(m_buffer.GetString(), static_cast<int>(m_buffer.GetSize()));
+    QByteArray json(m_buffer.GetString(), static_cast<int>(m_buffer.GetSize()));
     m_buffer.Clear();
     m_writer.Reset(m_buffer);
     return json;
