@@ -41,6 +41,7 @@ QByteArray joined(const std::vector<QByteArray> &texts)
 QByteArray joined(const std::vector<qint64> &numbers)
 {
     std::vector<QByteArray> texts;
+    texts.reserve(numbers.size());
     for (const qint64 number : numbers)
         texts.push_back(QByteArray::number(number));
     return joined(texts);

@@ -45,7 +45,7 @@ QString stateText(LibrarySession &session, const Asset &photo)
 // Instead of the size of a file that is not there, why it is not.
 QString sizeText(LibrarySession &session, const Asset &photo)
 {
-    const QString state = stateText(session, photo);
+    QString state = stateText(session, photo);
     if (state != QLatin1String("there"))
         return state;
     return photo.size ? byteCountText(*photo.size) : QString();
