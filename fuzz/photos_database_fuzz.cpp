@@ -1,15 +1,23 @@
-// Photos.sqlite and its write-ahead log through the parse of the database.
+// Photos.sqlite and its write-ahead log through the parse of the database, and through the reading
+// of the program's catalog.
 //
 // An input is a database file; or, when it begins with "CREATE ", the SQL that makes one; or, when
 // it begins with "SCHEMA", the schema's text: after that line one of `name: definition` for each
 // entry that is changed or added; or the length of the database in 32 bits, the database, and the
 // log.
 
+#include "base/cancel_token.h"
+#include "base/error.h"
 #include "cameradb/camera_db_parse.h"
 #include "cameradb/owned_model.h"
+#include "catalog/catalog.h"
 #include "fuzz/fuzz_host.h"
 #include "fuzz/fuzz_input.h"
 #include "support/photos_database.h"
+
+#include <QFile>
+
+#include <cstdlib>
 
 namespace {
 
@@ -85,23 +93,72 @@ QByteArray libraryWith(const QByteArray &schema)
     return serialized(db.get());
 }
 
-// Puts the files of an input on the device.
-void setDeviceFiles(FakeHost &host, const QByteArray &input)
+struct DatabaseFiles {
+    QByteArray database;
+    QByteArray log;
+};
+
+DatabaseFiles filesOf(const QByteArray &input)
 {
-    QByteArray database = input;
-    if (input.startsWith("CREATE ")) {
-        database = databaseOf(QByteArray(input.constData(), input.size())); // ended by a zero
-    } else if (input.startsWith("SCHEMA\n")) {
-        database = libraryWith(input);
-    } else if (!input.startsWith("SQLite format 3")) {
-        FuzzInput pieces(reinterpret_cast<const std::uint8_t *>(input.constData()),
-                         static_cast<std::size_t>(input.size()));
-        const quint32 length = pieces.u32();
-        const QByteArray files = pieces.rest();
-        database = files.left(static_cast<int>(qMin<quint32>(length, 1U << 30)));
-        host.setDeviceFile("/PhotoData/Photos.sqlite-wal", files.mid(database.size()));
+    if (input.startsWith("CREATE "))
+        return {databaseOf(QByteArray(input.constData(), input.size())), {}}; // ended by a zero
+    if (input.startsWith("SCHEMA\n"))
+        return {libraryWith(input), {}};
+    if (input.startsWith("SQLite format 3"))
+        return {input, {}};
+    FuzzInput pieces(reinterpret_cast<const std::uint8_t *>(input.constData()),
+                     static_cast<std::size_t>(input.size()));
+    const quint32 length = pieces.u32();
+    const QByteArray files = pieces.rest();
+    const QByteArray database = files.left(static_cast<int>(qMin<quint32>(length, 1U << 30)));
+    return {database, files.mid(database.size())};
+}
+
+void parse(const DatabaseFiles &files)
+{
+    FakeHost host(FakeHost::Disk::Real);
+    FakeIPod device;
+    device.localData = copiesFolder();
+    host.setDeviceFile("/PhotoData/Photos.sqlite", files.database);
+    if (!files.log.isEmpty())
+        host.setDeviceFile("/PhotoData/Photos.sqlite-wal", files.log);
+    const OwnedModel model(cameraDBParse(&device));
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        std::abort();
+}
+
+// Who lists a catalog looks photos up, and follows the folders upwards.
+void followReferences(const Catalog &catalog)
+{
+    for (const Album &album : catalog.albums) {
+        for (const qint64 id : album.assets)
+            ASSERT_TRUE(catalog.asset(id));
+        for (const Album *above = &album; above && above->parent;)
+            above = catalog.album(*above->parent);
     }
-    host.setDeviceFile("/PhotoData/Photos.sqlite", database);
+    for (const Person &person : catalog.people) {
+        for (const qint64 id : person.assets)
+            ASSERT_TRUE(catalog.asset(id));
+    }
+}
+
+void readCatalog(const DatabaseFiles &files)
+{
+    const QString database = copiesFolder() + QStringLiteral("Catalog.sqlite");
+    QFile::remove(database + QStringLiteral("-shm"));
+    writeFile(database, files.database);
+    writeFile(database + QStringLiteral("-wal"), files.log);
+    CancelToken cancel;
+    try {
+        followReferences(::readCatalog(database, cancel));
+    } catch (const Error &) {
+        // It is no library.
+    }
 }
 
 } // namespace
@@ -124,10 +181,8 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     FuzzInput input(data, size);
-    FakeHost host(FakeHost::Disk::Real);
-    FakeIPod device;
-    device.localData = copiesFolder();
-    setDeviceFiles(host, input.rest());
-    const OwnedModel model(cameraDBParse(&device));
+    const DatabaseFiles files = filesOf(input.rest());
+    parse(files);
+    readCatalog(files);
     return 0;
 }
