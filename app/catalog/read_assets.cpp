@@ -218,8 +218,8 @@ void AssetReader::readTypes(Asset &asset)
     if (asset.burst.isNull())
         return;
     asset.types |= AssetType::Burst;
-    if (const std::optional<qint64> visibility = m_scan.integer(m_columns.visibility))
-        asset.burstPicked = visibility == 0;
+    if (m_columns.visibility != TableScan::none)
+        asset.burstPicked = m_scan.integer(m_columns.visibility) == 0;
 }
 
 AssetReferences AssetReader::references() const
