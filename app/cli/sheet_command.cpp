@@ -3,15 +3,15 @@
 #include "base/printable.h"
 #include "cli/exit_codes.h"
 #include "cli/file_target.h"
-#include "cli/id_arguments.h"
+#include "cli/filter_options.h"
 #include "cli/library_command.h"
 #include "cli/output.h"
 #include "cli/progress_bar.h"
 #include "cli/reported_work.h"
 #include "cli/text_drawing.h"
-#include "engine/album_list.h"
+#include "engine/album_choice.h"
+#include "engine/asset_text.h"
 #include "engine/library_session.h"
-#include "engine/photo_ids.h"
 #include "engine/sheet_drawing.h"
 #include "engine/worker_pool.h"
 
@@ -22,7 +22,8 @@
 namespace {
 
 struct SheetArguments {
-    std::shared_ptr<std::optional<std::string>> album;
+    std::vector<std::string> ids;
+    std::unique_ptr<FilterOptions> filter;
     std::string target;
     std::string labels = "name";
     SheetOptions options;
@@ -90,13 +91,17 @@ QByteArray pageName(const QByteArray &name, int page)
     return name.left(stem) + '-' + QByteArray::number(page + 1) + name.mid(stem);
 }
 
-QString albumText(LibrarySession &session, const std::optional<std::string> &album)
+// What the pictures are, for the head of the page.
+QString choiceText(const SheetArguments &arguments, const PhotoFilter &filter,
+                   LibrarySession &session)
 {
-    if (!album)
-        return QStringLiteral("All photos and videos");
-    albumItem item;
-    session.library().getAlbum(knownAlbumId(*album, session), &item);
-    return QStringLiteral("Album \u201c%1\u201d").arg(albumNameText(item.name));
+    if (filter.album) {
+        const Album &album = chosenAlbum(session.catalog(), *filter.album, session.deviceName());
+        return QStringLiteral("Album \u201c%1\u201d").arg(shownText(album.title));
+    }
+    return arguments.filter->isAnyGiven() || !arguments.ids.empty()
+               ? QStringLiteral("Chosen photos and videos")
+               : QStringLiteral("All photos and videos");
 }
 
 QString countText(int count)
@@ -113,15 +118,17 @@ FileTarget sheetTarget(const LibrarySession &session, const QByteArray &path)
     return FileTarget(session, parentFolder(path));
 }
 
-SheetRequest sheetRequest(const SheetArguments &arguments, LibrarySession &session)
+SheetRequest sheetRequest(const SheetArguments &arguments, const PhotoFilter &filter,
+                          LibrarySession &session)
 {
     SheetRequest request;
-    request.ids = chosenPhotoIds(session, *arguments.album);
+    for (const Asset *photo : interruptiblyChosenPhotos(session, filter))
+        request.ids.append(static_cast<quint64>(photo->id));
     request.options = arguments.options;
     request.title = QString::fromUtf8(printable(QByteArray::fromStdString(session.deviceName())));
     request.subtitle =
         QStringLiteral("%1 \u00b7 %2")
-            .arg(albumText(session, *arguments.album), countText(request.ids.size()));
+            .arg(choiceText(arguments, filter, session), countText(request.ids.size()));
     return request;
 }
 
@@ -207,10 +214,10 @@ private:
     QStringList m_written;
 };
 
-void writeSheet(const SheetArguments &arguments, bool isQuiet, LibrarySession &session,
-                Output &output)
+void writeSheet(const SheetArguments &arguments, const PhotoFilter &filter, bool isQuiet,
+                LibrarySession &session, Output &output)
 {
-    const SheetRequest request = sheetRequest(arguments, session);
+    const SheetRequest request = sheetRequest(arguments, filter, session);
     SheetWriter writer(session, QByteArray::fromStdString(arguments.target), request);
     writer.write();
     writer.finish(isQuiet, output);
@@ -218,8 +225,9 @@ void writeSheet(const SheetArguments &arguments, bool isQuiet, LibrarySession &s
 
 int runSheet(const CommandContext &context, const SheetArguments &arguments)
 {
+    const PhotoFilter filter = arguments.filter->filter();
     const auto write = [&](LibrarySession &session, Output &output) {
-        writeSheet(arguments, context.options.quiet, session, output);
+        writeSheet(arguments, filter, context.options.quiet, session, output);
         return exitDone;
     };
     return workOnLibrary(context, write);
@@ -259,7 +267,7 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
     CLI::App *const command =
         app.add_subcommand("sheet", "Draw a contact sheet of the photos and videos");
     const auto arguments = std::make_shared<SheetArguments>();
-    arguments->album = addAlbumOption(*command);
+    command->add_option("ID", arguments->ids, idsDescription)->option_text("[ID...]");
     command
         ->add_option("-o,--output", arguments->target,
                      "The PNG file to write, or - for standard output. An existing file is "
@@ -268,19 +276,21 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
         ->required()
         ->type_name("FILE");
     addLookOptions(*command, *arguments);
-    command->footer(
-        "What is in the trash is dimmed. A picture is never shown larger than twice its "
-        "size: the device's thumbnails have no more details.\n"
-        "\n"
-        "Examples:\n"
-        "  photolib sheet -o sheet.png\n"
-        "  photolib sheet -d /media/phone --album 7 -o album.png\n"
-        "  photolib sheet -d /media/phone --size 96 --columns 10 --label date,id -o "
-        "dates.png\n"
-        "  photolib sheet -d /media/phone -o - | display");
+    arguments->filter = std::make_unique<FilterOptions>(*command, context.options);
+    command->footer("What is in the trash is dimmed where it is shown. A picture is never shown "
+                    "larger than twice its "
+                    "size: the device's thumbnails have no more details.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  photolib sheet -o sheet.png\n"
+                    "  photolib sheet -d /media/phone --album 7 -o album.png\n"
+                    "  photolib sheet -d /media/phone --size 96 --columns 10 --label date,id -o "
+                    "dates.png\n"
+                    "  photolib sheet -d /media/phone -o - | display");
     command->callback([&context, arguments] {
         arguments->options.labels = chosenLabels(arguments->labels);
         checkArguments(*arguments);
+        arguments->filter->check(arguments->ids);
         context.run = [&context, arguments] { return runSheet(context, *arguments); };
     });
 }
