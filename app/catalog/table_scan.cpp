@@ -138,7 +138,7 @@ QByteArray TableScan::text(int column)
 QByteArray TableScan::sharedText(int column, const QByteArray &likely)
 {
     const Bytes stored = bytes(column);
-    if (stored.size == 0)
+    if (!stored.data || stored.size == 0)
         return QByteArray();
     const bool isLikely =
         stored.size == likely.size() &&
