@@ -34,9 +34,8 @@ protected:
 
     QList<QByteArray> arguments(const CommandRow &command, bool isClassic) const
     {
-        return argumentsOf(command,
-                           {device(), isClassic ? "100" : "1", isClassic ? "106" : "16777215",
-                            m_scratch.path("edits"), m_scratch.path("disk/out")});
+        return argumentsOf(command, {device(), isClassic ? "100" : "1", isClassic ? "106" : "5",
+                                     m_scratch.path("edits"), m_scratch.path("disk/out")});
     }
 
     /// Runs the program with the disk mounted at the folder `disk`, which nobody else sees.

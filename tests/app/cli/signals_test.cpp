@@ -93,7 +93,7 @@ private:
     QList<QByteArray> arguments() const
     {
         return argumentsOf(GetParam().command, {device(), GetParam().isClassic ? "100" : "1",
-                                                GetParam().isClassic ? "106" : "16777215",
+                                                GetParam().isClassic ? "106" : "5",
                                                 m_scratch.path("edits"), m_scratch.path("out")})
                << "--verbose";
     }
