@@ -122,8 +122,17 @@ void addPicture(const Asset &asset, LineList &lines)
     lines.add("Orientation", asset.orientation);
     if (asset.duration)
         lines.add("Duration", QStringLiteral("%1 s").arg(*asset.duration));
+}
+
+// As the library tells, or else the device.
+void addSize(LibrarySession &session, const Asset &asset, LineList &lines)
+{
+    FileInfo info;
+    FileError error;
     if (asset.size && *asset.size >= 0)
         lines.add("Size", sizeText(quint64(*asset.size)));
+    else if (session.files().info(asset.path(), &info, &error) && info.type == FileInfo::File)
+        lines.add("Size", sizeText(quint64(info.size)));
 }
 
 void addDetails(const Asset &asset, const Catalog &catalog, LineList &lines)
@@ -191,6 +200,7 @@ Lines iosLines(LibrarySession &session, const Asset &asset)
     addIdentity(asset, lines);
     addDates(asset, lines);
     addPicture(asset, lines);
+    addSize(session, asset, lines);
     addDetails(asset, session.catalog(), lines);
     addFiles(session, asset, lines);
     return lines.lines();

@@ -25,7 +25,7 @@ struct Writing {
 
     void write(const png_byte *bytes, std::size_t count)
     {
-        if (failure)
+        if (isOver())
             return;
         try {
             sink(reinterpret_cast<const char *>(bytes), static_cast<qint64>(count));
