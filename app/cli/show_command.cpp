@@ -149,8 +149,8 @@ void addDetails(const Asset &asset, const Catalog &catalog, LineList &lines)
     const AlbumTree tree(catalog);
     for (const qint64 id : asset.albums) {
         if (const Album *const album = catalog.album(id))
-            lines.add("Album", QStringLiteral("%1, %2").arg(QString::number(id),
-                                                            shownText(tree.pathOf(*album))));
+            lines.add("Album", QStringLiteral("%1 (%2)").arg(shownText(tree.pathOf(*album)),
+                                                             QString::number(id)));
     }
 }
 
