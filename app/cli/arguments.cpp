@@ -3,11 +3,11 @@
 #include "base/error.h"
 #include "base/folders.h"
 #include "base/log_output.h"
+#include "base/suggestion.h"
 #include "cli/command.h"
 #include "cli/exit_codes.h"
 #include "cli/help_text.h"
 #include "cli/output.h"
-#include "base/suggestion.h"
 
 #include <CLI/CLI.hpp>
 
