@@ -16,7 +16,7 @@ struct Album {
     LibraryDate created;
 
     /// Ids of its photos and videos in the album's own order, each once: also of those in the trash
-    /// and of shared copies. A smart album's are not stored.
+    /// and of shared copies. Of a smart album mostly none are stored.
     std::vector<qint64> assets;
 };
 

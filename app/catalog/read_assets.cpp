@@ -75,21 +75,16 @@ AssetSource sourceOf(int savedType)
     }
 }
 
-AssetTypes typesOfPhoto(int subtype, int customRendered)
+AssetTypes typesOf(AssetKind kind, int subtype, int customRendered)
 {
+    const bool isVideo = kind == AssetKind::Video;
     AssetTypes types;
-    types.setFlag(AssetType::Live, subtype == 2);
+    types.setFlag(AssetType::Live, !isVideo && subtype == 2);
     types.setFlag(AssetType::Panorama, subtype == 1 || customRendered == 6);
     types.setFlag(AssetType::Screenshot, subtype == 10);
-    return types;
-}
-
-AssetTypes typesOfVideo(int subtype)
-{
-    AssetTypes types;
-    types.setFlag(AssetType::SlowMotion, subtype == 101);
-    types.setFlag(AssetType::TimeLapse, subtype == 102);
-    types.setFlag(AssetType::ScreenRecording, subtype == 103);
+    types.setFlag(AssetType::SlowMotion, isVideo && subtype == 101);
+    types.setFlag(AssetType::TimeLapse, isVideo && subtype == 102);
+    types.setFlag(AssetType::ScreenRecording, isVideo && subtype == 103);
     return types;
 }
 
@@ -210,10 +205,8 @@ void AssetReader::readStates(Asset &asset) const
 
 void AssetReader::readTypes(Asset &asset)
 {
-    const int subtype = m_scan.code(m_columns.subtype);
-    asset.types = asset.kind == AssetKind::Video
-                      ? typesOfVideo(subtype)
-                      : typesOfPhoto(subtype, m_scan.code(m_columns.customRendered));
+    asset.types =
+        typesOf(asset.kind, m_scan.code(m_columns.subtype), m_scan.code(m_columns.customRendered));
     asset.burst = m_scan.uuid(m_columns.burst);
     if (asset.burst.isNull())
         return;

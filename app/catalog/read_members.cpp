@@ -30,10 +30,10 @@ bool isPlacedBefore(const Member &member, const Member &other)
            std::make_tuple(!other.hasPlace, other.place, other.asset);
 }
 
-// The others' members are told otherwise, or not stored.
+// Each photo tells its import itself, which is what counts, and folders hold albums.
 bool isInJoinTable(AlbumKind kind)
 {
-    return kind == AlbumKind::Album || kind == AlbumKind::Shared || kind == AlbumKind::Project;
+    return kind != AlbumKind::Import && kind != AlbumKind::Folder;
 }
 
 void appendMembers(LibraryTables &tables, const FoundJoin &join, const AssetRows &rows,

@@ -30,10 +30,10 @@ QString nameCell(const AlbumTree::Line &line)
     return indent + QString::fromUtf8(printable(line.album->title));
 }
 
-// The library does not store which photos a smart album has.
+// Most libraries do not store which photos a smart album has.
 QString countCell(const Catalog &catalog, const AlbumTree &tree, const Album &album)
 {
-    if (album.kind == AlbumKind::Smart)
+    if (album.kind == AlbumKind::Smart && album.assets.empty())
         return QString();
     return QString::number(listed(catalog, tree.assetsOf(album)).size());
 }

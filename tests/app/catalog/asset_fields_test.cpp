@@ -160,6 +160,8 @@ const AssetCase assetCases[] = {
     {"TimeLapse", {{"ZKIND", 1}, {"ZKINDSUBTYPE", 102}}, {{"types", "timeLapse"}}},
     {"ScreenRecording", {{"ZKIND", 1}, {"ZKINDSUBTYPE", 103}}, {{"types", "screenRecording"}}},
     {"VideoOfAPhotosSubtype", {{"ZKIND", 1}, {"ZKINDSUBTYPE", 2}}, {{"types", ""}}},
+    {"PanoramaFilm", {{"ZKIND", 1}, {"ZKINDSUBTYPE", 1}}, {{"types", "panorama"}}},
+    {"ScreenshotFilm", {{"ZKIND", 1}, {"ZKINDSUBTYPE", 10}}, {{"types", "screenshot"}}},
     {"SubtypeThatIsNull", {}, {{"types", ""}}},
 
     {"PickedOfABurst",
