@@ -150,7 +150,7 @@ Photos allPhotos(const Catalog &catalog)
 Photos photosOfAlbum(const Catalog &catalog, const std::string &text, const std::string &device)
 {
     const Album &album = chosenAlbum(catalog, text, device);
-    if (album.kind == AlbumKind::Smart)
+    if (album.kind == AlbumKind::Smart && album.assets.empty())
         throw Error(text, "a smart album: its photos are not stored in the library");
     Photos photos;
     for (const qint64 id : AlbumTree(catalog).assetsOf(album)) {
@@ -173,7 +173,7 @@ void arrange(Photos *photos, const PhotoFilter &filter)
     if (filter.order)
         sortPhotos(photos, *filter.order);
     if (filter.isReversed)
-        std::reverse(photos->begin(), photos->end());
+        reversePhotos(photos, filter.order);
     if (filter.limit && *filter.limit < photos->size())
         photos->resize(*filter.limit);
 }

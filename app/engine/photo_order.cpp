@@ -42,7 +42,33 @@ std::optional<std::pair<QString, QByteArray>> nameKey(const Asset &photo)
         photo.fileName);
 }
 
+bool isKnown(const Asset &photo, PhotoOrder order)
+{
+    switch (order) {
+    case PhotoOrder::Taken:
+        return sortable(photo.taken).has_value();
+    case PhotoOrder::Modified:
+        return sortable(photo.modified).has_value();
+    case PhotoOrder::Size:
+        return photo.size.has_value();
+    case PhotoOrder::Name:
+        return !photo.fileName.isNull();
+    case PhotoOrder::Id:
+        return true;
+    }
+    return true;
+}
+
 } // namespace
+
+void reversePhotos(Photos *photos, std::optional<PhotoOrder> order)
+{
+    const auto unknown = std::find_if(photos->begin(), photos->end(), [order](const Asset *photo) {
+        return order && !isKnown(*photo, *order);
+    });
+    std::reverse(photos->begin(), unknown);
+    std::reverse(unknown, photos->end());
+}
 
 void sortPhotos(Photos *photos, PhotoOrder order)
 {

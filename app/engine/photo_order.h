@@ -14,4 +14,9 @@ enum class PhotoOrder {
 /// Sorts `photos`. What the library does not tell comes last, and ids decide among equals.
 void sortPhotos(std::vector<const Asset *> *photos, PhotoOrder order);
 
+/// Turns the order of `photos` round, which `sortPhotos` has put into `order`, if there is one.
+/// What the library does not tell still comes last: who asks for the newest does not mean the
+/// undated.
+void reversePhotos(std::vector<const Asset *> *photos, std::optional<PhotoOrder> order);
+
 #endif // PHOTOLIB_ENGINE_PHOTO_ORDER_H

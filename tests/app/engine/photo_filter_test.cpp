@@ -282,6 +282,25 @@ TEST_F(PhotoFilters, RefuseASmartAlbum)
     EXPECT_EQ("Best: a smart album: its photos are not stored in the library", refusal());
 }
 
+TEST_F(PhotoFilters, TakeWhatALibraryStoresOfASmartAlbum)
+{
+    addSeveral(2);
+    m_catalog.albums = {album(1, "Best", {2})};
+    m_catalog.albums[0].kind = AlbumKind::Smart;
+    m_filter.album = "Best";
+    EXPECT_EQ((Ids{2}), chosen());
+}
+
+TEST_F(PhotoFilters, LeaveWhatIsNotKnownLastInTheOrderTurnedRound)
+{
+    addSeveral(4);
+    m_catalog.assets[0].taken = july2019(1);
+    m_catalog.assets[2].taken = july2019(2);
+    m_filter.order = PhotoOrder::Taken;
+    m_filter.isReversed = true;
+    EXPECT_EQ((Ids{3, 1, 4, 2}), chosen());
+}
+
 TEST_F(PhotoFilters, SortByWhatIsAskedFor)
 {
     addSeveral(4);
@@ -301,7 +320,7 @@ TEST_F(PhotoFilters, SortByWhatIsAskedFor)
     m_filter.order = PhotoOrder::Size;
     EXPECT_EQ((Ids{1, 3, 2, 4}), chosen());
     m_filter.isReversed = true;
-    EXPECT_EQ((Ids{4, 2, 3, 1}), chosen());
+    EXPECT_EQ((Ids{2, 3, 1, 4}), chosen());
 }
 
 TEST_F(PhotoFilters, SortNamesWithoutRegardToCaseAtFirst)
