@@ -1,5 +1,6 @@
 #include "base/error.h"
 #include "base/folders.h"
+#include "base/log_output.h"
 #include "base/printable.h"
 #include "cli/exit_codes.h"
 #include "cli/file_target.h"
@@ -228,7 +229,11 @@ int runSheet(const CommandContext &context, const SheetArguments &arguments)
     const PhotoFilter filter = arguments.filter->filter();
     const auto write = [&](LibrarySession &session, Output &output) {
         writeSheet(arguments, filter, context.options.quiet, session, output);
-        return exitDone;
+        if (session.parseFailure().empty())
+            return exitDone;
+        writeErrorLine("photolib: " + QByteArray::fromStdString(session.parseFailure()) +
+                       "; the sheet has no thumbnails");
+        return exitFailed;
     };
     return workOnLibrary(context, write);
 }

@@ -73,6 +73,10 @@ public:
     /// gone.
     FileState fileState(const photoItem &item);
 
+    /// Why the plug-in cannot read the library although `catalog` can, for a message; empty when it
+    /// can.
+    std::string parseFailure() const { return m_parseFailure; }
+
     /// That of the library which a computer has synchronized to the device; empty when none has.
     QString libraryUuid() const
     {

@@ -188,6 +188,8 @@ StoredThumbnail storedThumbnail(LibrarySession &session, const Asset &asset)
     const auto id = quint64(asset.id);
     StoredThumbnail stored;
     stored.label = pictureLabel(session, asset);
+    if (!session.parseFailure().empty())
+        return stored;
     stored.bytes = givenBytes(session, id, stored.label, PictureChoice::Thumbnail);
     if (!session.classicIpod())
         stored.shape = shapeOf(asset);

@@ -537,6 +537,22 @@ TEST_F(ProgramOutput, ListsPhotosInATable)
               result.output);
 }
 
+TEST_F(ProgramOutput, ListsALibraryThatThePluginCannotRead)
+{
+    PhotosDatabase database = twoPhotos();
+    database.schema.attributes = false;
+    writeDatabase(m_scratch, "device", database);
+    for (const QList<QByteArray> &command :
+         {QList<QByteArray>{"photos"}, {"show", "1"}, {"info"}, {"albums"}}) {
+        const ProgramResult result = run(QList<QByteArray>{"-d", device()} + command);
+        EXPECT_EQ(0, result.exitCode) << command.first().constData();
+        EXPECT_EQ(QByteArray(), result.errors) << command.first().constData();
+    }
+    expectFailure({"dump", "-d", device()},
+                  device() + "/PhotoData/Photos.sqlite: not readable as a photo library"
+                             ": its tables cannot be read");
+}
+
 TEST_F(ProgramOutput, ShowsOnePhoto)
 {
     writeTwoPhotos();

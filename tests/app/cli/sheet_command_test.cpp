@@ -205,6 +205,21 @@ TEST_F(SheetProgram, ShowsTheThumbnailOfEachPhotoInItsPlace)
     expectThumbnails(photos);
 }
 
+TEST_F(SheetProgram, HasNoThumbnailsOfALibraryThatThePluginCannotRead)
+{
+    PhotosDatabase database = twoPhotos();
+    database.schema.attributes = false;
+    writeDatabase(m_scratch, "device", database);
+    const ProgramResult result = draw();
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ(m_scratch.path("sheet.png: 2 pictures\n"), result.output);
+    EXPECT_EQ("photolib: " + device() +
+                  "/PhotoData/Photos.sqlite: not readable as a photo library: its tables cannot be "
+                  "read; the sheet has no thumbnails\n",
+              result.errors);
+    EXPECT_EQ(layoutOf(2).size(), sheet().size());
+}
+
 TEST_F(SheetProgram, PutsALowPictureNextToItsName)
 {
     const QByteArray jpeg = jpegOf(fourFields({160, 40}));
