@@ -124,13 +124,20 @@ void FilterOptions::addAlbum(CLI::App &command)
         ->type_name("ALBUM");
 }
 
+void FilterOptions::requireKind(AssetKind kind)
+{
+    if (m_filter.kind && *m_filter.kind != kind)
+        throw CLI::ValidationError("--kind", "nothing is both a photo and a video");
+    m_filter.kind = kind;
+}
+
 // The device has a kind, too, which may be named before the command and behind it.
 void FilterOptions::addKind(CLI::App &command, CommonOptions &common)
 {
     const auto set = [this, &common](const std::string &word) {
         const std::pair<const char *, std::function<void()>> meanings[] = {
-            {"photo", [this] { m_filter.kind = AssetKind::Photo; }},
-            {"video", [this] { m_filter.kind = AssetKind::Video; }},
+            {"photo", [this] { requireKind(AssetKind::Photo); }},
+            {"video", [this] { requireKind(AssetKind::Video); }},
             {"ios", [&common] { common.kind = DeviceKind::Ios; }},
             {"classic", [&common] { common.kind = DeviceKind::Classic; }},
         };

@@ -46,6 +46,7 @@ public:
 private:
     void addAlbum(CLI::App &command);
     void addKind(CLI::App &command, CommonOptions &common);
+    void requireKind(AssetKind kind);
     void addType(CLI::App &command);
     void addDates(CLI::App &command);
     void addStates(CLI::App &command);

@@ -80,7 +80,7 @@ QString locationText(const Asset &asset)
 
 QString trashText(const Asset &asset)
 {
-    const QString date = QString::fromLatin1(isoDateText(asset.trashed, 0));
+    const QString date = QString::fromLatin1(isoDateText(asset.trashed, std::nullopt));
     if (!asset.isTrashed())
         return QString();
     return date.isEmpty() ? QStringLiteral("yes") : QStringLiteral("since ") + date;
