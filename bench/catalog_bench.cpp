@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <mutex>
 
 namespace {
 
@@ -51,14 +52,17 @@ private:
     static int keep(unsigned, void *, void *, void *sql)
     {
         const std::string text = static_cast<const char *>(sql);
+        const std::lock_guard<std::mutex> lock(s_mutex);
         if (text.compare(0, 6, "SELECT") == 0)
             s_all.push_back(text);
         return 0;
     }
 
+    static std::mutex s_mutex; // a reading has several threads
     static std::vector<std::string> s_all;
 };
 
+std::mutex StatementsOfReadings::s_mutex;
 std::vector<std::string> StatementsOfReadings::s_all;
 
 bool isWhole(const Catalog &catalog, const CatalogSize &size)

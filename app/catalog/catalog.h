@@ -40,10 +40,11 @@ struct Catalog {
     const Album *album(qint64 id) const;
 };
 
-/// Reads the local copy `database` of a Photos.sqlite, on the calling thread. Tables and columns
-/// are looked for, so that a library of any version is read as far as it goes. Throws Error, of the
-/// kind Damaged when it is not a database or has no photos' table, and of the kind Cancelled soon
-/// after `cancel` is. What the files hold bounds the memory that it takes.
+/// Reads the local copy `database` of a Photos.sqlite, on the calling thread and another one of its
+/// own, which has ended when it returns. Tables and columns are looked for, so that a library of
+/// any version is read as far as it goes. Throws Error, of the kind Damaged when it is not a
+/// database or has no photos' table, and of the kind Cancelled soon after `cancel` is. What the
+/// files hold bounds the memory that it takes.
 Catalog readCatalog(const QString &database, CancelToken &cancel);
 
 #endif // PHOTOLIB_CATALOG_CATALOG_H

@@ -1,12 +1,16 @@
 #include "catalog/library_tables.h"
 
 #include "base/error.h"
+#include "sqlite/row_allowance.h"
 #include "sqlite/sqlite_statement.h"
 
 #include <algorithm>
 #include <new>
 
 namespace {
+
+// Of the files, in a library as systems make them.
+const qint64 leastBytesPerRow = 256;
 
 [[noreturn]] void failToRead(const QString &database, const char *cause)
 {
@@ -44,6 +48,12 @@ void LibraryTables::readNames(const QString &database)
 bool LibraryTables::has(const QByteArray &table) const
 {
     return std::binary_search(m_names.begin(), m_names.end(), table);
+}
+
+std::size_t LibraryTables::roomFor(qint64 expected) const
+{
+    const qint64 most = databaseBytes(db()) / leastBytesPerRow;
+    return static_cast<std::size_t>(qBound(qint64(0), expected, most));
 }
 
 const std::vector<QByteArray> &LibraryTables::columns(const QByteArray &table)

@@ -19,7 +19,7 @@ class LibraryTables
 {
 public:
     /// Opens `database`. Throws Error of the kind Damaged when it has no schema that can be read.
-    /// `cancel` and `catalog` must outlive the object.
+    /// `cancel`, which must be for this reading only, and `catalog` must outlive the object.
     LibraryTables(const QString &database, CancelToken &cancel, Catalog &catalog);
 
     LibraryTables(const LibraryTables &) = delete;
@@ -28,6 +28,9 @@ public:
     sqlite3 *db() const { return m_connection.get(); }
 
     bool has(const QByteArray &table) const;
+
+    /// How many of `expected` rows to make room for: what the files cannot hold is no reason to.
+    std::size_t roomFor(qint64 expected) const;
 
     /// All names, ascending.
     const std::vector<QByteArray> &names() const { return m_names; }

@@ -11,6 +11,7 @@
 class RankedTexts
 {
 public:
+    RankedTexts() = default;
     explicit RankedTexts(const std::vector<QByteArray> &texts);
 
     /// The number of the text at this place in the list that was given.

@@ -11,9 +11,6 @@ namespace {
 // Of memory, in proportion to what a row takes of the files.
 const qint64 bytesPerAsset = 64;
 
-// Of the files, in a library as systems make them.
-const qint64 leastBytesPerRow = 256;
-
 // The numbers of the columns that are read.
 struct AssetColumns {
     explicit AssetColumns(TableScan &scan);
@@ -273,10 +270,8 @@ AssetRows readAssets(LibraryTables &tables, const QByteArray &table, qint64 expe
     AssetReader reader(tables, table);
     if (!reader.isReadable())
         throw Error(Error::Damaged, table.toStdString() + ": not readable as a table of photos");
-    // What the files cannot hold is not made room for.
-    const qint64 most = databaseBytes(tables.db()) / leastBytesPerRow;
     AssetRows rows;
-    reader.read(rows, static_cast<std::size_t>(qBound(qint64(0), expected, most)));
+    reader.read(rows, tables.roomFor(expected));
     putInOrder(rows);
     rows.ids.reserve(rows.assets.size());
     for (const Asset &asset : rows.assets)

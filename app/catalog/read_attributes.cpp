@@ -6,6 +6,9 @@
 
 namespace {
 
+// Of memory, in proportion to what a row takes of the files.
+const qint64 bytesPerRow = 64;
+
 // Offsets are stored in seconds.
 std::optional<int> minutesOf(std::optional<qint64> seconds)
 {
@@ -39,15 +42,49 @@ IdIndex indexByAttributes(const std::vector<AssetReferences> &references)
     return IdIndex(std::move(entries));
 }
 
-struct Description {
-    qint64 id = 0;
-    std::optional<qint64> attributes;
-    QByteArray text;
-};
-
-std::vector<Description> descriptions(LibraryTables &tables)
+// Where several name the same attributes, the first one by id.
+IdIndex descriptionsByAttributes(const std::vector<DescriptionRow> &rows)
 {
-    std::vector<Description> rows;
+    std::vector<std::pair<qint64, IdIndex::Position>> entries;
+    entries.reserve(rows.size());
+    IdIndex::Position position = 0;
+    for (const DescriptionRow &row : rows) {
+        if (row.attributes)
+            entries.emplace_back(*row.attributes, position);
+        ++position;
+    }
+    return IdIndex(std::move(entries));
+}
+
+} // namespace
+
+std::vector<AttributesRow> readAttributes(LibraryTables &tables, qint64 expected)
+{
+    std::vector<AttributesRow> rows;
+    rows.reserve(tables.roomFor(expected));
+    TableScan scan(tables, "ZADDITIONALASSETATTRIBUTES");
+    const int id = scan.require("Z_PK");
+    const int asset = scan.require("ZASSET");
+    const int offset = scan.want("ZTIMEZONEOFFSET");
+    const int originalName = scan.want("ZORIGINALFILENAME");
+    const int title = scan.want("ZTITLE");
+    const int size = scan.want("ZORIGINALFILESIZE");
+    const int description = scan.want("ZASSETDESCRIPTION");
+    scan.setRowBytes(bytesPerRow);
+    while (scan.next()) {
+        const std::optional<qint64> attributes = scan.integer(id);
+        const std::optional<qint64> owner = scan.integer(asset);
+        if (attributes && owner)
+            rows.push_back({*attributes, *owner, scan.integer(description),
+                            minutesOf(scan.integer(offset)), scan.integer(size),
+                            scan.text(originalName), scan.text(title)});
+    }
+    return rows;
+}
+
+std::vector<DescriptionRow> readDescriptions(LibraryTables &tables)
+{
+    std::vector<DescriptionRow> rows;
     TableScan scan(tables, "ZASSETDESCRIPTION");
     const int id = scan.require("Z_PK");
     const int text = scan.require("ZLONGDESCRIPTION");
@@ -59,59 +96,34 @@ std::vector<Description> descriptions(LibraryTables &tables)
     return rows;
 }
 
-// Where several name the same attributes, the first one by id.
-IdIndex descriptionsByAttributes(const std::vector<Description> &rows)
+void setAttributes(AssetRows &rows, std::vector<AttributesRow> attributes)
 {
-    std::vector<std::pair<qint64, IdIndex::Position>> entries;
-    entries.reserve(rows.size());
-    IdIndex::Position position = 0;
-    for (const Description &row : rows) {
-        if (row.attributes)
-            entries.emplace_back(*row.attributes, position);
-        ++position;
-    }
-    return IdIndex(std::move(entries));
-}
-
-} // namespace
-
-void readAttributes(LibraryTables &tables, AssetRows &rows)
-{
-    TableScan scan(tables, "ZADDITIONALASSETATTRIBUTES");
-    const int id = scan.require("Z_PK");
-    const int asset = scan.require("ZASSET");
-    const int offset = scan.want("ZTIMEZONEOFFSET");
-    const int originalName = scan.want("ZORIGINALFILENAME");
-    const int title = scan.want("ZTITLE");
-    const int size = scan.want("ZORIGINALFILESIZE");
-    const int description = scan.want("ZASSETDESCRIPTION");
-    while (scan.next()) {
-        const std::optional<qint64> attributes = scan.integer(id);
-        const std::optional<IdIndex::Position> position = rows.byId.find(scan.integer(asset));
-        if (!attributes || !position || !replaces(*attributes, rows.references[*position]))
+    for (AttributesRow &row : attributes) {
+        const std::optional<IdIndex::Position> position = rows.byId.find(row.asset);
+        if (!position || !replaces(row.id, rows.references[*position]))
             continue;
-        rows.references[*position].attributes = attributes;
-        rows.references[*position].description = scan.integer(description);
+        rows.references[*position].attributes = row.id;
+        rows.references[*position].description = row.description;
         Asset &named = rows.assets[*position];
-        named.utcOffset = minutesOf(scan.integer(offset));
-        named.originalName = scan.sharedText(originalName, named.fileName);
-        named.title = scan.text(title);
-        named.size = scan.integer(size);
+        named.utcOffset = row.utcOffset;
+        named.originalName =
+            row.originalName == named.fileName ? named.fileName : std::move(row.originalName);
+        named.title = std::move(row.title);
+        named.size = row.size;
     }
     rows.byAttributes = indexByAttributes(rows.references);
 }
 
-void readDescriptions(LibraryTables &tables, AssetRows &rows)
+void setCaptions(AssetRows &rows, const std::vector<DescriptionRow> &descriptions)
 {
-    const std::vector<Description> all = descriptions(tables);
-    const IdIndex byId = indexOf(all);
-    const IdIndex byAttributes = descriptionsByAttributes(all);
+    const IdIndex byId = indexOf(descriptions);
+    const IdIndex byAttributes = descriptionsByAttributes(descriptions);
     for (std::size_t position = 0; position < rows.assets.size(); ++position) {
         const AssetReferences &references = rows.references[position];
         std::optional<IdIndex::Position> found = byId.find(references.description);
         if (!found)
             found = byAttributes.find(references.attributes);
         if (found)
-            rows.assets[position].caption = all[*found].text;
+            rows.assets[position].caption = descriptions[*found].text;
     }
 }

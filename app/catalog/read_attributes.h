@@ -4,11 +4,35 @@
 #include "catalog/asset_rows.h"
 #include "catalog/library_tables.h"
 
-/// Reads what the additional attributes tell of the photos and videos in `rows`, and sets the index
-/// of these by them.
-void readAttributes(LibraryTables &tables, AssetRows &rows);
+/// Additional attributes of a photo or video.
+struct AttributesRow {
+    qint64 id = 0;
+    qint64 asset = 0;
+    std::optional<qint64> description;
+    std::optional<int> utcOffset; ///< whole minutes
+    std::optional<qint64> size;
+    QByteArray originalName;
+    QByteArray title;
+};
 
-/// Reads the captions. The attributes must have been read.
-void readDescriptions(LibraryTables &tables, AssetRows &rows);
+/// A caption, of the attributes that name it or that it names.
+struct DescriptionRow {
+    qint64 id = 0;
+    std::optional<qint64> attributes;
+    QByteArray text;
+};
+
+/// There are perhaps `expected` rows.
+std::vector<AttributesRow> readAttributes(LibraryTables &tables, qint64 expected);
+
+std::vector<DescriptionRow> readDescriptions(LibraryTables &tables);
+
+/// Tells the photos and videos in `rows` of their attributes, whose texts are taken, and sets the
+/// index of the former by the latter.
+void setAttributes(AssetRows &rows, std::vector<AttributesRow> attributes);
+
+/// Tells the photos and videos in `rows`, which must have been told of their attributes, of their
+/// captions.
+void setCaptions(AssetRows &rows, const std::vector<DescriptionRow> &descriptions);
 
 #endif // PHOTOLIB_CATALOG_READ_ATTRIBUTES_H

@@ -7,21 +7,75 @@
 #include "catalog/read_members.h"
 #include "catalog/read_people.h"
 
+#include <future>
+
+namespace {
+
+// What can be read before the photos and videos are known.
+struct OtherRows {
+    std::vector<AttributesRow> attributes;
+    std::vector<DescriptionRow> descriptions;
+    KeywordRows keywords;
+    PeopleRows people;
+    AlbumRows albums;
+    std::vector<MemberRow> members;
+    Catalog told; // what is missing and unread
+};
+
+// Of each photo or video there are attributes.
+OtherRows readOthers(const QString &database, CancelToken &cancel, const EntityNumbers &numbers,
+                     qint64 expectedAssets)
+{
+    OtherRows rows;
+    LibraryTables tables(database, cancel, rows.told);
+    rows.attributes = readAttributes(tables, expectedAssets);
+    rows.descriptions = readDescriptions(tables);
+    rows.keywords = readKeywords(tables, numbers);
+    rows.people = readPeople(tables);
+    rows.albums = readAlbums(tables);
+    rows.members = readMembers(tables, numbers, rows.albums.albums);
+    return rows;
+}
+
+void append(Catalog &catalog, const Catalog &told)
+{
+    catalog.missing.insert(catalog.missing.end(), told.missing.begin(), told.missing.end());
+    catalog.unread.insert(catalog.unread.end(), told.unread.begin(), told.unread.end());
+}
+
+void join(Catalog &catalog, AssetRows assets, OtherRows others)
+{
+    setAttributes(assets, std::move(others.attributes));
+    // Each sets fields of its own.
+    std::future<void> albums = std::async(
+        [&] { catalog.albums = setMembers(assets, std::move(others.albums), others.members); });
+    setCaptions(assets, others.descriptions);
+    setKeywords(assets, others.keywords);
+    catalog.people = setPeople(assets, std::move(others.people));
+    albums.get();
+    catalog.assets = std::move(assets.assets);
+}
+
+} // namespace
+
 Catalog readCatalog(const QString &database, CancelToken &cancel)
 {
+    CancelToken assetsCancel, othersCancel;
+    const CancelHook hook(cancel, [&] {
+        assetsCancel.cancel();
+        othersCancel.cancel();
+    });
     Catalog catalog;
-    LibraryTables tables(database, cancel, catalog);
-    const QByteArray assets = assetTable(tables);
+    LibraryTables tables(database, assetsCancel, catalog);
+    const QByteArray table = assetTable(tables);
     const EntityNumbers numbers(tables);
-    const char *const entity = assets == "ZASSET" ? "Asset" : "GenericAsset";
-    AssetRows rows = readAssets(tables, assets, numbers.highestId(entity));
-    readAttributes(tables, rows);
-    readDescriptions(tables, rows);
-    readKeywords(tables, numbers, rows);
-    catalog.people = readPeople(tables, rows);
-    AlbumRows albums = readAlbums(tables);
-    readMembers(tables, numbers, rows, albums);
-    catalog.assets = std::move(rows.assets);
-    catalog.albums = std::move(albums.albums);
+    const qint64 expected = numbers.highestId(table == "ZASSET" ? "Asset" : "GenericAsset");
+    // Where no thread can be started, they are read when they are waited for.
+    std::future<OtherRows> others =
+        std::async([&] { return readOthers(database, othersCancel, numbers, expected); });
+    AssetRows assets = readAssets(tables, table, expected);
+    OtherRows otherRows = others.get();
+    append(catalog, otherRows.told);
+    join(catalog, std::move(assets), std::move(otherRows));
     return catalog;
 }

@@ -1,7 +1,5 @@
 #include "catalog/read_keywords.h"
 
-#include "catalog/links.h"
-#include "catalog/ranked_texts.h"
 #include "catalog/table_scan.h"
 
 namespace {
@@ -30,37 +28,41 @@ Keywords keywords(LibraryTables &tables)
     return keywords;
 }
 
-// Of the positions of assets and the ranks of titles.
-std::vector<Links::Link> links(LibraryTables &tables, const FoundJoin &join, const AssetRows &rows,
-                               const Keywords &keywords, const RankedTexts &titles)
+// Of attributes and the ranks of titles.
+std::vector<LinkRow> links(LibraryTables &tables, const FoundJoin &join, const Keywords &keywords,
+                           const RankedTexts &titles)
 {
-    std::vector<Links::Link> links;
+    std::vector<LinkRow> links;
     TableScan scan(tables, join.table);
     const int attributes = scan.require(join.owner);
     const int keyword = scan.require(join.item);
     while (scan.next()) {
-        const std::optional<IdIndex::Position> asset =
-            rows.byAttributes.find(scan.integer(attributes));
+        const std::optional<qint64> owner = scan.integer(attributes);
         const std::optional<IdIndex::Position> title = keywords.byId.find(scan.integer(keyword));
-        if (asset && title)
-            links.emplace_back(*asset, titles.rank(*title));
+        if (owner && title)
+            links.push_back({*owner, titles.rank(*title)});
     }
     return links;
 }
 
 } // namespace
 
-void readKeywords(LibraryTables &tables, const EntityNumbers &numbers, AssetRows &rows)
+KeywordRows readKeywords(LibraryTables &tables, const EntityNumbers &numbers)
 {
     const FoundJoin join = keywordJoinTable(tables, numbers);
     const Keywords all = keywords(tables);
-    if (join.table.isEmpty())
-        return;
-    const RankedTexts titles(all.titles);
-    Links titlesOfAssets(rows.assets.size(), links(tables, join, rows, all, titles));
+    KeywordRows rows = {RankedTexts(all.titles), {}};
+    if (!join.table.isEmpty())
+        rows.links = links(tables, join, all, rows.titles);
+    return rows;
+}
+
+void setKeywords(AssetRows &rows, const KeywordRows &keywords)
+{
+    Links titlesOfAssets(rows.assets.size(), joined(keywords.links, rows.byAttributes));
     for (std::size_t asset = 0; asset < rows.assets.size(); ++asset) {
         const Links::Numbers ranks = titlesOfAssets.of(asset);
         if (!ranks.isEmpty())
-            rows.assets[asset].keywords = titles.texts(ranks);
+            rows.assets[asset].keywords = keywords.titles.texts(ranks);
     }
 }

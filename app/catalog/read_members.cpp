@@ -36,20 +36,13 @@ bool isInJoinTable(AlbumKind kind)
     return kind != AlbumKind::Import && kind != AlbumKind::Folder;
 }
 
-void appendMembers(LibraryTables &tables, const FoundJoin &join, const AssetRows &rows,
-                   const std::vector<Album> &albums, std::vector<Member> &members)
+void appendMembers(const AssetRows &rows, const std::vector<MemberRow> &found,
+                   std::vector<Member> &members)
 {
-    const IdIndex albumsById = indexOf(albums);
-    TableScan scan(tables, join.table);
-    const int album = scan.require(join.owner);
-    const int asset = scan.require(join.item);
-    const int place = scan.want("Z_FOK_" + join.item.mid(2)); // without its "Z_"
-    while (scan.next()) {
-        const std::optional<IdIndex::Position> holder = albumsById.find(scan.integer(album));
-        if (!holder || !isInJoinTable(albums[*holder].kind))
-            continue;
-        if (const auto held = rows.byId.find(scan.integer(asset)))
-            members.push_back(member(*holder, *held, scan.integer(place)));
+    members.reserve(found.size());
+    for (const MemberRow &row : found) {
+        if (const std::optional<IdIndex::Position> held = rows.byId.find(row.asset))
+            members.push_back({row.album, *held, row.place, row.hasPlace});
     }
 }
 
@@ -178,13 +171,35 @@ private:
 
 } // namespace
 
-void readMembers(LibraryTables &tables, const EntityNumbers &numbers, AssetRows &rows,
-                 AlbumRows &albums)
+std::vector<MemberRow> readMembers(LibraryTables &tables, const EntityNumbers &numbers,
+                                   const std::vector<Album> &albums)
+{
+    std::vector<MemberRow> members;
+    const FoundJoin join = albumJoinTable(tables, numbers);
+    if (join.table.isEmpty())
+        return members;
+    const IdIndex albumsById = indexOf(albums);
+    TableScan scan(tables, join.table);
+    const int album = scan.require(join.owner);
+    const int asset = scan.require(join.item);
+    const int place = scan.want("Z_FOK_" + join.item.mid(2)); // without its "Z_"
+    while (scan.next()) {
+        const std::optional<IdIndex::Position> holder = albumsById.find(scan.integer(album));
+        if (!holder || !isInJoinTable(albums[*holder].kind))
+            continue;
+        const std::optional<qint64> held = scan.integer(asset);
+        const std::optional<qint64> rank = scan.integer(place);
+        if (held)
+            members.push_back({*holder, rank.has_value(), *held, rank.value_or(0)});
+    }
+    return members;
+}
+
+std::vector<Album> setMembers(AssetRows &rows, AlbumRows albums,
+                              const std::vector<MemberRow> &found)
 {
     std::vector<Member> members;
-    const FoundJoin join = albumJoinTable(tables, numbers);
-    if (!join.table.isEmpty())
-        appendMembers(tables, join, rows, albums.albums, members);
+    appendMembers(rows, found, members);
     appendImports(rows, albums.albums, members);
     std::vector<std::vector<Member>> lists = byAlbum(members, albums.albums.size());
     Holdings holdings(rows);
@@ -195,4 +210,5 @@ void readMembers(LibraryTables &tables, const EntityNumbers &numbers, AssetRows 
         holdings.add(static_cast<quint32>(position), album, lists[position]);
     }
     holdings.tellAssets(albums.albums);
+    return std::move(albums.albums);
 }

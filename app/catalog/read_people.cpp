@@ -1,6 +1,5 @@
 #include "catalog/read_people.h"
 
-#include "catalog/links.h"
 #include "catalog/ranked_texts.h"
 #include "catalog/rows_by_id.h"
 #include "catalog/table_scan.h"
@@ -58,20 +57,19 @@ FaceColumns faceColumns(LibraryTables &tables)
     return known[0];
 }
 
-// Of the positions of assets and people.
-std::vector<Links::Link> faces(LibraryTables &tables, const AssetRows &rows, const IdIndex &people)
+// Of photos and videos and the positions of people.
+std::vector<LinkRow> faces(LibraryTables &tables, const IdIndex &people)
 {
-    std::vector<Links::Link> faces;
+    std::vector<LinkRow> faces;
     const FaceColumns columns = faceColumns(tables);
     TableScan scan(tables, faceTable);
     const int asset = scan.require(columns.asset);
     const int person = scan.require(columns.person);
     while (scan.next()) {
         const std::optional<IdIndex::Position> shown = people.find(scan.integer(person));
-        const std::optional<IdIndex::Position> photo =
-            shown ? rows.byId.find(scan.integer(asset)) : std::nullopt;
+        const std::optional<qint64> photo = shown ? scan.integer(asset) : std::nullopt;
         if (photo)
-            faces.emplace_back(*photo, *shown);
+            faces.push_back({*photo, *shown});
     }
     return faces;
 }
@@ -108,11 +106,18 @@ void setAssets(std::vector<Person> &people, const AssetRows &rows, std::vector<L
 
 } // namespace
 
-std::vector<Person> readPeople(LibraryTables &tables, AssetRows &rows)
+PeopleRows readPeople(LibraryTables &tables)
 {
-    std::vector<Person> people = namedPeople(tables);
-    const std::vector<Links::Link> all = faces(tables, rows, indexOf(people));
-    setNames(rows, people, all);
-    setAssets(people, rows, all);
-    return people;
+    PeopleRows rows;
+    rows.people = namedPeople(tables);
+    rows.faces = faces(tables, indexOf(rows.people));
+    return rows;
+}
+
+std::vector<Person> setPeople(AssetRows &rows, PeopleRows people)
+{
+    const std::vector<Links::Link> faces = joined(people.faces, rows.byId);
+    setNames(rows, people.people, faces);
+    setAssets(people.people, rows, faces);
+    return std::move(people.people);
 }
