@@ -46,3 +46,12 @@ std::optional<IdIndex::Position> IdIndex::search(qint64 id) const
     const bool isFound = found != m_sorted.end() && found->first == id;
     return isFound ? std::optional<Position>(found->second) : std::nullopt;
 }
+
+IdIndex indexOfIds(const std::vector<qint64> &ids)
+{
+    std::vector<IdIndex::Entry> entries;
+    entries.reserve(ids.size());
+    for (const qint64 id : ids)
+        entries.emplace_back(id, static_cast<IdIndex::Position>(entries.size()));
+    return IdIndex(std::move(entries));
+}

@@ -43,6 +43,9 @@ private:
     std::vector<Entry> m_sorted;   // where the ids are too far apart for a table
 };
 
+/// The index of rows that have these ids.
+IdIndex indexOfIds(const std::vector<qint64> &ids);
+
 /// The index of `rows` by their member `id`.
 template <typename Row>
 IdIndex indexOf(const std::vector<Row> &rows)

@@ -4,6 +4,7 @@
 #include "catalog/table_scan.h"
 
 #include <algorithm>
+#include <functional>
 #include <numeric>
 
 namespace {
@@ -126,6 +127,7 @@ void AssetReader::read(AssetRows &rows, std::size_t expected)
 {
     rows.assets.reserve(expected);
     rows.references.reserve(expected);
+    rows.ids.reserve(expected);
     while (m_scan.next()) {
         const std::optional<qint64> id = m_scan.integer(m_columns.id);
         const std::optional<AssetKind> rowKind = kind();
@@ -153,6 +155,7 @@ void AssetReader::append(AssetRows &rows, qint64 id, AssetKind kind)
     readPicture(asset);
     readTypes(asset);
     rows.references.push_back(references());
+    rows.ids.push_back(id);
 }
 
 void AssetReader::readNames(Asset &asset)
@@ -227,27 +230,25 @@ std::optional<bool> AssetReader::flag(int column) const
     return column == TableScan::none ? std::nullopt : std::optional<bool>(m_scan.code(column) != 0);
 }
 
-bool isAscending(const std::vector<Asset> &assets)
+bool isAscending(const std::vector<qint64> &ids)
 {
-    return std::adjacent_find(assets.begin(), assets.end(), [](const Asset &a, const Asset &b) {
-               return a.id >= b.id;
-           }) == assets.end();
+    return std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<>()) == ids.end();
 }
 
 // Of a sound table the rows come by id, and each id once.
 void putInOrder(AssetRows &rows)
 {
-    if (isAscending(rows.assets))
+    if (isAscending(rows.ids))
         return;
-    std::vector<std::size_t> order(rows.assets.size());
+    std::vector<std::size_t> order(rows.ids.size());
     std::iota(order.begin(), order.end(), std::size_t(0));
-    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-        return rows.assets[a].id < rows.assets[b].id;
-    });
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return rows.ids[a] < rows.ids[b]; });
     AssetRows ordered;
     for (const std::size_t position : order) {
-        if (!ordered.assets.empty() && ordered.assets.back().id == rows.assets[position].id)
+        if (!ordered.ids.empty() && ordered.ids.back() == rows.ids[position])
             continue;
+        ordered.ids.push_back(rows.ids[position]);
         ordered.assets.push_back(std::move(rows.assets[position]));
         ordered.references.push_back(rows.references[position]);
     }
@@ -273,9 +274,6 @@ AssetRows readAssets(LibraryTables &tables, const QByteArray &table, qint64 expe
     AssetRows rows;
     reader.read(rows, tables.roomFor(expected));
     putInOrder(rows);
-    rows.ids.reserve(rows.assets.size());
-    for (const Asset &asset : rows.assets)
-        rows.ids.push_back(asset.id);
-    rows.byId = indexOf(rows.assets);
+    rows.byId = indexOfIds(rows.ids);
     return rows;
 }

@@ -46,13 +46,14 @@ void append(Catalog &catalog, const Catalog &told)
 void join(Catalog &catalog, AssetRows assets, OtherRows others)
 {
     setAttributes(assets, std::move(others.attributes));
-    // Each sets fields of its own.
-    std::future<void> albums = std::async(
-        [&] { catalog.albums = setMembers(assets, std::move(others.albums), others.members); });
-    setCaptions(assets, others.descriptions);
+    // Each thread sets fields of its own.
+    std::future<std::vector<Album>> albums = std::async([&] {
+        setCaptions(assets, others.descriptions);
+        return setMembers(assets, std::move(others.albums), others.members);
+    });
     setKeywords(assets, others.keywords);
     catalog.people = setPeople(assets, std::move(others.people));
-    albums.get();
+    catalog.albums = albums.get();
     catalog.assets = std::move(assets.assets);
 }
 

@@ -157,7 +157,11 @@ QByteArray TableScan::uuid(int column)
 void toUpperCase(QByteArray &text)
 {
     const auto isLower = [](char letter) { return letter >= 'a' && letter <= 'z'; };
-    if (std::none_of(text.cbegin(), text.cend(), isLower))
+    // To the end, as it is mostly: such a loop takes many letters at once.
+    bool hasLower = false;
+    for (const char letter : qAsConst(text))
+        hasLower |= isLower(letter);
+    if (!hasLower)
         return;
     for (char &letter : text) {
         if (isLower(letter))
