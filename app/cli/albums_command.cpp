@@ -15,6 +15,13 @@ void writeAlbums(bool isJson, const LibrarySession &session, Output &output)
         writeAlbumsAsTable(session.catalog(), output);
 }
 
+int runAlbums(const CommandContext &context, bool isJson)
+{
+    return runOnLibrary(context, [isJson](LibrarySession &session, Output &output) {
+        writeAlbums(isJson, session, output);
+    });
+}
+
 } // namespace
 
 void addAlbumsCommand(CLI::App &app, CommandContext &context)
@@ -30,10 +37,6 @@ void addAlbumsCommand(CLI::App &app, CommandContext &context)
                     "  photolib albums -d /media/phone\n"
                     "  photolib photos -d /media/phone --album 12   what is in one of them");
     command->callback([&context, isJson] {
-        context.run = [&context, isJson] {
-            return runOnLibrary(context, [isJson](LibrarySession &session, Output &output) {
-                writeAlbums(*isJson, session, output);
-            });
-        };
+        context.run = [&context, isJson] { return runAlbums(context, *isJson); };
     });
 }
