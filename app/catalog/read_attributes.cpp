@@ -58,9 +58,9 @@ IdIndex descriptionsByAttributes(const std::vector<DescriptionRow> &rows)
 
 } // namespace
 
-std::vector<AttributesRow> readAttributes(LibraryTables &tables, qint64 expected)
+std::vector<StoredAttributes> readAttributes(LibraryTables &tables, qint64 expected)
 {
-    std::vector<AttributesRow> rows;
+    std::vector<StoredAttributes> rows;
     rows.reserve(tables.roomFor(expected));
     TableScan scan(tables, "ZADDITIONALASSETATTRIBUTES");
     const int id = scan.require("Z_PK");
@@ -96,9 +96,9 @@ std::vector<DescriptionRow> readDescriptions(LibraryTables &tables)
     return rows;
 }
 
-void setAttributes(AssetRows &rows, std::vector<AttributesRow> attributes)
+void setAttributes(AssetRows &rows, std::vector<StoredAttributes> attributes)
 {
-    for (AttributesRow &row : attributes) {
+    for (StoredAttributes &row : attributes) {
         const std::optional<IdIndex::Position> position = rows.byId.find(row.asset);
         if (!position || !replaces(row.id, rows.references[*position]))
             continue;

@@ -5,7 +5,7 @@
 #include "catalog/library_tables.h"
 
 /// Additional attributes of a photo or video.
-struct AttributesRow {
+struct StoredAttributes {
     qint64 id = 0;
     qint64 asset = 0;
     std::optional<qint64> description;
@@ -23,13 +23,13 @@ struct DescriptionRow {
 };
 
 /// There are perhaps `expected` rows.
-std::vector<AttributesRow> readAttributes(LibraryTables &tables, qint64 expected);
+std::vector<StoredAttributes> readAttributes(LibraryTables &tables, qint64 expected);
 
 std::vector<DescriptionRow> readDescriptions(LibraryTables &tables);
 
 /// Tells the photos and videos in `rows` of their attributes, whose texts are taken, and sets the
 /// index of the former by the latter.
-void setAttributes(AssetRows &rows, std::vector<AttributesRow> attributes);
+void setAttributes(AssetRows &rows, std::vector<StoredAttributes> attributes);
 
 /// Tells the photos and videos in `rows`, which must have been told of their attributes, of their
 /// captions.

@@ -13,7 +13,7 @@ namespace {
 
 // What can be read before the photos and videos are known.
 struct OtherRows {
-    std::vector<AttributesRow> attributes;
+    std::vector<StoredAttributes> attributes;
     std::vector<DescriptionRow> descriptions;
     KeywordRows keywords;
     PeopleRows people;
