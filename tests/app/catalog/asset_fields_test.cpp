@@ -219,7 +219,7 @@ TEST_F(AssetFields, TellPanoramasByWhatTheCameraDidUntil2019)
     const Catalog catalog = catalogOf(writer);
     EXPECT_EQ("panorama", asset(catalog, 1).at("types"));
     EXPECT_EQ("", asset(catalog, 2).at("types"));
-    EXPECT_EQ("", asset(catalog, 3).at("types"));
+    EXPECT_EQ("panorama", asset(catalog, 3).at("types"));
 }
 
 TEST_F(AssetFields, TellAnEditByEitherColumn)
