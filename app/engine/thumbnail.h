@@ -50,8 +50,8 @@ struct StoredThumbnail {
 
 /// Reads the thumbnail of `asset`, a photo or video of the library, or the largest picture where
 /// that is but an icon, as the smallest of a classic iPod often is. A file that cannot be read is
-/// noted in `session`. There is none in a library that the plug-in cannot read. Throws Error when the
-/// device is gone.
+/// noted in `session`. There is none in a library that the plug-in cannot read. Throws Error when
+/// the device is gone.
 StoredThumbnail storedThumbnail(LibrarySession &session, const Asset &asset);
 
 /// A picture to look at.
