@@ -158,31 +158,47 @@ void AtomicFile::setModified(qint64 nanoseconds)
     check(::futimens(m_fd.get(), times));
 }
 
-bool AtomicFile::giveName(const QByteArray &name)
+void AtomicFile::startStoring()
 {
-    if (m_temporaryName.isEmpty())
-        return linkTo(name);
-    return renameTo(name);
+    // What goes wrong here shows when the file is stored.
+    ::sync_file_range(m_fd.get(), 0, 0, SYNC_FILE_RANGE_WRITE);
 }
 
-void AtomicFile::replace(const QByteArray &name)
+void AtomicFile::store()
+{
+    while (::fdatasync(m_fd.get()) != 0) {
+        if (errno == EINVAL) // a disk that cannot be told to
+            return;
+        if (errno != EINTR)
+            fail(errno);
+    }
+}
+
+bool AtomicFile::giveName(int folder, const QByteArray &name)
+{
+    if (m_temporaryName.isEmpty())
+        return linkTo(folder, name);
+    return renameTo(folder, name);
+}
+
+void AtomicFile::replace(int folder, const QByteArray &name)
 {
     if (m_temporaryName.isEmpty()) {
         takeTemporaryName();
-        if (!linkTo(m_temporaryName)) {
+        if (!linkTo(m_folder, m_temporaryName)) {
             dropTemporaryName(); // it is somebody else's
             fail(EEXIST);
         }
     }
     close();
-    check(::renameat(m_folder, m_temporaryName.constData(), m_folder, name.constData()));
+    check(::renameat(m_folder, m_temporaryName.constData(), folder, name.constData()));
     dropTemporaryName();
 }
 
-bool AtomicFile::linkTo(const QByteArray &name)
+bool AtomicFile::linkTo(int folder, const QByteArray &name)
 {
     const QByteArray self = "/proc/self/fd/" + QByteArray::number(m_fd.get());
-    if (::linkat(AT_FDCWD, self.constData(), m_folder, name.constData(), AT_SYMLINK_FOLLOW) == 0)
+    if (::linkat(AT_FDCWD, self.constData(), folder, name.constData(), AT_SYMLINK_FOLLOW) == 0)
         return true;
     if (errno != EEXIST)
         fail(errno);
@@ -197,11 +213,11 @@ void AtomicFile::close()
         check(::close(m_fd.release()));
 }
 
-bool AtomicFile::renameTo(const QByteArray &name)
+bool AtomicFile::renameTo(int folder, const QByteArray &name)
 {
     close();
-    const int result = ::renameat2(m_folder, m_temporaryName.constData(), m_folder,
-                                   name.constData(), RENAME_NOREPLACE);
+    const int result = ::renameat2(m_folder, m_temporaryName.constData(), folder, name.constData(),
+                                   RENAME_NOREPLACE);
     if (result == 0) {
         dropTemporaryName();
         return true;
@@ -210,34 +226,34 @@ bool AtomicFile::renameTo(const QByteArray &name)
         return false;
     if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP)
         fail(errno);
-    return linkAndRemove(name);
+    return linkAndRemove(folder, name);
 }
 
 // For disks and systems that cannot rename without replacing.
-bool AtomicFile::linkAndRemove(const QByteArray &name)
+bool AtomicFile::linkAndRemove(int folder, const QByteArray &name)
 {
-    if (::linkat(m_folder, m_temporaryName.constData(), m_folder, name.constData(), 0) == 0)
+    if (::linkat(m_folder, m_temporaryName.constData(), folder, name.constData(), 0) == 0)
         return true; // the end of the object removes the temporary name
     if (errno == EEXIST)
         return false;
-    return replacePlaceholder(name); // memory cards, and servers that look like one, have no links
+    return replacePlaceholder(folder, name); // memory cards, and servers that look like one
 }
 
 // What is replaced is an empty file that was made a moment before, where there was none. Only a
 // program that takes that one for its own and writes to it would lose something. To write the whole
 // file under its name would lose nothing, but show half a photo to everybody meanwhile, and leave
 // it behind if the program is killed.
-bool AtomicFile::replacePlaceholder(const QByteArray &name)
+bool AtomicFile::replacePlaceholder(int folder, const QByteArray &name)
 {
     const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    if (!UniqueFd(::openat(m_folder, name.constData(), flags, usualMode)).isOpen()) {
+    if (!UniqueFd(::openat(folder, name.constData(), flags, usualMode)).isOpen()) {
         if (errno != EEXIST)
             fail(errno);
         return false;
     }
-    if (::renameat(m_folder, m_temporaryName.constData(), m_folder, name.constData()) != 0) {
+    if (::renameat(m_folder, m_temporaryName.constData(), folder, name.constData()) != 0) {
         const int code = errno;
-        ::unlinkat(m_folder, name.constData(), 0);
+        ::unlinkat(folder, name.constData(), 0);
         fail(code);
     }
     dropTemporaryName();

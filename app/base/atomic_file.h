@@ -38,20 +38,32 @@ public:
     /// Sets the time of the last change, in nanoseconds since 1970-01-01 UTC.
     void setModified(qint64 nanoseconds);
 
+    /// Has the disk begin to store what is written so far, without waiting for it.
+    void startStoring();
+
+    /// Returns when the content is stored, so that it outlasts a loss of power.
+    void store();
+
     /// Gives the file its name. False when anything, a dangling link too, has that name
     /// already; another one may be tried then. Nothing is replaced; only where the disk can
     /// neither rename without replacing nor link, the file is an empty one for a moment, which
     /// a program that is killed in it leaves behind.
-    bool giveName(const QByteArray &name);
+    bool giveName(const QByteArray &name) { return giveName(m_folder, name); }
+
+    /// The same in another folder of the same disk, which the descriptor `folder` holds open.
+    bool giveName(int folder, const QByteArray &name);
 
     /// Gives the file its name and replaces a file or link that has it.
-    void replace(const QByteArray &name);
+    void replace(const QByteArray &name) { replace(m_folder, name); }
+
+    /// The same in another folder of the same disk, which the descriptor `folder` holds open.
+    void replace(int folder, const QByteArray &name);
 
 private:
-    bool linkTo(const QByteArray &name);
-    bool renameTo(const QByteArray &name);
-    bool linkAndRemove(const QByteArray &name);
-    bool replacePlaceholder(const QByteArray &name);
+    bool linkTo(int folder, const QByteArray &name);
+    bool renameTo(int folder, const QByteArray &name);
+    bool linkAndRemove(int folder, const QByteArray &name);
+    bool replacePlaceholder(int folder, const QByteArray &name);
     void close();
     void takeTemporaryName();
     void dropTemporaryName();

@@ -1,62 +1,153 @@
 #include "engine/export_folder.h"
 
-#include "base/error.h"
-#include "base/file_names.h"
 #include "base/folders.h"
+#include "base/sha256.h"
 
+#include <cerrno>
 #include <fcntl.h>
+#include <limits>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <system_error>
+#include <unistd.h>
 
-ExportFolder::ExportFolder(const QByteArray &path) : m_path(path), m_fd(openFolder(path))
+namespace {
+
+constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr mode_t usualMode = 0777; // less what the umask takes
+
+[[noreturn]] void fail(int code)
 {
-    FileError error;
-    QList<QByteArray> names;
-    // Name by name, since a link in the folder is nobody's photo.
-    m_files = FolderFileSystem::openFolder(path, &error, FolderFileSystem::Confinement::NameByName);
-    if (!m_files || !m_files->list("", &names, &error))
-        throw Error(path.toStdString(), error.text.toStdString());
-    for (const QByteArray &name : names)
-        m_holding.insert(comparedName(name), name);
+    throw std::system_error(code, std::generic_category());
 }
 
-int ExportFolder::firstUnclaimed(const QByteArray &name)
+// Empty for a file of the folder itself.
+QByteArray folderOf(const QByteArray &path)
 {
-    int &number = m_firstUnclaimed[comparedName(name)];
-    number = qMax(number, 1);
-    while (isClaimed(numberedName(name, number)))
-        ++number;
-    return number;
+    return path.left(qMax(path.lastIndexOf('/'), 0));
 }
 
-bool ExportFolder::isClaimed(const QByteArray &name) const
+QByteArray nameOf(const QByteArray &path)
 {
-    return m_claimed.count(comparedName(name)) != 0;
+    return path.mid(path.lastIndexOf('/') + 1);
 }
 
-void ExportFolder::claim(const QByteArray &name)
+UniqueFd openFolderAt(int parent, const QByteArray &name, bool isMade)
 {
-    m_claimed.insert(comparedName(name));
+    UniqueFd folder(::openat(parent, name.constData(), folderFlags));
+    if (folder.isOpen() || errno != ENOENT || !isMade)
+        return folder;
+    if (::mkdirat(parent, name.constData(), usualMode) != 0 && errno != EEXIST)
+        return UniqueFd();
+    return UniqueFd(::openat(parent, name.constData(), folderFlags));
 }
 
-QList<QByteArray> ExportFolder::holding(const QByteArray &name) const
+} // namespace
+
+ExportFolder::ExportFolder(const QByteArray &path) : m_path(path), m_fd(openFolder(path)) {}
+
+// Leaves errno set when it returns false.
+bool ExportFolder::enter(const QByteArray &folder, bool isMade)
 {
-    QList<QByteArray> names = m_holding.values(comparedName(name));
-    struct stat ignored = {};
-    const bool isThere =
-        ::fstatat(m_fd.get(), name.constData(), &ignored, AT_SYMLINK_NOFOLLOW) == 0;
-    if (isThere && !names.contains(name))
-        names.append(name);
-    return names;
+    if (folder == m_enteredPath && (m_entered.isOpen() || folder.isEmpty()))
+        return true;
+    m_enteredPath.clear();
+    m_entered = UniqueFd();
+    UniqueFd current;
+    if (!folder.isEmpty()) {
+        for (const QByteArray &name : folder.split('/')) {
+            current = openFolderAt(current.isOpen() ? current.get() : fd(), name, isMade);
+            if (!current.isOpen())
+                return false;
+        }
+    }
+    m_enteredPath = folder;
+    m_entered = std::move(current);
+    return true;
 }
 
-bool ExportFolder::info(const QByteArray &name, FileInfo *info)
+ExportFolder::Entry ExportFolder::entry(const QByteArray &path)
 {
-    FileError ignored;
-    return m_files->info(name, info, &ignored) && info->type == FileInfo::File;
+    if (!m_fd.isOpen())
+        return {};
+    if (!enter(folderOf(path), false))
+        return {errno == ENOENT ? Kind::Nothing : Kind::Blocked, 0};
+    struct stat status = {};
+    const int folder = m_entered.isOpen() ? m_entered.get() : fd();
+    if (::fstatat(folder, nameOf(path).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return {errno == ENOENT ? Kind::Nothing : Kind::Blocked, 0};
+    if (!S_ISREG(status.st_mode))
+        return {Kind::Other, 0};
+    return {Kind::File, status.st_size};
 }
 
-std::unique_ptr<DeviceFile> ExportFolder::open(const QByteArray &name)
+UniqueFd ExportFolder::open(const QByteArray &path)
 {
-    FileError ignored;
-    return m_files->open(name, &ignored);
+    if (!m_fd.isOpen() || !enter(folderOf(path), false))
+        return UniqueFd();
+    const int folder = m_entered.isOpen() ? m_entered.get() : fd();
+    UniqueFd file(::openat(folder, nameOf(path).constData(),
+                           O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat status = {};
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return UniqueFd();
+    return file;
+}
+
+int ExportFolder::folderFor(const QByteArray &path)
+{
+    if (!enter(folderOf(path), true))
+        fail(errno);
+    return m_entered.isOpen() ? m_entered.get() : fd();
+}
+
+void ExportFolder::storeNames(const QByteArray &path)
+{
+    if (::fsync(folderFor(path)) != 0 && errno != EINVAL)
+        fail(errno);
+}
+
+void ExportFolder::remove(const QByteArray &path)
+{
+    if (!enter(folderOf(path), false))
+        return;
+    const int folder = m_entered.isOpen() ? m_entered.get() : fd();
+    if (::unlinkat(folder, nameOf(path).constData(), 0) != 0 && errno != ENOENT)
+        fail(errno);
+}
+
+int ExportFolder::longestName() const
+{
+    constexpr int usual = 255;
+    struct statvfs status = {};
+    if (!m_fd.isOpen() || ::fstatvfs(fd(), &status) != 0 || status.f_namemax == 0)
+        return usual;
+    return static_cast<int>(qMin<unsigned long>(status.f_namemax, usual));
+}
+
+// Some disks, of other computers for instance, do not tell: they say that they have no blocks.
+qint64 ExportFolder::room() const
+{
+    struct statvfs status = {};
+    qint64 room = 0;
+    if (!m_fd.isOpen() || ::fstatvfs(fd(), &status) != 0 || status.f_blocks == 0 ||
+        __builtin_mul_overflow(status.f_bavail, status.f_frsize, &room))
+        return std::numeric_limits<qint64>::max();
+    return room;
+}
+
+QByteArray sha256OfFile(int file)
+{
+    constexpr int blockSize = 256 << 10;
+    QByteArray block(blockSize, Qt::Uninitialized);
+    Sha256 hash;
+    for (;;) {
+        const ssize_t count = ::read(file, block.data(), static_cast<size_t>(block.size()));
+        if (count == 0)
+            return hash.takeHex();
+        if (count < 0 && errno != EINTR)
+            return QByteArray();
+        if (count > 0)
+            hash.add(block.constData(), count);
+    }
 }

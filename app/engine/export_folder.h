@@ -2,53 +2,73 @@
 #define PHOTOLIB_ENGINE_EXPORT_FOLDER_H
 
 #include "base/unique_fd.h"
-#include "devices/folder_file_system.h"
 
-#include <QList>
-#include <QMap>
-#include <QString>
+#include <QByteArray>
+#include <QtGlobal>
 
-#include <memory>
-#include <set>
-
-/// The folder that photos are copied to, and which of its names are taken: by what was
-/// there before, and by the photos of this run, each of which claims a name of its own.
-/// Names that differ by case only count as one, so that the files fit on any disk.
+/// The folder that photos are exported to. Paths are below it, with "/" between names; no link in
+/// one is followed, so that nothing outside the folder is read or written.
+///
+/// For one thread at a time. Operations that write throw std::system_error when the disk refuses.
 class ExportFolder
 {
 public:
-    /// Opens the existing folder `path` and looks what is in it. Throws Error.
+    /// Opens the folder `path`, which may be named by a link. Throws Error unless it is there.
     explicit ExportFolder(const QByteArray &path);
+
+    /// Stands for a folder that is not there yet: nothing is in it, and nothing may be written.
+    ExportFolder() = default;
 
     const QByteArray &path() const { return m_path; }
 
     /// A descriptor of the folder, for as long as the object lives.
     int fd() const { return m_fd.get(); }
 
-    /// The number of the first name like `name` that no photo has claimed.
-    int firstUnclaimed(const QByteArray &name);
-    bool isClaimed(const QByteArray &name) const;
-    void claim(const QByteArray &name);
+    /// What a path leads to.
+    enum class Kind {
+        Nothing, ///< and a file may be written there
+        File,
+        Other,   ///< a folder or a link, say
+        Blocked, ///< no file may have the path: a link stands in place of one of its folders, say
+    };
 
-    /// What the folder holds under `name`: maybe in another case when it was there before,
-    /// and in this one also when another program has added it since.
-    QList<QByteArray> holding(const QByteArray &name) const;
+    struct Entry {
+        Kind kind = Kind::Nothing;
+        qint64 size = 0; ///< bytes of a file
+    };
 
-    /// Fills `*info` for a regular file of the folder. False for anything else, a link among it.
-    bool info(const QByteArray &name, FileInfo *info);
+    Entry entry(const QByteArray &path);
 
-    /// Opens a regular file of the folder for reading; null for anything else, a link
-    /// among it.
-    std::unique_ptr<DeviceFile> open(const QByteArray &name);
+    /// Opens the file `path` for reading; not open when it is none.
+    UniqueFd open(const QByteArray &path);
+
+    /// A descriptor of the folder that `path` is in, with the folders made that are missing. Valid
+    /// until the next call of any operation.
+    int folderFor(const QByteArray &path);
+
+    /// Has the disk store that the folder of `path` has the names that it has.
+    void storeNames(const QByteArray &path);
+
+    /// Removes the file `path`, if it is there.
+    void remove(const QByteArray &path);
+
+    /// The length in bytes of the longest name that the disk takes.
+    int longestName() const;
+
+    /// Bytes that may still be written; the largest number where the disk does not tell.
+    qint64 room() const;
 
 private:
-    const QByteArray m_path;
-    const UniqueFd m_fd;
-    std::unique_ptr<FolderFileSystem> m_files;
-    // Sorted: names that come from a device can be chosen so that a hash holds them for one.
-    QMultiMap<QString, QByteArray> m_holding; // by compared name
-    std::set<QString> m_claimed;              // compared names
-    QMap<QString, int> m_firstUnclaimed;      // by compared name; lower ones are claimed
+    bool enter(const QByteArray &folder, bool isMade);
+
+    QByteArray m_path;
+    UniqueFd m_fd;
+    QByteArray m_enteredPath; // below the folder
+    UniqueFd m_entered;       // not open for the folder itself
 };
+
+/// The SHA-256 of what is left to read of `file`, as 64 lower-case hexadecimal digits; null when it
+/// cannot be read.
+QByteArray sha256OfFile(int file);
 
 #endif // PHOTOLIB_ENGINE_EXPORT_FOLDER_H

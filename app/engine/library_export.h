@@ -1,30 +1,31 @@
 #ifndef PHOTOLIB_ENGINE_LIBRARY_EXPORT_H
 #define PHOTOLIB_ENGINE_LIBRARY_EXPORT_H
 
+#include "engine/export_plan.h"
 #include "engine/export_report.h"
-#include "engine/photo_filter.h"
-
-#include <QByteArray>
+#include "engine/export_request.h"
 
 class CancelToken;
 class LibrarySession;
 
-/// What to copy off a device, and where to.
-struct ExportRequest {
-    PhotoFilter filter;  ///< which photos and videos
-    QByteArray folder;   ///< created with its parents if necessary
-    bool verify = false; ///< compare the contents of what is there, not only size and time
-};
-
-/// Copies the files of photos and videos into a folder, each once, and of a classic iPod also what
-/// it stores of them, as `PhotoExport` does. What it has copied stays, whatever happens then.
+/// Exports the files of photos and videos to a folder, and fills `*result`, also when it throws.
 ///
-/// Throws Error for what the filter names and the library does not have, and for a folder that
-/// cannot be written, is a device or lies in one, with nothing copied; and when the device is gone
-/// or the disk full, and of the kind Cancelled once `cancel` is, with a text that tells how much
-/// was copied. What fails of one file is in the result. On the calling thread, which is that of
-/// `session`.
-ExportResult exportPhotos(LibrarySession &session, const ExportRequest &request,
-                          ExportObserver &observer, const CancelToken &cancel);
+/// A file that the folder's record knows, and that is there in the recorded size, is not read again.
+/// Every other one is copied to a file without a name, stored on the disk, and given its name and
+/// its place in the record then, so that a copy with a name is whole whatever happens. A name that
+/// is taken gets a number; nothing of a person's is replaced. What has been copied stays, and the
+/// next export goes on from there.
+///
+/// Throws Error for what the request names and the library does not have, for a folder that is a
+/// device or lies in one, or is too small, and for a record that cannot be read, with nothing
+/// copied; when the device is gone or the disk refuses to be written, and of the kind Cancelled soon
+/// after `cancel` is. What fails of one file is in the result. On the calling thread, which is that
+/// of `session`.
+void exportPhotos(LibrarySession &session, const ExportRequest &request, ExportObserver &observer,
+                  const CancelToken &cancel, ExportResult *result);
+
+/// What `exportPhotos` would do now. Writes nothing, and makes no folder; throws the same.
+ExportPlan exportPreview(LibrarySession &session, const ExportRequest &request,
+                         ExportObserver &observer, const CancelToken &cancel);
 
 #endif // PHOTOLIB_ENGINE_LIBRARY_EXPORT_H

@@ -404,7 +404,6 @@ void LibrarySession::requireDevice() const
         requireConnected(error);
 }
 
-// Once the device is gone every file looks missing.
 void LibrarySession::requireConnected(const FileError &error) const
 {
     if (error.kind == FileError::Disconnected)

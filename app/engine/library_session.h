@@ -106,6 +106,9 @@ public:
     /// be missing.
     void requireDevice() const;
 
+    /// Throws Error when `error` tells that the device is gone: then every file looks missing.
+    void requireConnected(const FileError &error) const;
+
     /// What the program knows of a classic iPod beyond the plug-in's records; null for an
     /// iOS device.
     const ClassicIpod *classicIpod() const { return m_device->classicIpod(); }
@@ -132,7 +135,6 @@ private:
     void openClassic(CancelToken &cancel);
     bool parse(CancelToken &cancel);
     void requireCopied(DatabaseCopy &copy, const CancelToken &cancel) const;
-    void requireConnected(const FileError &error) const;
 
     const LibraryOptions m_options;
     QByteArray m_damagedDatabase; // as a person knows it; empty when it is sound

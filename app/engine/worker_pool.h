@@ -1,6 +1,7 @@
 #ifndef PHOTOLIB_ENGINE_WORKER_POOL_H
 #define PHOTOLIB_ENGINE_WORKER_POOL_H
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -74,6 +75,13 @@ public:
         const auto task = std::make_shared<std::packaged_task<Result()>>(std::move(work));
         m_results.push_back(task->get_future());
         m_pool.add([task] { (*task)(); });
+    }
+
+    /// Whether the first result that is not taken yet, of which there must be one, is there within
+    /// `time`.
+    bool waitForFirst(std::chrono::milliseconds time) const
+    {
+        return m_results.front().wait_for(time) == std::future_status::ready;
     }
 
     /// Waits for the first result that is not taken yet; there must be one. Throws what its work

@@ -1,0 +1,12 @@
+#ifndef PHOTOLIB_ENGINE_CLASSIC_SOURCES_H
+#define PHOTOLIB_ENGINE_CLASSIC_SOURCES_H
+
+#include "engine/export_sources.h"
+
+/// The files of `asset`, a photo of a classic iPod, that may be exported: the full-resolution file
+/// that the database names, and of the pictures that the iPod stores those that `choice` asks for,
+/// made into image files. `session` must outlive them. Throws Error when the device is gone.
+std::vector<ExportSource> classicSources(LibrarySession &session, StoredChoice choice,
+                                         const Asset &asset);
+
+#endif // PHOTOLIB_ENGINE_CLASSIC_SOURCES_H

@@ -1,0 +1,463 @@
+#include "engine/export_plan.h"
+
+#include "base/cancel_token.h"
+#include "base/error.h"
+#include "base/file_names.h"
+#include "base/printable.h"
+#include "base/sha256.h"
+#include "engine/asset_files.h"
+#include "engine/device_hash.h"
+#include "engine/export_names.h"
+#include "engine/export_report.h"
+#include "engine/library_session.h"
+#include "engine/name_values.h"
+#include "engine/photo_text.h"
+
+#include <QDateTime>
+
+#include <limits>
+#include <map>
+
+namespace {
+
+constexpr char blockedPath[] = "a link or a file stands in place of its folder";
+constexpr char otherProgramsFile[] = "a file of another program has its name";
+constexpr int longestSidecarSuffix = 5; // ".json"
+constexpr char changedSidecar[] = "changed by somebody since it was exported: kept";
+
+// The copies that a record has of each photo.
+class RecordedPhotos
+{
+public:
+    explicit RecordedPhotos(const ExportContents &record)
+    {
+        for (const RecordedFile &file : record.files) {
+            if (file.isCurrent)
+                m_files[file.photo].push_back(&file);
+        }
+    }
+
+    // The last copy of a file; null when there is none.
+    const RecordedFile *find(const QByteArray &photo, ExportRole role,
+                             const QByteArray &source) const
+    {
+        const auto files = m_files.find(photo);
+        if (files == m_files.end())
+            return nullptr;
+        for (const RecordedFile *file : files->second) {
+            if (file->role == role && file->source == source)
+                return file;
+        }
+        return nullptr;
+    }
+
+private:
+    std::map<QByteArray, std::vector<const RecordedFile *>> m_files;
+};
+
+// What the files of one photo are planned with.
+struct Photo {
+    const Asset &asset;
+    QByteArray key;                     // in records
+    std::vector<ExportSource> sources;  // the original first
+    std::vector<NameEnd> ends;          // of the sources' names, one for each
+    std::optional<NamePath> path;       // by the template
+    std::optional<QByteArray> base;     // that the record has, or that was found for it
+    std::optional<QByteArray> freeBase; // for what cannot have that
+};
+
+class Planner
+{
+public:
+    Planner(LibrarySession &session, const ExportRequest &request, ExportFolder &folder,
+            const ExportContents &record, const CancelToken &cancel)
+        : m_session(session), m_request(request), m_folder(folder), m_cancel(cancel),
+          m_recorded(record), m_template(request.nameTemplate),
+          m_values(session, request.filter), m_files(session.catalog(), session.listing()),
+          m_sources(session, request, m_files), m_names(folder.longestName() - (request.sidecars.empty() ? 0 : longestSidecarSuffix))
+    {
+        for (const RecordedFile &file : record.files)
+            m_names.take(file.path);
+    }
+
+    void add(const Asset &asset)
+    {
+        Photo photo = {asset, recordKey(asset), m_sources.of(asset), {}, {}, {}, {}};
+        photo.ends = nameEnds(photo.sources);
+        const std::size_t first = m_plan.files.size();
+        for (std::size_t i = 0; i < photo.sources.size(); ++i) {
+            if (photo.sources[i].isWanted)
+                m_plan.files.push_back(planned(photo, i));
+        }
+        addSidecars(photo, first);
+    }
+
+    ExportPlan take() { return std::move(m_plan); }
+
+private:
+    void takeRecordedBase(Photo &photo)
+    {
+        for (std::size_t i = 0; i < photo.sources.size() && !photo.base; ++i) {
+            const RecordedFile *const known = recorded(photo, photo.sources[i]);
+            if (known)
+                photo.base = photo.ends[i].baseOf(known->path);
+        }
+    }
+
+    const RecordedFile *recorded(const Photo &photo, const ExportSource &source) const
+    {
+        return m_recorded.find(photo.key, source.role, source.source);
+    }
+
+    PlannedFile planned(Photo &photo, std::size_t i)
+    {
+        PlannedFile file;
+        file.asset = &photo.asset;
+        file.source = photo.sources[i];
+        file.size = file.source.info.size;
+        const RecordedFile *const known = recorded(photo, file.source);
+        const bool isHere = known && isIntact(*known);
+        if (isHere && isUnchanged(*known, file.source))
+            keep(file, *known);
+        else if (file.source.failure.kind != FileError::None)
+            fail(file);
+        else if (known)
+            planAgain(file, *known, photo, i);
+        else
+            planNew(file, photo, i);
+        return file;
+    }
+
+    // As far as it shows without reading it.
+    bool isIntact(const RecordedFile &known)
+    {
+        const ExportFolder::Entry entry = m_folder.entry(known.path);
+        return entry.kind == ExportFolder::Kind::File && entry.size == known.size;
+    }
+
+    bool isUnchangedByContent(const RecordedFile &known)
+    {
+        const UniqueFd file = m_folder.open(known.path);
+        return file.isOpen() && sha256OfFile(file.get()) == known.sha256;
+    }
+
+    // Whether the device has what `known`, which the folder has, is a copy of. What is in iCloud
+    // by now is what it was.
+    bool isUnchanged(const RecordedFile &known, const ExportSource &source)
+    {
+        if (source.make || source.failure.kind == FileError::NotFound)
+            return true;
+        if (source.failure.kind != FileError::None || source.info.size != known.size)
+            return false;
+        return source.info.modified == known.modified || isSameByContent(known, source);
+    }
+
+    // A new time alone, of a device that was copied, say, makes no new file.
+    bool isSameByContent(const RecordedFile &known, const ExportSource &source)
+    {
+        if (deviceHash(source) != known.sha256)
+            return false;
+        RecordedFile file = known;
+        file.modified = source.info.modified;
+        m_plan.found.push_back(file);
+        return true;
+    }
+
+    // Null when the file cannot be read.
+    QByteArray deviceHash(const ExportSource &source)
+    {
+        FileError error;
+        const QByteArray hash = sha256OfDeviceFile(m_session.files(), source.source, &error,
+                                                   m_cancel);
+        m_session.requireConnected(error);
+        return hash;
+    }
+
+    static void keep(PlannedFile &file, const RecordedFile &known)
+    {
+        file.action = PlannedFile::Keep;
+        file.path = known.path;
+        file.size = known.size;
+        file.sha256 = known.sha256;
+    }
+
+    static void fail(PlannedFile &file)
+    {
+        const FileError &failure = file.source.failure;
+        const bool isMissing = failure.kind == FileError::NotFound;
+        file.action = isMissing ? PlannedFile::Missing : PlannedFile::Fail;
+        file.cause = failureText(failure);
+        if (isMissing && file.source.isInCloud)
+            file.cause = QStringLiteral("only in iCloud");
+    }
+
+    // A file that was exported before, and that the folder does not have, or the device not as it
+    // was then.
+    void planAgain(PlannedFile &file, const RecordedFile &known, Photo &photo, std::size_t i)
+    {
+        const bool isSame = file.source.make || (file.source.info.size == known.size &&
+                                                 file.source.info.modified == known.modified);
+        const bool isGone = m_folder.entry(known.path).kind == ExportFolder::Kind::Nothing;
+        file.path = known.path;
+        if (isSame && m_request.onlyNew) {
+            file.action = PlannedFile::Skip;
+            file.path = QByteArray();
+            file.cause = QStringLiteral("moved, deleted or changed in the folder");
+        } else if (isGone) {
+            return;
+        } else if (m_request.update == UpdateChoice::Replace && isUnchangedByContent(known)) {
+            file.replaces = true;
+        } else {
+            file.path = freeBase(photo) + photo.ends[i].text();
+        }
+    }
+
+    void planNew(PlannedFile &file, Photo &photo, std::size_t i)
+    {
+        file.path = baseFor(photo) + photo.ends[i].text();
+        const bool isOwn = photo.freeBase == photo.base;
+        if (!isOwn && (m_names.isTaken(file.path) || !mayHave(photo, i, *photo.base)))
+            file.path = freeBase(photo) + photo.ends[i].text();
+        m_names.take(file.path);
+        const ExportFolder::Kind kind = m_folder.entry(file.path).kind;
+        if (kind == ExportFolder::Kind::Blocked)
+            refuse(file, blockedPath);
+        else if (kind == ExportFolder::Kind::File)
+            adopt(file, photo.key);
+    }
+
+    // A copy that the record does not know: of a program that was killed, say.
+    void adopt(PlannedFile &file, const QByteArray &key)
+    {
+        const UniqueFd there = m_folder.open(file.path);
+        file.action = PlannedFile::Keep;
+        file.size = m_folder.entry(file.path).size;
+        file.sha256 = there.isOpen() ? sha256OfFile(there.get()) : QByteArray();
+        m_plan.found.push_back(recordOf(file, key));
+    }
+
+    // The base of the photo's other files, also of those that were exported before.
+    const QByteArray &baseFor(Photo &photo)
+    {
+        if (photo.base)
+            return *photo.base;
+        templatePath(photo);
+        takeRecordedBase(photo);
+        if (!photo.base)
+            photo.base = freeBase(photo);
+        return *photo.base;
+    }
+
+    // Templates may leave the extension out, or take it from the name that the file had before.
+    const NamePath &templatePath(Photo &photo)
+    {
+        if (photo.path)
+            return *photo.path;
+        const QByteArray name =
+            nameStem(ownFileName(photo.asset)) + photo.ends.front().extension;
+        photo.path = m_template.pathFor(m_values(photo.asset, name));
+        if (photo.ends.front().tail.isEmpty())
+            photo.ends.front().extension = photo.path->extension;
+        makeDistinct(&photo.ends);
+        return *photo.path;
+    }
+
+    static RecordedFile recordOf(const PlannedFile &file, const QByteArray &key)
+    {
+        RecordedFile record;
+        record.photo = key;
+        record.role = file.source.role;
+        record.source = file.source.source;
+        record.size = file.size;
+        record.modified = file.source.info.modified;
+        record.path = file.path;
+        record.sha256 = file.sha256;
+        record.exported = QDateTime::currentSecsSinceEpoch();
+        return record;
+    }
+
+    // The first base under which nothing of the photo is in the way of anything else.
+    QByteArray freeBase(Photo &photo)
+    {
+        if (photo.freeBase)
+            return *photo.freeBase;
+        const NamePath &path = templatePath(photo);
+        const auto isFree = [&](const QByteArray &base) { return isFreeFor(photo, base); };
+        const FoundBase found = m_names.firstFree(path.base, photo.ends, isFree);
+        if (found.isCut || path.wasCut)
+            m_plan.cutNames.append(QString::fromUtf8(printable(found.base)));
+        photo.freeBase = found.base;
+        for (const NameEnd &end : photo.ends)
+            m_names.take(found.base + end.text());
+        return found.base;
+    }
+
+    bool isFreeFor(const Photo &photo, const QByteArray &base)
+    {
+        for (std::size_t i = 0; i < photo.ends.size(); ++i) {
+            if (!mayHave(photo, i, base))
+                return false;
+        }
+        return true;
+    }
+
+    // Whether nothing but a copy of the file is in its way. What nothing could have is left to the
+    // first number, and fails.
+    bool mayHave(const Photo &photo, std::size_t i, const QByteArray &base)
+    {
+        const QByteArray path = base + photo.ends[i].text();
+        const ExportFolder::Entry entry = m_folder.entry(path);
+        if (entry.kind != ExportFolder::Kind::File)
+            return entry.kind != ExportFolder::Kind::Other;
+        const ExportSource &source = photo.sources[i];
+        if (!source.isWanted || source.failure.kind != FileError::None ||
+            (!source.make && source.info.size != entry.size))
+            return false;
+        const UniqueFd file = m_folder.open(path);
+        return file.isOpen() && sha256OfFile(file.get()) == hashOf(source);
+    }
+
+    QByteArray hashOf(const ExportSource &source)
+    {
+        return source.make ? sha256Hex(source.make().bytes) : deviceHash(source);
+    }
+
+    // Beside the first file of the photo that the folder has or gets.
+    void addSidecars(const Photo &photo, std::size_t first)
+    {
+        QByteArray beside;
+        for (std::size_t i = first; i < m_plan.files.size() && beside.isEmpty(); ++i) {
+            const PlannedFile &file = m_plan.files[i];
+            if (file.action == PlannedFile::Copy || file.action == PlannedFile::Keep)
+                beside = file.path;
+        }
+        if (beside.isEmpty())
+            return;
+        for (const SidecarFormat format : m_request.sidecars)
+            m_plan.files.push_back(sidecar(photo, format, beside + sidecarSuffix(format)));
+    }
+
+    PlannedFile sidecar(const Photo &photo, SidecarFormat format, const QByteArray &path)
+    {
+        PlannedFile file;
+        const Asset &asset = photo.asset;
+        const Catalog &catalog = m_session.catalog();
+        file.asset = &asset;
+        file.path = path;
+        file.source.role = ExportRole::Sidecar;
+        file.source.source = sidecarSuffix(format).mid(1);
+        file.source.label = QString::fromUtf8(printable(path));
+        file.source.make = [&asset, &catalog, format] {
+            return MadeFile{sidecarOf(format, asset, catalog), FileError()};
+        };
+        const QByteArray bytes = file.source.make().bytes;
+        file.size = bytes.size();
+        file.source.info.type = FileInfo::File;
+        file.source.info.size = file.size;
+        planSidecar(file, photo, sha256Hex(bytes));
+        m_names.take(path);
+        return file;
+    }
+
+    // What a person or another program has written to a sidecar is worth more than what would be
+    // written in its place.
+    void planSidecar(PlannedFile &file, const Photo &photo, const QByteArray &hash)
+    {
+        const RecordedFile *const known = recorded(photo, file.source);
+        const bool isPlaceRecorded = known && known->path == file.path;
+        if (m_folder.entry(file.path).kind == ExportFolder::Kind::Nothing) {
+            if (isPlaceRecorded && m_request.onlyNew && known->sha256 == hash)
+                file.action = PlannedFile::Skip;
+            return;
+        }
+        const UniqueFd there = m_folder.open(file.path);
+        const QByteArray hashThere = there.isOpen() ? sha256OfFile(there.get()) : QByteArray();
+        const bool mayReplace = isPlaceRecorded && (hashThere == known->sha256 ||
+                                                    m_request.update == UpdateChoice::Replace);
+        if (hashThere == hash)
+            keepSidecar(file, photo, known, hash);
+        else if (mayReplace && there.isOpen())
+            file.replaces = true;
+        else if (isPlaceRecorded)
+            keepChanged(file, hashThere);
+        else
+            refuse(file, otherProgramsFile);
+    }
+
+    void keepSidecar(PlannedFile &file, const Photo &photo, const RecordedFile *known,
+                     const QByteArray &hash)
+    {
+        file.action = PlannedFile::Keep;
+        file.sha256 = hash;
+        const bool isRecorded = known && known->path == file.path && known->sha256 == hash;
+        if (!isRecorded)
+            m_plan.found.push_back(recordOf(file, photo.key));
+    }
+
+    static void keepChanged(PlannedFile &file, const QByteArray &hash)
+    {
+        file.action = PlannedFile::Keep;
+        file.sha256 = hash;
+        file.cause = QString::fromLatin1(changedSidecar);
+    }
+
+    static void refuse(PlannedFile &file, const char *cause)
+    {
+        file.action = PlannedFile::Fail;
+        file.path = QByteArray();
+        file.cause = QString::fromLatin1(cause);
+    }
+
+    LibrarySession &m_session;
+    const ExportRequest &m_request;
+    ExportFolder &m_folder;
+    const CancelToken &m_cancel;
+    const RecordedPhotos m_recorded;
+    const NameTemplate m_template;
+    const NameValuesOf m_values;
+    AssetFiles m_files;
+    ExportSources m_sources;
+    ExportNames m_names;
+    ExportPlan m_plan;
+};
+
+qint64 saturatedSum(qint64 a, qint64 b)
+{
+    qint64 sum = 0;
+    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<qint64>::max() : sum;
+}
+
+qint64 bytesToCopy(const ExportPlan &plan)
+{
+    qint64 bytes = 0;
+    for (const PlannedFile &file : plan.files) {
+        if (file.action == PlannedFile::Copy)
+            bytes = saturatedSum(bytes, file.size);
+    }
+    return bytes;
+}
+
+} // namespace
+
+ExportPlan plannedExport(LibrarySession &session, const ExportRequest &request,
+                         const std::vector<const Asset *> &photos, ExportFolder &folder,
+                         const ExportContents &record, ExportObserver &observer,
+                         const CancelToken &cancel)
+{
+    Planner planner(session, request, folder, record, cancel);
+    const auto count = static_cast<int>(photos.size());
+    for (int i = 0; i < count; ++i) {
+        observer.looked(i, count);
+        if (cancel.isCancelled())
+            throw Error(Error::Cancelled, "interrupted: nothing was copied");
+        planner.add(*photos[static_cast<std::size_t>(i)]);
+    }
+    ExportPlan plan = planner.take();
+    plan.bytes = bytesToCopy(plan);
+    return plan;
+}
+
+QByteArray recordKey(const Asset &asset)
+{
+    return asset.uuid.isEmpty() ? '#' + QByteArray::number(asset.id) : asset.uuid;
+}

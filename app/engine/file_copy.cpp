@@ -1,0 +1,134 @@
+#include "engine/file_copy.h"
+
+#include "base/cancel_token.h"
+#include "base/error.h"
+#include "base/sha256.h"
+#include "devices/encoded_names.h"
+#include "engine/export_sources.h"
+#include "engine/photo_text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+namespace {
+
+// Small enough to be hashed and written from the processor's cache.
+constexpr int blockSize = 256 << 10;
+
+// What keeps one file from being copied, and not the next one.
+struct FileFailure {
+    QString cause;
+};
+
+// Throws what a failure on the device means for the export.
+[[noreturn]] void failToRead(const FileError &error)
+{
+    if (error.kind == FileError::Disconnected)
+        throw Error(Error::Disconnected, "the device: " + error.text.toStdString());
+    throw FileFailure{failureText(error)};
+}
+
+} // namespace
+
+bool concernsOneFile(int code)
+{
+    constexpr int codes[] = {EFBIG, ENAMETOOLONG, EINVAL, EILSEQ, ENOTDIR, EISDIR, ELOOP, EXDEV};
+    return std::find(std::begin(codes), std::end(codes), code) != std::end(codes);
+}
+
+FileCopier::FileCopier(DeviceFileSystem &files, int parts, const CancelToken &cancel,
+                       std::atomic<qint64> *doneBytes)
+    : m_files(files), m_parts(parts), m_cancel(cancel), m_doneBytes(doneBytes)
+{
+}
+
+FileCopy FileCopier::copy(const ExportSource &source, std::optional<qint64> modified) const
+{
+    FileCopy failed;
+    try {
+        return source.make ? madeFile(source, modified) : copyFile(source, modified);
+    } catch (const FileFailure &failure) {
+        failed.failure = failure.cause;
+    } catch (const std::system_error &error) {
+        if (!concernsOneFile(error.code().value()))
+            throw;
+        failed.failure = QString::fromStdString(error.code().message());
+    }
+    return failed;
+}
+
+FileCopy FileCopier::copyFile(const ExportSource &source, std::optional<qint64> modified) const
+{
+    constexpr int attempts = 2;
+    for (int i = 0; i < attempts; ++i) {
+        FileCopy copy;
+        copy.file = std::make_unique<AtomicFile>(m_parts);
+        if (!readInto(&copy, source)) {
+            *m_doneBytes -= copy.size;
+            continue;
+        }
+        copy.file->setModified(modified.value_or(copy.modified));
+        copy.file->startStoring();
+        return copy;
+    }
+    throw FileFailure{QStringLiteral("changed while it was read, twice")};
+}
+
+FileCopy FileCopier::madeFile(const ExportSource &source, std::optional<qint64> modified) const
+{
+    const MadeFile made = source.make();
+    if (made.failure.kind != FileError::None)
+        failToRead(made.failure);
+    FileCopy copy;
+    copy.file = std::make_unique<AtomicFile>(m_parts);
+    copy.file->write(made.bytes.constData(), made.bytes.size());
+    copy.size = made.bytes.size();
+    copy.sha256 = sha256Hex(made.bytes);
+    *m_doneBytes += copy.size;
+    if (modified)
+        copy.file->setModified(*modified);
+    copy.file->startStoring();
+    return copy;
+}
+
+// False when the file is not all the time what the device said of it before: one that is written
+// over while it is read has a part of each.
+bool FileCopier::readInto(FileCopy *copy, const ExportSource &source) const
+{
+    FileInfo before;
+    FileInfo after;
+    FileError error;
+    if (!deviceFileInfo(m_files, source.source, &before, &error))
+        failToRead(error);
+    const std::unique_ptr<DeviceFile> file = openDeviceFile(m_files, source.source, &error);
+    if (!file)
+        failToRead(error);
+    Sha256 hash;
+    QByteArray block(blockSize, Qt::Uninitialized);
+    for (;;) {
+        requireGoingOn();
+        const qint64 count = file->read(copy->size, block.data(), block.size(), &error);
+        if (count < 0)
+            failToRead(error);
+        if (count == 0)
+            break;
+        hash.add(block.constData(), count);
+        copy->file->write(block.constData(), count);
+        copy->size += count;
+        *m_doneBytes += count;
+    }
+    copy->sha256 = hash.takeHex();
+    copy->modified = before.modified;
+    if (deviceFileInfo(m_files, source.source, &after, &error))
+        return copy->size == before.size && after.isSameAs(before);
+    if (!error.isMissing())
+        failToRead(error);
+    return false;
+}
+
+void FileCopier::requireGoingOn() const
+{
+    if (m_cancel.isCancelled() || m_isEnding)
+        throw Error(Error::Cancelled, "interrupted");
+}
