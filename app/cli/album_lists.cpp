@@ -2,11 +2,11 @@
 
 #include "base/printable.h"
 #include "cli/help_text.h"
-#include "cli/json_writer.h"
 #include "cli/output.h"
 #include "cli/text_table.h"
 #include "engine/album_tree.h"
 #include "engine/asset_words.h"
+#include "engine/json_writer.h"
 #include "engine/library_date.h"
 
 #include <algorithm>

@@ -2,9 +2,9 @@
 
 #include "base/printable.h"
 #include "base/valid_utf8.h"
-#include "cli/json_writer.h"
 #include "cli/output.h"
 #include "engine/asset_words.h"
+#include "engine/json_writer.h"
 #include "engine/library_date.h"
 
 #include <cmath>

@@ -5,11 +5,7 @@
 
 #include <vector>
 
-class JsonWriter;
 class Output;
-
-/// Writes the object that docs/json.md describes for one photo or video.
-void writePhoto(const Asset &photo, JsonWriter &json);
 
 /// Writes {"photos": [...]} with the photos and videos in this order, each on a line of its own.
 /// Throws Error like `output`.

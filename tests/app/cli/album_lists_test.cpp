@@ -1,7 +1,7 @@
 #include "cli/album_lists.h"
 
-#include "cli/json_writer.h"
 #include "cli/output.h"
+#include "engine/json_writer.h"
 #include "support/catalogs.h"
 
 #include <gtest/gtest.h>

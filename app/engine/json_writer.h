@@ -1,5 +1,5 @@
-#ifndef PHOTOLIB_CLI_JSON_WRITER_H
-#define PHOTOLIB_CLI_JSON_WRITER_H
+#ifndef PHOTOLIB_ENGINE_JSON_WRITER_H
+#define PHOTOLIB_ENGINE_JSON_WRITER_H
 
 #include <QByteArray>
 
@@ -49,4 +49,4 @@ private:
     rapidjson::Writer<rapidjson::StringBuffer> m_writer{m_buffer};
 };
 
-#endif // PHOTOLIB_CLI_JSON_WRITER_H
+#endif // PHOTOLIB_ENGINE_JSON_WRITER_H

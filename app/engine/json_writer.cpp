@@ -1,4 +1,4 @@
-#include "cli/json_writer.h"
+#include "engine/json_writer.h"
 
 #include "base/printable.h"
 #include "base/valid_utf8.h"
