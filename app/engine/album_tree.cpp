@@ -95,14 +95,20 @@ std::vector<qint64> AlbumTree::assetsOf(const Album &album) const
 
 QByteArray AlbumTree::pathOf(const Album &album) const
 {
+    QByteArray path;
+    for (const Album *folder : foldersAround(album, m_catalog))
+        path.append(folder->title).append('/');
+    return path.append(album.title);
+}
+
+std::vector<const Album *> foldersAround(const Album &album, const Catalog &catalog)
+{
     std::vector<const Album *> line = {&album};
-    QByteArray path = album.title;
     while (line.back()->parent && line.size() <= deepest) {
-        const Album *const folder = m_catalog.album(*line.back()->parent);
+        const Album *const folder = catalog.album(*line.back()->parent);
         if (!folder || std::find(line.begin(), line.end(), folder) != line.end())
             break;
         line.push_back(folder);
-        path.prepend('/').prepend(folder->title);
     }
-    return path;
+    return std::vector<const Album *>(line.rbegin(), line.rend() - 1);
 }

@@ -4,6 +4,7 @@
 #include "catalog/catalog.h"
 
 #include <map>
+#include <vector>
 
 /// The albums and folders of a library as they lie in each other: those of a folder by id.
 ///
@@ -35,5 +36,8 @@ private:
     const Catalog &m_catalog;
     std::multimap<qint64, const Album *> m_children; // by the folder's id
 };
+
+/// The folders that `album` lies in, from the outermost; at most 64, and each once.
+std::vector<const Album *> foldersAround(const Album &album, const Catalog &catalog);
 
 #endif // PHOTOLIB_ENGINE_ALBUM_TREE_H
