@@ -159,12 +159,16 @@ const char *roleLabel(AssetFileRole role)
     switch (role) {
     case AssetFileRole::Original:
         return "File";
-    case AssetFileRole::LiveVideo:
-        return "Live video";
-    case AssetFileRole::Sidecar:
-        return "Sidecar";
-    case AssetFileRole::Edit:
-        return "Edit";
+    case AssetFileRole::LiveFilm:
+        return "Live film";
+    case AssetFileRole::Edited:
+        return "Edited file";
+    case AssetFileRole::EditedFilm:
+        return "Edited film";
+    case AssetFileRole::Recipe:
+        return "Recipe";
+    case AssetFileRole::Other:
+        return "Other file";
     case AssetFileRole::Still:
         return "Still";
     case AssetFileRole::Thumbnail:
@@ -190,8 +194,11 @@ void addFiles(LibrarySession &session, const Asset &asset, LineList &lines)
     if (state != FileState::There)
         lines.add("File", state == FileState::Missing ? QStringLiteral("missing on the device")
                                                       : QStringLiteral("unreadable"));
-    for (const AssetFile &file : filesOf(asset, session.listing()))
-        lines.add(roleLabel(file.role), fileText(session, file));
+    AssetFiles files(session.catalog(), session.listing());
+    for (const auto &found : {files.of(asset), files.madeByDevice(asset)}) {
+        for (const AssetFile &file : found)
+            lines.add(roleLabel(file.role), fileText(session, file));
+    }
 }
 
 Lines iosLines(LibrarySession &session, const Asset &asset)

@@ -1,72 +1,161 @@
 #include "engine/asset_files.h"
 
 #include "base/file_names.h"
+#include "catalog/catalog.h"
 #include "engine/device_listing.h"
+
+#include <QByteArrayList>
+
+#include <algorithm>
+#include <optional>
+#include <tuple>
 
 namespace {
 
-// "DIRECTORY/NAME" in a folder of the library's own.
-QByteArray inLibrary(const char *folder, const Asset &asset, const QByteArray &name)
+// A path below the device's root, each folder in one way of writing it.
+struct Place {
+    QByteArray folder;
+    QByteArray name;
+};
+
+// Whether there is but one way to write `folder`, which holds for nearly all.
+bool isPlain(const QByteArray &folder)
 {
-    const QByteArray directory = QByteArray("PhotoData/") + folder + '/' + asset.directory;
-    return (asset.directory.isEmpty() ? QByteArray("PhotoData/") + folder : directory) + '/' + name;
+    char previous = '/';
+    for (const char letter : folder) {
+        if (previous == '/' && (letter == '/' || letter == '.'))
+            return false;
+        previous = letter;
+    }
+    return folder.isEmpty() || previous != '/';
 }
 
-class FilesOfAsset
+std::optional<QByteArray> plainFolder(const QByteArray &folder)
 {
-public:
-    FilesOfAsset(const Asset &asset, DeviceListing &listing)
-        : m_asset(asset), m_listing(listing), m_stem(nameStem(asset.fileName))
-    {
+    if (isPlain(folder))
+        return folder;
+    QByteArrayList names;
+    for (const QByteArray &name : folder.split('/')) {
+        if (name == "..")
+            return std::nullopt;
+        if (!name.isEmpty() && name != ".")
+            names.append(name);
     }
+    return names.join('/');
+}
 
-    std::vector<AssetFile> find()
-    {
-        addIfThere(AssetFileRole::Original, m_asset.path());
-        if (m_asset.types.testFlag(AssetType::Live))
-            addCompanion(AssetFileRole::LiveVideo, ".mov");
-        addCompanion(AssetFileRole::Sidecar, ".aae");
-        addAllIn(AssetFileRole::Edit, inLibrary("Mutations", m_asset, m_stem) + "/Adjustments");
-        addIfThere(AssetFileRole::Still, inLibrary("Metadata", m_asset, m_stem + ".JPG"));
-        addAllIn(AssetFileRole::Thumbnail, inLibrary("Thumbnails/V2", m_asset, m_asset.fileName));
-        return m_files;
-    }
+std::optional<Place> placeOf(const Asset &asset)
+{
+    const QByteArray path = asset.path();
+    const int slash = path.lastIndexOf('/');
+    const QByteArray name = path.mid(slash + 1);
+    const std::optional<QByteArray> folder = plainFolder(path.left(qMax(slash, 0)));
+    if (!folder || asset.fileName.isEmpty() || name.isEmpty() || name == "." || name == "..")
+        return std::nullopt;
+    return Place{*folder, name};
+}
 
-private:
-    void addIfThere(AssetFileRole role, const QByteArray &path)
-    {
-        FileError error;
-        if (m_listing.has(path, &error))
-            m_files.push_back({role, path});
-    }
+// "PhotoData/OWN/FOLDER/NAME": where the library keeps what it makes of the photos of a folder.
+QByteArray inLibrary(const char *own, const QByteArray &folder, const QByteArray &name)
+{
+    QByteArrayList names = {"PhotoData", own, folder, name};
+    names.removeAll(QByteArray());
+    return names.join('/');
+}
 
-    // The file beside the original with the same stem and `suffix` in any case.
-    void addCompanion(AssetFileRole role, const QByteArray &suffix)
-    {
-        const QByteArray stemPath = m_asset.path().chopped(m_asset.fileName.size()) + m_stem;
-        for (const QByteArray &path : {stemPath + suffix.toUpper(), stemPath + suffix}) {
-            if (path != m_asset.path())
-                addIfThere(role, path);
-        }
-    }
-
-    void addAllIn(AssetFileRole role, const QByteArray &folder)
-    {
-        for (const QByteArray &name : m_listing.folder(folder).names)
-            m_files.push_back({role, folder + '/' + name});
-    }
-
-    const Asset &m_asset;
-    DeviceListing &m_listing;
-    const QByteArray m_stem;
-    std::vector<AssetFile> m_files;
-};
+void putInOrder(std::vector<AssetFile> *files)
+{
+    std::sort(files->begin(), files->end(), [](const AssetFile &file, const AssetFile &other) {
+        return std::tie(file.role, file.path) < std::tie(other.role, other.path);
+    });
+}
 
 } // namespace
 
-std::vector<AssetFile> filesOf(const Asset &asset, DeviceListing &listing)
+AssetFiles::AssetFiles(const Catalog &catalog, DeviceListing &listing) : m_listing(listing)
 {
-    if (asset.fileName.isEmpty())
+    for (const Asset &asset : catalog.assets) {
+        if (const std::optional<Place> place = placeOf(asset))
+            m_assets[place->folder].push_back({&asset, place->name});
+    }
+}
+
+std::vector<AssetFile> AssetFiles::of(const Asset &asset)
+{
+    const std::optional<Place> place = placeOf(asset);
+    if (!place)
         return {};
-    return FilesOfAsset(asset, listing).find();
+    std::vector<AssetFile> files = folder(place->folder).beside(asset.id);
+    FileError error;
+    if (m_listing.has(asset.path(), &error))
+        files.push_back({AssetFileRole::Original, asset.path()});
+    addEdits(place->folder, {&asset, place->name}, &files);
+    putInOrder(&files);
+    return files;
+}
+
+std::vector<AssetFile> AssetFiles::madeByDevice(const Asset &asset)
+{
+    const std::optional<Place> place = placeOf(asset);
+    if (!place)
+        return {};
+    std::vector<AssetFile> files;
+    FileError error;
+    const QByteArray still = inLibrary("Metadata", place->folder, nameStem(place->name) + ".JPG");
+    if (!hasOriginals(inLibrary("Metadata", place->folder, QByteArray())) &&
+        m_listing.has(still, &error))
+        files.push_back({AssetFileRole::Still, still});
+    const QByteArray thumbnails = inLibrary("Thumbnails/V2", place->folder, place->name);
+    if (hasOriginals(thumbnails))
+        return files;
+    for (const QByteArray &name : m_listing.folder(thumbnails).names)
+        files.push_back({AssetFileRole::Thumbnail, thumbnails + '/' + name});
+    return files;
+}
+
+const AssetFolder &AssetFiles::folder(const QByteArray &path)
+{
+    const auto known = m_folders.find(path);
+    if (known != m_folders.end())
+        return known->second;
+    const QByteArray edits = inLibrary("Mutations", path, QByteArray());
+    const auto assets = m_assets.find(path);
+    AssetFolder folder(path, assets == m_assets.end() ? std::vector<AssetName>() : assets->second,
+                       m_listing.folder(path).names, m_listing.folder(edits).names);
+    return m_folders.emplace(path, std::move(folder)).first->second;
+}
+
+void AssetFiles::addEdits(const QByteArray &folderPath, const AssetName &asset,
+                          std::vector<AssetFile> *files)
+{
+    const AssetFolder &assetFolder = folder(folderPath);
+    const QByteArray edits = assetFolder.editsOf(asset);
+    if (edits.isEmpty())
+        return;
+    const QByteArray path = adjustmentsIn(inLibrary("Mutations", folderPath, edits));
+    if (hasOriginals(path))
+        return;
+    for (const QByteArray &name : m_listing.folder(path).names) {
+        if (const std::optional<AssetFileRole> role = assetFolder.editRole(edits, name, asset))
+            files->push_back({*role, path + '/' + name});
+    }
+}
+
+// The folder "Adjustments" in `path`, whatever its case.
+QByteArray AssetFiles::adjustmentsIn(const QByteArray &path)
+{
+    const QByteArray usual = path + "/Adjustments";
+    if (m_listing.folder(usual).error.kind != FileError::NotFound)
+        return usual;
+    for (const QByteArray &name : m_listing.folder(path).names) {
+        if (name.toLower() == "adjustments")
+            return path + '/' + name;
+    }
+    return usual;
+}
+
+// What is in such a folder belongs to the photos there.
+bool AssetFiles::hasOriginals(const QByteArray &folderPath) const
+{
+    return m_assets.count(folderPath) != 0;
 }

@@ -2,31 +2,61 @@
 #define PHOTOLIB_ENGINE_ASSET_FILES_H
 
 #include "catalog/asset.h"
+#include "engine/asset_file.h"
+#include "engine/asset_folder.h"
 
 #include <QByteArray>
 
+#include <map>
 #include <vector>
 
 class DeviceListing;
+struct Catalog;
 
-/// What a file of the device is to the photo or video that it belongs to.
-enum class AssetFileRole {
-    Original,
-    LiveVideo, ///< the film of a Live Photo
-    Sidecar,   ///< how the camera app has edited it
-    Edit,      ///< its latest edit: the picture or film, and how it was made
-    Still,     ///< the picture that stands for it while the original is in iCloud, or for a video
-    Thumbnail,
+/// Which files of a device belong to each photo and video of its library. Learnt by listing
+/// folders, each once: that of the originals, that of the edits made to them, and one more for
+/// each photo that has been edited.
+///
+/// A file beside an original belongs to it when it has the same name but for the extension, and
+/// one with that name in another case when none has it exactly, unless it is an original itself.
+/// An edit is found by that name, too. Each such file belongs to one photo or video only. Where
+/// several have the name, "IMG_1.JPG" and "IMG_1.PNG", it is
+/// - for a film beside the originals a photo rather than a video, then what the library calls a
+///   Live Photo;
+/// - for a rendered picture a photo rather than a video, then what the library calls edited;
+/// - for a rendered film what the library calls edited, then a video or Live Photo;
+/// - for other files made by editing what the library calls edited;
+/// and then what is not in the trash, then the one with the lowest id. A photo has one live film;
+/// further films are other files. An original that the library
+/// names twice is that of both.
+///
+/// For one thread at a time.
+class AssetFiles
+{
+public:
+    /// Of the photos and videos of `catalog`. Both must outlive the object.
+    AssetFiles(const Catalog &catalog, DeviceListing &listing);
+
+    /// What the device has of `asset`, one of the catalog, by role and then by path, each path
+    /// once. Without the pictures that the device makes for itself. None for one without a name,
+    /// or whose path leads out of the device.
+    std::vector<AssetFile> of(const Asset &asset);
+
+    /// The stills and thumbnails of `asset`, likewise. Lists a folder for each one asked for.
+    /// Photos of one name in one folder have one still.
+    std::vector<AssetFile> madeByDevice(const Asset &asset);
+
+private:
+    const AssetFolder &folder(const QByteArray &path);
+    void addEdits(const QByteArray &folderPath, const AssetName &asset,
+                  std::vector<AssetFile> *files);
+    QByteArray adjustmentsIn(const QByteArray &path);
+    bool hasOriginals(const QByteArray &folderPath) const;
+
+    DeviceListing &m_listing;
+    // Sorted: names from a device can make hashes slow.
+    std::map<QByteArray, std::vector<AssetName>> m_assets; // by folder
+    std::map<QByteArray, AssetFolder> m_folders;
 };
-
-/// A file that belongs to a photo or video.
-struct AssetFile {
-    AssetFileRole role = AssetFileRole::Original;
-    QByteArray path; ///< below the device's root
-};
-
-/// The files that the device has of `asset`, the original first, by role and then by name; none
-/// for one without a file name. Learnt by listing folders.
-std::vector<AssetFile> filesOf(const Asset &asset, DeviceListing &listing);
 
 #endif // PHOTOLIB_ENGINE_ASSET_FILES_H

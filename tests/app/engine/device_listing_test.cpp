@@ -1,49 +1,9 @@
 #include "engine/device_listing.h"
-
-#include <QMap>
+#include "support/listed_folders.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-// Folders in memory that count how often they are listed.
-class ListedFolders : public DeviceFileSystem
-{
-public:
-    QMap<QByteArray, QList<QByteArray>> folders;
-    FileError fault; ///< of every listing, unless its kind is None
-    int listings = 0;
-
-    bool list(const QByteArray &path, QList<QByteArray> *names, FileError *error) override
-    {
-        ++listings;
-        *error = fault;
-        if (fault.kind == FileError::None && !folders.contains(path))
-            error->kind = FileError::NotFound;
-        if (error->kind != FileError::None)
-            return false;
-        *names = folders[path];
-        return true;
-    }
-
-    std::unique_ptr<DeviceFile> open(const QByteArray &, FileError *) override
-    {
-        ADD_FAILURE() << "asks for a file";
-        return nullptr;
-    }
-
-    bool info(const QByteArray &, FileInfo *, FileError *) override
-    {
-        ADD_FAILURE() << "asks about a file";
-        return false;
-    }
-
-    DeviceState state() override { return DeviceState::Ready; }
-    void close() override {}
-    QByteArray id() const override { return "memory"; }
-    QByteArray name() const override { return "memory"; }
-    QByteArray displayName(const QByteArray &path) const override { return path; }
-};
 
 TEST(DeviceListing, ListsAFolderOnceForAllItsFiles)
 {
