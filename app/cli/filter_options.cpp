@@ -93,7 +93,8 @@ bool endsBeforeItBegins(const PhotoFilter &filter)
 
 } // namespace
 
-FilterOptions::FilterOptions(CLI::App &command, CommonOptions &common, AllOption all)
+FilterOptions::FilterOptions(CLI::App &command, CommonOptions &common, AllOption all,
+                             EditedOption edited)
 {
     addAlbum(command);
     addKind(command, common);
@@ -102,6 +103,8 @@ FilterOptions::FilterOptions(CLI::App &command, CommonOptions &common, AllOption
     addNames(command);
     addSize(command);
     addStates(command);
+    if (edited == EditedOption::Filter)
+        addEdited(command);
     if (all == AllOption::Filter)
         addAll(command);
     addOrder(command);
@@ -214,7 +217,6 @@ void FilterOptions::addSize(CLI::App &command)
 void FilterOptions::addStates(CLI::App &command)
 {
     listed(command.add_flag("--favorite", m_filter.favorite, "Only favorites"));
-    listed(command.add_flag("--edited", m_filter.edited, "Only those that were edited"));
     listed(command.add_flag("--missing", m_filter.missing,
                             "Only those of which the device does not have the file"));
     const auto setHidden = [this](const std::string &word) {
@@ -229,6 +231,11 @@ void FilterOptions::addStates(CLI::App &command)
         ->type_name("yes|no|only");
     listed(command.add_flag("--trash", m_onlyTrash, "Only what is in the trash"));
     listed(command.add_flag("--shared", m_filter.shared, "Also the copies in shared albums"));
+}
+
+void FilterOptions::addEdited(CLI::App &command)
+{
+    listed(command.add_flag("--edited", m_filter.edited, "Only those that were edited"));
 }
 
 void FilterOptions::addAll(CLI::App &command)
@@ -281,6 +288,11 @@ void FilterOptions::check(const std::vector<std::string> &ids)
 void FilterOptions::addTrash()
 {
     m_filter.trash = PhotoFilter::Trash::Included;
+}
+
+void FilterOptions::leaveOutUnedited()
+{
+    m_filter.edited = true;
 }
 
 bool FilterOptions::isAnyGiven() const

@@ -20,9 +20,13 @@ public:
     /// Who adds the option --all.
     enum class AllOption { Filter, Command };
 
+    /// Who adds the option --edited.
+    enum class EditedOption { Filter, Command };
+
     /// Adds the options to `command`. What tells the kind of a device is set in `common`. The
     /// object is filled while the command line is parsed, so that it must live until then.
-    FilterOptions(CLI::App &command, CommonOptions &common, AllOption all = AllOption::Filter);
+    FilterOptions(CLI::App &command, CommonOptions &common, AllOption all = AllOption::Filter,
+                  EditedOption edited = EditedOption::Filter);
 
     FilterOptions(const FilterOptions &) = delete;
     FilterOptions &operator=(const FilterOptions &) = delete;
@@ -34,6 +38,9 @@ public:
 
     /// Adds the trash, as --all does.
     void addTrash();
+
+    /// Leaves out what was not edited, as --edited does.
+    void leaveOutUnedited();
 
     /// Whether more is asked for than the photos with certain ids: how many there are is not known
     /// beforehand.
@@ -49,6 +56,7 @@ private:
     void requireKind(AssetKind kind);
     void addType(CLI::App &command);
     void addDates(CLI::App &command);
+    void addEdited(CLI::App &command);
     void addStates(CLI::App &command);
     void addAll(CLI::App &command);
     void addNames(CLI::App &command);

@@ -7,6 +7,7 @@
 #include "devices/encoded_names.h"
 #include "engine/classic_photos.h"
 #include "engine/library_session.h"
+#include "engine/picture_format.h"
 
 #include <QSize>
 
@@ -111,9 +112,8 @@ ExportSource nothingStored(const Asset &asset)
 QVector<StoredPicture> chosenPictures(const ClassicPhoto &photo, StoredChoice choice)
 {
     const StoredPicture *const largest = largestVariant(photo);
-    const bool isLeftOut =
-        choice == StoredChoice::None ||
-        (choice == StoredChoice::WithoutOriginal && hasOriginal(photo));
+    const bool isLeftOut = choice == StoredChoice::None ||
+                           (choice == StoredChoice::WithoutOriginal && hasOriginal(photo));
     if (isLeftOut || !largest)
         return {};
     if (choice != StoredChoice::All)
@@ -139,8 +139,7 @@ std::vector<ExportSource> classicSources(LibrarySession &session, StoredChoice c
         sources.push_back(originalSource(session, *photo, asset));
     const bool hasNamesake = hasOriginal(*photo);
     for (const StoredPicture &variant : chosenPictures(*photo, choice))
-        sources.push_back(
-            storedSource(session, variant, asset, hasNamesake || !sources.empty()));
+        sources.push_back(storedSource(session, variant, asset, hasNamesake || !sources.empty()));
     if (sources.empty() && choice != StoredChoice::None)
         sources.push_back(nothingStored(asset));
     return sources;

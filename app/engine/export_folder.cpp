@@ -86,8 +86,8 @@ UniqueFd ExportFolder::open(const QByteArray &path)
     if (!m_fd.isOpen() || !enter(folderOf(path), false))
         return UniqueFd();
     const int folder = m_entered.isOpen() ? m_entered.get() : fd();
-    UniqueFd file(::openat(folder, nameOf(path).constData(),
-                           O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    UniqueFd file(
+        ::openat(folder, nameOf(path).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat status = {};
     if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return UniqueFd();

@@ -48,8 +48,8 @@ public:
     void take(const QByteArray &path);
 
     /// The first of `base`, "BASE (2)", "BASE (3)" and so on with which none of `ends` makes a path
-    /// that is taken, and of which `isFree` says that it is free. Cut at a whole letter where a name
-    /// would get too long.
+    /// that is taken, and of which `isFree` says that it is free. Cut at a whole letter where a
+    /// name would get too long.
     FoundBase firstFree(const QByteArray &base, const std::vector<NameEnd> &ends,
                         const std::function<bool(const QByteArray &base)> &isFree);
 
@@ -58,7 +58,7 @@ private:
     FoundBase numbered(const QByteArray &base, int number, int longestEnd) const;
 
     const int m_longest;
-    std::set<QString> m_taken;           // compared paths; sorted, for hashes can be made slow
+    std::set<QString> m_taken;             // compared paths; sorted, for hashes can be made slow
     std::map<QString, int> m_firstUntried; // numbers by compared base and ends
 };
 

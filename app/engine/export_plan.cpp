@@ -55,6 +55,11 @@ private:
     std::map<QByteArray, std::vector<const RecordedFile *>> m_files;
 };
 
+QByteArray sidecarOf(SidecarFormat format, const Asset &asset, const Catalog &catalog)
+{
+    return format == SidecarFormat::Json ? jsonSidecar(asset) : xmpSidecar(asset, catalog);
+}
+
 // What the files of one photo are planned with.
 struct Photo {
     const Asset &asset;
@@ -72,9 +77,9 @@ public:
     Planner(LibrarySession &session, const ExportRequest &request, ExportFolder &folder,
             const ExportContents &record, const CancelToken &cancel)
         : m_session(session), m_request(request), m_folder(folder), m_cancel(cancel),
-          m_recorded(record), m_template(request.nameTemplate),
-          m_values(session, request.filter), m_files(session.catalog(), session.listing()),
-          m_sources(session, request, m_files), m_names(folder.longestName() - (request.sidecars.empty() ? 0 : longestSidecarSuffix))
+          m_recorded(record), m_template(request.nameTemplate), m_values(session, request.filter),
+          m_files(session.catalog(), session.listing()), m_sources(session, request, m_files),
+          m_names(folder.longestName() - (request.sidecars.empty() ? 0 : longestSidecarSuffix))
     {
         for (const RecordedFile &file : record.files)
             m_names.take(file.path);
@@ -167,8 +172,8 @@ private:
     QByteArray deviceHash(const ExportSource &source)
     {
         FileError error;
-        const QByteArray hash = sha256OfDeviceFile(m_session.files(), source.source, &error,
-                                                   m_cancel);
+        const QByteArray hash =
+            sha256OfDeviceFile(m_session.files(), source.source, &error, m_cancel);
         m_session.requireConnected(error);
         return hash;
     }
@@ -253,8 +258,7 @@ private:
     {
         if (photo.path)
             return *photo.path;
-        const QByteArray name =
-            nameStem(ownFileName(photo.asset)) + photo.ends.front().extension;
+        const QByteArray name = nameStem(ownFileName(photo.asset)) + photo.ends.front().extension;
         photo.path = m_template.pathFor(m_values(photo.asset, name));
         if (photo.ends.front().tail.isEmpty())
             photo.ends.front().extension = photo.path->extension;

@@ -51,8 +51,8 @@ struct ExportPlan {
 /// files; reads one only where the record cannot tell whether it has changed, or where the folder
 /// has a file of its name and size that the record does not know. Changes nothing.
 ///
-/// Throws Error when the device is gone, for what `request` names and the library does not have, and
-/// of the kind Cancelled soon after `cancel` is. On the session's thread; what is given by
+/// Throws Error when the device is gone, for what `request` names and the library does not have,
+/// and of the kind Cancelled soon after `cancel` is. On the session's thread; what is given by
 /// reference must outlive the plan.
 ExportPlan plannedExport(LibrarySession &session, const ExportRequest &request,
                          const std::vector<const Asset *> &photos, ExportFolder &folder,

@@ -30,9 +30,9 @@ struct ExportSource {
     bool isWanted = true; ///< otherwise only its name is kept free
 
     // Of a wanted file:
-    FileInfo info; ///< of a file that the program makes, its foretold size and its photo's time
-    FileError failure;             ///< why there is none, unless its kind is None
-    bool isInCloud = false;        ///< that it is in iCloud is why
+    FileInfo info;     ///< of a file that the program makes, its foretold size and its photo's time
+    FileError failure; ///< why there is none, unless its kind is None
+    bool isInCloud = false;         ///< that it is in iCloud is why
     std::function<MadeFile()> make; ///< makes it, on the session's thread; null for one to copy
 };
 

@@ -54,11 +54,10 @@ public:
     {
         ExportFolder folder(m_request.folder);
         const ExportState state(m_request.folder, m_cancel, [this] { m_observer.waiting(); });
-        const ExportContents before = hasExportRecord(m_request.folder)
-                                          ? ExportRecord(state).contents()
-                                          : ExportContents();
-        const ExportPlan plan = plannedExport(m_session, m_request, m_photos, folder, before,
-                                              m_observer, m_cancel);
+        const ExportContents before =
+            hasExportRecord(m_request.folder) ? ExportRecord(state).contents() : ExportContents();
+        const ExportPlan plan =
+            plannedExport(m_session, m_request, m_photos, folder, before, m_observer, m_cancel);
         requireRoom(folder, plan.bytes);
         tellCutNames(plan, m_observer);
         ExportRecord record(state);
