@@ -24,16 +24,6 @@ constexpr int ownFolderFlags = folderFlags | O_NOFOLLOW;
     throw Error(path.toStdString(), std::generic_category().message(errno));
 }
 
-// Whether `path` still names the folder that `fd` holds open: the process that had the
-// lock may have removed it.
-bool isStillAt(const UniqueFd &fd, const QByteArray &path)
-{
-    struct stat opened = {};
-    struct stat named = {};
-    return ::fstat(fd.get(), &opened) == 0 && ::lstat(path.constData(), &named) == 0 &&
-           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
-}
-
 // The type bits of what `path` names itself; 0 when it names nothing.
 mode_t typeOf(const QByteArray &path)
 {
@@ -74,13 +64,14 @@ void lock(const UniqueFd &fd, const std::function<void()> &beforeWait)
     }
 }
 
-// None when the folder is not there, or not any more when its lock is free.
+// None when the folder is not there, or not any more when its lock is free: the process that had
+// the lock may have removed it.
 UniqueFd lockedFolder(const QByteArray &path, const std::function<void()> &beforeWait)
 {
     UniqueFd fd = openOwnFolder(path);
     if (fd.isOpen())
         lock(fd, beforeWait);
-    return isStillAt(fd, path) ? std::move(fd) : UniqueFd();
+    return isStillAt(fd.get(), path) ? std::move(fd) : UniqueFd();
 }
 
 struct CloseFolder {
@@ -117,6 +108,14 @@ UniqueFd openFolder(const QByteArray &path)
     if (!fd.isOpen())
         fail(path);
     return fd;
+}
+
+bool isStillAt(int fd, const QByteArray &path)
+{
+    struct stat opened = {};
+    struct stat named = {};
+    return ::fstat(fd, &opened) == 0 && ::lstat(path.constData(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
 void requireOwnFolder(const QByteArray &path)

@@ -47,6 +47,10 @@ QByteArray parentFolder(const QByteArray &path);
 /// Opens the folder `path`. Throws Error.
 UniqueFd openFolder(const QByteArray &path);
 
+/// Whether `path` still names the folder that the descriptor `fd` holds open, which another process
+/// may have removed, moved or replaced.
+bool isStillAt(int fd, const QByteArray &path);
+
 /// Throws Error when `path` is there but is a link, no folder, or a folder of another
 /// user.
 void requireOwnFolder(const QByteArray &path);

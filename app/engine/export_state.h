@@ -9,6 +9,12 @@
 
 class CancelToken;
 
+/// The name of the folder that an ExportState is.
+constexpr char exportStateName[] = ".photolib";
+
+/// Its path in the folder `exportFolder` that photos are exported to.
+QByteArray exportStatePath(const QByteArray &exportFolder);
+
 /// The folder ".photolib" in a folder that photos are exported to: it holds the record of the
 /// export and the files that are being written, and is locked, so that one exporter at a time works
 /// there.
