@@ -1,0 +1,27 @@
+#ifndef PHOTOLIB_ENGINE_RECORD_COPY_H
+#define PHOTOLIB_ENGINE_RECORD_COPY_H
+
+#include <QByteArray>
+#include <QTemporaryDir>
+
+/// A copy of the database of an export's record with its write-ahead log, as long as the object
+/// lives: as it was at one moment, even if an exporter writes it meanwhile.
+class RecordCopy
+{
+public:
+    /// Copies from the folder that the descriptor `folder` holds open. Messages call the database
+    /// `name`. Throws Error, also when one of the files is a link or no regular file.
+    RecordCopy(int folder, const QByteArray &name);
+
+    /// Whether there was a database to be copied.
+    bool exists() const { return m_exists; }
+
+    /// Where the copied database is.
+    QByteArray path() const;
+
+private:
+    QTemporaryDir m_folder;
+    bool m_exists = false;
+};
+
+#endif // PHOTOLIB_ENGINE_RECORD_COPY_H
