@@ -3,6 +3,7 @@
 #include "base/printable.h"
 
 #include <QByteArrayList>
+#include <QTextBoundaryFinder>
 #include <QVector>
 
 namespace {
@@ -61,9 +62,7 @@ QByteArray shortened(const QByteArray &utf8, int size)
     return utf8.left(size);
 }
 
-} // namespace
-
-QByteArray safeFileName(const QString &name)
+QByteArray safeNameOfAnyLength(const QString &name)
 {
     QByteArray result = withoutForbidden(name).toUtf8();
     if (result.isEmpty())
@@ -77,8 +76,42 @@ QByteArray safeFileName(const QString &name)
     const int stem = extensionStart(result);
     for (int i = 0; i < stem && result[i] == '.'; ++i)
         result[i] = '_';
+    return result;
+}
+
+} // namespace
+
+QByteArray safeFileName(const QString &name)
+{
+    const QByteArray result = safeNameOfAnyLength(name);
+    const int stem = extensionStart(result);
     const QByteArray extension = result.mid(stem);
     return shortened(result.left(stem), longestName - extension.size()) + extension;
+}
+
+QByteArray safeName(const QString &name)
+{
+    QByteArray result = safeNameOfAnyLength(name);
+    if (result.endsWith('.'))
+        result[result.size() - 1] = '_';
+    return result;
+}
+
+QByteArray cutName(const QByteArray &utf8, int bytes)
+{
+    constexpr int longestCodePoint = 4; // bytes; where the first one that is left out ends
+    if (utf8.size() <= bytes)
+        return utf8;
+    const QByteArray start = shortened(utf8, qMin(bytes + longestCodePoint, utf8.size()));
+    const QString text = QString::fromUtf8(start);
+    if (text.toUtf8() != start)
+        return shortened(utf8, bytes);
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    finder.setPosition(QString::fromUtf8(shortened(utf8, bytes)).size());
+    if (!finder.isAtBoundary())
+        finder.toPreviousBoundary();
+    const QByteArray whole = text.left(qMax(finder.position(), 0)).toUtf8();
+    return whole.isEmpty() ? shortened(utf8, bytes) : whole;
 }
 
 QByteArray nameStem(const QByteArray &name)

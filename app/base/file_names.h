@@ -10,6 +10,14 @@
 /// takes for a command. The extension is kept. "unnamed" when nothing is left.
 QByteArray safeFileName(const QString &name);
 
+/// The same, as long as `name` is, and never with a dot at the end, which memory cards drop.
+QByteArray safeName(const QString &name);
+
+/// As much of the start of `utf8` as fits into `bytes`: whole characters as a person sees them, an
+/// accent with its letter; of one that alone is longer, whole code points. Bytes that are not UTF-8
+/// count as characters of their own.
+QByteArray cutName(const QByteArray &utf8, int bytes);
+
 /// "IMG_0001.JPG" without its extension: "IMG_0001".
 QByteArray nameStem(const QByteArray &name);
 

@@ -76,4 +76,54 @@ TEST(ComparedName, IsTheSameForNamesThatADiskMayNotTellApart)
     EXPECT_NE(comparedName("a.jpg"), comparedName("b.jpg"));
 }
 
+TEST(SafeNames, AreAsLongAsTheGivenOne)
+{
+    EXPECT_EQ(QByteArray(300, 'x') + ".jpg", safeName(QString(300, 'x') + ".jpg"));
+    EXPECT_EQ("__.a_b", safeName("...a/b"));
+    EXPECT_EQ("_CON", safeName("CON"));
+    EXPECT_EQ("unnamed", safeName(" "));
+}
+
+TEST(SafeNames, DoNotEndWithADot)
+{
+    EXPECT_EQ("a_", safeName("a."));
+    EXPECT_EQ("a._", safeName("a.. "));
+}
+
+struct CutRow {
+    const char *name;
+    QByteArray given;
+    int bytes;
+    QByteArray expected;
+};
+
+class CutName : public testing::TestWithParam<CutRow>
+{
+};
+
+TEST_P(CutName, EndsWithAWholeCharacter)
+{
+    EXPECT_EQ(GetParam().expected, cutName(GetParam().given, GetParam().bytes));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Names, CutName,
+    testing::Values(CutRow{"ThatFits", "abc", 3, "abc"}, CutRow{"TooLong", "abcd", 3, "abc"},
+                    CutRow{"None", "abc", 0, ""}, CutRow{"TwoBytes", "a\u00e4b", 2, "a"},
+                    CutRow{"FourBytes", "a🌄b", 4, "a"}, CutRow{"FourBytesThatFit", "a🌄b", 5, "a🌄"},
+                    CutRow{"AccentOfItsOwn", "ae\u0301b", 3, "a"},
+                    CutRow{"AccentThatFollows", "ae\u0301b", 2, "a"},
+                    CutRow{"AccentThatFits", "ae\u0301b", 4, "ae\u0301"},
+                    CutRow{"Family", "a👩\u200d👧b", 9, "a"},
+                    CutRow{"SkinTone", "a👍🏽b", 5, "a"}, CutRow{"Flag", "a🇮🇹b", 5, "a"},
+                    CutRow{"Syllable", "a\u1100\u1161b", 4, "a"},
+                    CutRow{"OneCharacterThatIsTooLong", "e" + QByteArray("\u0301").repeated(9), 6,
+                           "e" + QByteArray("\u0301").repeated(2)},
+                    CutRow{"NotUtf8",
+                           "ab\xff\xff"
+                           "cd",
+                           4, "ab\xff\xff"},
+                    CutRow{"HalfACharacterAtTheEnd", "abc\xc3", 3, "abc"}),
+    rowName<CutRow>);
+
 } // namespace
