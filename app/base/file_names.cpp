@@ -97,6 +97,15 @@ QByteArray safeName(const QString &name)
     return result;
 }
 
+QByteArray safeFolderName(const QString &name)
+{
+    QByteArray result = safeName(name);
+    // What is left may end with a blank or dot.
+    while (result.size() > longestOnDisks)
+        result = safeName(QString::fromUtf8(cutName(result, longestOnDisks)));
+    return result;
+}
+
 QByteArray cutName(const QByteArray &utf8, int bytes)
 {
     constexpr int longestCodePoint = 4; // bytes; where the first one that is left out ends

@@ -13,6 +13,11 @@ QByteArray safeFileName(const QString &name);
 /// The same, as long as `name` is, and never with a dot at the end, which memory cards drop.
 QByteArray safeName(const QString &name);
 
+constexpr int longestOnDisks = 255; ///< bytes of a name
+
+/// The start of what `safeName` makes of `name`, no longer than disks take.
+QByteArray safeFolderName(const QString &name);
+
 /// As much of the start of `utf8` as fits into `bytes`: whole characters as a person sees them, an
 /// accent with its letter; of one that alone is longer, whole code points. Bytes that are not UTF-8
 /// count as characters of their own.

@@ -93,6 +93,13 @@ std::vector<qint64> AlbumTree::assetsOf(const Album &album) const
     return assets;
 }
 
+std::vector<const Album *> AlbumTree::lineTo(const Album &album) const
+{
+    std::vector<const Album *> line = foldersAround(album, m_catalog);
+    line.push_back(&album);
+    return line;
+}
+
 QByteArray AlbumTree::pathOf(const Album &album) const
 {
     QByteArray path;

@@ -28,6 +28,10 @@ public:
     /// in it, however deep, each once.
     std::vector<qint64> assetsOf(const Album &album) const;
 
+    /// The folders that `album` lies in, from the outermost, and `album` itself; of a ring of
+    /// folders each once.
+    std::vector<const Album *> lineTo(const Album &album) const;
+
     /// The titles of the folders that `album` lies in, from the outermost, and its own:
     /// "Trips/Rome". In UTF-8 as far as the titles are, and not safe to show.
     QByteArray pathOf(const Album &album) const;

@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr int longestOnDisks = 255; // bytes of a name
-
 QByteArray originalName(const NameValues &values)
 {
     const QByteArray &name = values.asset->originalName;
@@ -245,7 +243,7 @@ public:
     {
         if (isBlank(m_text))
             fail("it is empty");
-        const Text text = nextText(false);
+        Text text = nextText(false);
         requireInside(text);
         return text;
     }
@@ -394,16 +392,6 @@ private:
 
 namespace {
 
-// Made safe, and no longer than a disk takes.
-QByteArray folderName(const QByteArray &name)
-{
-    QByteArray result = safeName(QString::fromUtf8(name));
-    // What is left may end with a blank or dot.
-    while (result.size() > longestOnDisks)
-        result = safeName(QString::fromUtf8(cutName(result, longestOnDisks)));
-    return result;
-}
-
 QByteArray safeExtension(const QByteArray &name)
 {
     const QByteArray extension = extensionOf(name);
@@ -459,7 +447,7 @@ NamePath NameTemplate::pathFor(const NameValues &values) const
     for (const QByteArray &name : qAsConst(names)) {
         if (isBlank(name))
             continue;
-        const QByteArray folder = folderName(name);
+        const QByteArray folder = safeFolderName(QString::fromUtf8(name));
         path.wasCut = path.wasCut || folder.size() < safeName(QString::fromUtf8(name)).size();
         folders += folder + '/';
     }

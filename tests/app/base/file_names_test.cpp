@@ -90,6 +90,14 @@ TEST(SafeNames, DoNotEndWithADot)
     EXPECT_EQ("a._", safeName("a.. "));
 }
 
+TEST(SafeFolderNames, AreNoLongerThanDisksTake)
+{
+    EXPECT_EQ(QByteArray(255, 'x'), safeFolderName(QString(255, 'x')));
+    EXPECT_EQ(QByteArray(255, 'x'), safeFolderName(QString(256, 'x')));
+    EXPECT_EQ(QByteArray(253, 'x'), safeFolderName(QString(253, 'x') + "  y"));
+    EXPECT_EQ(QByteArray(254, 'x') + '_', safeFolderName(QString(254, 'x') + "..y"));
+}
+
 struct CutRow {
     const char *name;
     QByteArray given;
