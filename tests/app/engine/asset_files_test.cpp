@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
-
 namespace {
 
 const char *wordFor(AssetFileRole role)
@@ -357,6 +355,7 @@ TEST(AssetFilesOnADevice, AreNoneOutsideOfIt)
     scratch.write("A.JPG", "x");
     scratch.write("phone/A.txt", "x");
     scratch.write("edits/Adjustments/FullSizeRender.jpg", "x");
+    scratch.makeFolder("phone/PhotoData/Mutations/D");
     scratch.makeLink("phone/PhotoData/Mutations/D/A", "../../../../edits");
     Catalog catalog;
     catalog.assets = {assetOf(1, "..", "A.JPG"), assetOf(2, "../phone/..", "A.JPG"),
