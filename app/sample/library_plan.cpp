@@ -204,6 +204,18 @@ QString filePattern(const AssetPlan &plan, const DatabaseModel &model)
     return QStringLiteral("IMG_%1.%2");
 }
 
+/// What else there is of an asset. Outings take turns.
+void giveOtherFiles(AssetPlan &plan, bool isOddOuting)
+{
+    // An early library has no word for live photos. The camera made some all the same.
+    plan.hasLiveFilm = plan.slot == LivePhoto;
+    plan.filmExtension = QLatin1String(isOddOuting ? "mov" : "MOV");
+    plan.hasRaw = plan.slot == ImportFirst && !isOddOuting;
+    plan.isEdited =
+        plan.slot == EditedLater || (isOddOuting && (plan.slot == LivePhoto || plan.slot == Film));
+    plan.hasRecipeBeside = plan.slot == EditedLater && !isOddOuting;
+}
+
 double withMillis(qint64 seconds, int millis)
 {
     return static_cast<double>(seconds) + static_cast<double>(millis) / 1000.0;
@@ -282,8 +294,7 @@ void LibraryPlan::placeFile(AssetPlan &plan) const
         plan.durationTicks = filmTicks(plan.index, random);
     plan.claimedSize = plan.isVideo() ? 30LL * plan.durationTicks + random.between(5000, 90000)
                                       : random.between(8000, 48000);
-    plan.hasLiveFilm = isLate() && plan.slot == LivePhoto;
-    plan.isEdited = isLate() && plan.slot == EditedLater;
+    giveOtherFiles(plan, plan.index / outingSize % 2 == 1);
     if (plan.index == UpsideDown) // one photo whose file got lost
         plan.hasSource = false;
 }
@@ -302,7 +313,7 @@ void LibraryPlan::giveDates(AssetPlan &plan) const
 
     plan.created = withMillis(second, millis);
     plan.modified = plan.created;
-    if (plan.slot == EditedLater)
+    if (plan.isEdited)
         plan.modified =
             withMillis(second + daySeconds * random.between(1, 200), random.below(1000));
     if (isLate() && plan.slot == ThrownAway)

@@ -56,7 +56,10 @@ struct AssetPlan {
     bool hasLargeThumbnail = false;
     bool hasSource = true;
     bool hasLiveFilm = false;
-    bool isEdited = false;
+    QString filmExtension;        ///< of the live film
+    bool hasRaw = false;          ///< the camera's raw data beside the JPEG
+    bool isEdited = false;        ///< the edited picture or film is kept, and how it was made
+    bool hasRecipeBeside = false; ///< how it was made is noted beside the original, too
     bool sizeRecorded = true;
     qint64 claimedSize = 0; ///< bytes, for a source that is not written
 

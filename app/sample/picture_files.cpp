@@ -4,6 +4,7 @@
 #include "sample/jpeg.h"
 #include "sample/movie.h"
 #include "sample/property_lists.h"
+#include "sample/raw_file.h"
 #include "sample/scenes.h"
 
 #include <QSize>
@@ -13,6 +14,7 @@ namespace sample {
 namespace {
 
 constexpr QSize largeThumbnail(256, 256);
+constexpr QSize rawSize(128, 128);
 constexpr int thumbnailQuality = 80;
 constexpr int frameQuality = 70;
 constexpr int liveFilmTicks = 1800; // 3 s
@@ -23,7 +25,17 @@ int frameCount(int ticks)
     return qBound(2, ticks / 300, 12);
 }
 
-QByteArray film(const AssetPlan &asset, int ticks)
+QImage inColours(const QImage &picture)
+{
+    return picture;
+}
+
+QImage inBlackAndWhite(const QImage &picture)
+{
+    return picture.convertToFormat(QImage::Format_Grayscale8).convertToFormat(QImage::Format_RGB32);
+}
+
+QByteArray film(const AssetPlan &asset, int ticks, QImage (*developed)(const QImage &) = inColours)
 {
     Movie movie;
     movie.size = QSize(asset.width, asset.height);
@@ -31,7 +43,7 @@ QByteArray film(const AssetPlan &asset, int ticks)
     movie.createdAt = static_cast<qint64>(asset.created);
     const int count = frameCount(ticks);
     for (int i = 0; i < count; ++i)
-        movie.frames.append(jpeg(paintScene(asset, i * 1000 / count), frameQuality));
+        movie.frames.append(jpeg(developed(paintScene(asset, i * 1000 / count)), frameQuality));
     return quickTimeFile(movie);
 }
 
@@ -59,14 +71,25 @@ qint64 PictureFiles::write(const AssetPlan &asset)
 qint64 PictureFiles::writeSource(const AssetPlan &asset, const QImage &picture)
 {
     const auto date = static_cast<qint64>(asset.created);
-    if (asset.hasLiveFilm)
-        m_folder.writeFile(asset.directory + QLatin1Char('/') + asset.stem() +
-                               QLatin1String(".MOV"),
-                           film(asset, liveFilmTicks), date);
+    writeCompanions(asset, picture);
     const QByteArray file = asset.isVideo() ? film(asset, asset.durationTicks)
                                             : cameraJpeg(picture, asset.orientation, date);
     m_folder.writeFile(asset.path(), file, date);
     return file.size();
+}
+
+void PictureFiles::writeCompanions(const AssetPlan &asset, const QImage &picture)
+{
+    const QString stemPath = asset.directory + QLatin1Char('/') + asset.stem() + QLatin1Char('.');
+    const auto date = static_cast<qint64>(asset.created);
+    const auto edited = static_cast<qint64>(asset.modified);
+    if (asset.hasLiveFilm)
+        m_folder.writeFile(stemPath + asset.filmExtension, film(asset, liveFilmTicks), date);
+    if (asset.hasRaw)
+        m_folder.writeFile(stemPath + QLatin1String("DNG"), rawFile(fitted(picture, rawSize)),
+                           date);
+    if (asset.hasRecipeBeside)
+        m_folder.writeFile(stemPath + QLatin1String("AAE"), adjustmentsPlist(edited), edited);
 }
 
 void PictureFiles::writeThumbnails(const AssetPlan &asset, const QImage &picture)
@@ -81,15 +104,19 @@ void PictureFiles::writeThumbnails(const AssetPlan &asset, const QImage &picture
                                            asset.uuid, m_format));
 }
 
-/// The edited photo is in black and white. What was done to it is noted beside it.
+/// The edited photo or film is in black and white. What was done to it is noted beside it.
 void PictureFiles::writeEdit(const AssetPlan &asset, const QImage &picture)
 {
     const QString folder =
         QStringLiteral("PhotoData/Mutations/%1/%2/Adjustments/").arg(asset.directory, asset.stem());
     const auto date = static_cast<qint64>(asset.modified);
-    const QImage gray = picture.convertToFormat(QImage::Format_Grayscale8);
-    m_folder.writeFile(folder + QLatin1String("FullSizeRender.jpg"),
-                       jpeg(gray.convertToFormat(QImage::Format_RGB32), thumbnailQuality), date);
+    const int ticks = asset.isVideo() ? asset.durationTicks : liveFilmTicks;
+    if (!asset.isVideo())
+        m_folder.writeFile(folder + QLatin1String("FullSizeRender.jpg"),
+                           jpeg(inBlackAndWhite(picture), thumbnailQuality), date);
+    if (asset.isVideo() || asset.hasLiveFilm)
+        m_folder.writeFile(folder + QLatin1String("FullSizeRender.mov"),
+                           film(asset, ticks, inBlackAndWhite), date);
     m_folder.writeFile(folder + QLatin1String("Adjustments.plist"), adjustmentsPlist(date), date);
 }
 

@@ -25,6 +25,7 @@ public:
 
 private:
     qint64 writeSource(const AssetPlan &asset, const QImage &picture);
+    void writeCompanions(const AssetPlan &asset, const QImage &picture);
     void writeThumbnails(const AssetPlan &asset, const QImage &picture);
     void writeEdit(const AssetPlan &asset, const QImage &picture);
     void writePoster(const AssetPlan &asset, const QImage &picture);

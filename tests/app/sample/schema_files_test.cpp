@@ -29,6 +29,26 @@ protected:
     QString stem(const SqlRow &row) const { return QFileInfo(file(row)).completeBaseName(); }
     bool exists(const QString &relative) const { return QFile::exists(m_sample.path(relative)); }
 
+    QString edits(const SqlRow &row) const
+    {
+        return QStringLiteral("PhotoData/Mutations/%1/%2/Adjustments/").arg(row.at(0), stem(row));
+    }
+
+    /// The values of the first directory of a little-endian TIFF file, by tag.
+    static QMap<int, quint32> tiffTags(const QByteArray &bytes)
+    {
+        EXPECT_TRUE(bytes.startsWith(QByteArray("II*\0", 4)));
+        const auto at = [&bytes](int offset) { return bytes.constData() + offset; };
+        const int directory = qFromLittleEndian<qint32>(at(4));
+        const int count = qFromLittleEndian<quint16>(at(directory));
+        QMap<int, quint32> tags;
+        for (int i = 0; i < count; ++i) {
+            const char *const entry = at(directory + 2 + 12 * i);
+            tags[qFromLittleEndian<quint16>(entry)] = qFromLittleEndian<quint32>(entry + 8);
+        }
+        return tags;
+    }
+
     WrittenSample m_sample{sampleOptions(57, true, 1, GetParam())}; // three outings
     SampleDatabase m_database{m_sample};
 };
@@ -45,35 +65,75 @@ TEST_P(SampleFiles, HaveAFilmBesideEveryLivePhoto)
 {
     const QVector<SqlRow> photos =
         assets("ZDIRECTORY, ZFILENAME", "ZKIND = 0 and ZKINDSUBTYPE = 2");
-    EXPECT_EQ(photos.size(), 3);
+    QStringList extensions;
     for (const SqlRow &photo : photos) {
         EXPECT_TRUE(exists(file(photo)));
-        EXPECT_TRUE(m_sample.bytes(QStringLiteral("%1/%2.MOV").arg(photo.at(0), stem(photo)))
-                        .mid(4)
-                        .startsWith("ftyp"));
+        const QString film = QStringLiteral("%1/%2.").arg(photo.at(0), stem(photo));
+        const QString extension =
+            exists(film + QLatin1String("mov")) ? QStringLiteral("mov") : QStringLiteral("MOV");
+        extensions.append(extension);
+        EXPECT_TRUE(m_sample.bytes(film + extension).mid(4).startsWith("ftyp"));
     }
+    EXPECT_EQ(QStringList({"MOV", "mov", "MOV"}), extensions);
 }
 
 TEST_P(SampleFiles, HaveTheEditedPictureOfEveryEditedPhoto)
 {
-    const QVector<SqlRow> photos =
-        assets("ZDIRECTORY, ZFILENAME, ZWIDTH, ZHEIGHT", QByteArray(editColumn()) + " != 0");
-    EXPECT_EQ(photos.size(), 3);
+    const QVector<SqlRow> photos = assets("ZDIRECTORY, ZFILENAME, ZWIDTH, ZHEIGHT",
+                                          QByteArray(editColumn()) + " != 0 and ZKIND = 0");
+    EXPECT_EQ(photos.size(), 4);
     for (const SqlRow &photo : photos) {
-        const QString folder =
-            QStringLiteral("PhotoData/Mutations/%1/%2/Adjustments/").arg(photo.at(0), stem(photo));
-        const QImage edited(m_sample.path(folder + QLatin1String("FullSizeRender.jpg")));
+        const QImage edited(m_sample.path(edits(photo) + QLatin1String("FullSizeRender.jpg")));
         EXPECT_EQ(edited.width(), photo.at(2).toInt());
         EXPECT_EQ(edited.height(), photo.at(3).toInt());
         const QImage original(m_sample.path(file(photo)));
         EXPECT_FALSE(original.isGrayscale());
         EXPECT_TRUE(edited.isGrayscale());
-        EXPECT_TRUE(m_sample.bytes(folder + QLatin1String("Adjustments.plist"))
+        EXPECT_TRUE(m_sample.bytes(edits(photo) + QLatin1String("Adjustments.plist"))
                         .contains("<key>adjustmentFormatIdentifier</key>"));
     }
+}
+
+TEST_P(SampleFiles, HaveTheEditedFilmOfEveryEditedVideoAndLivePhoto)
+{
+    const QVector<SqlRow> films =
+        assets("ZDIRECTORY, ZFILENAME",
+               QByteArray(editColumn()) + " != 0 and (ZKIND = 1 or ZKINDSUBTYPE = 2)");
+    EXPECT_EQ(films.size(), 2);
+    for (const SqlRow &film : films) {
+        EXPECT_TRUE(m_sample.bytes(edits(film) + QLatin1String("FullSizeRender.mov"))
+                        .mid(4)
+                        .startsWith("ftyp"));
+        EXPECT_TRUE(exists(edits(film) + QLatin1String("Adjustments.plist")));
+    }
+}
+
+TEST_P(SampleFiles, HaveNoOtherEdits)
+{
     const QStringList mutations =
         m_sample.files().filter(QRegExp(QStringLiteral("^PhotoData/Mutations/")));
-    EXPECT_EQ(mutations.size(), 6);
+    EXPECT_EQ(mutations.size(), 3 * 2 + 3 + 2); // of three photos, a Live Photo and a video
+}
+
+TEST_P(SampleFiles, NoteSomeEditsBesideTheOriginals)
+{
+    const QStringList recipes = m_sample.files().filter(QRegExp(QStringLiteral("\\.AAE$")));
+    EXPECT_EQ(QStringList({"DCIM/100APPLE/IMG_0004.AAE", "DCIM/101APPLE/IMG_0044.AAE"}), recipes);
+    for (const QString &recipe : recipes)
+        EXPECT_TRUE(m_sample.bytes(recipe).contains("<key>adjustmentFormatIdentifier</key>"));
+}
+
+TEST_P(SampleFiles, HaveTheRawDataOfSomeImports)
+{
+    const QStringList files = m_sample.files().filter(QRegExp(QStringLiteral("\\.DNG$")));
+    EXPECT_EQ(QStringList({"DCIM/100APPLE/IMG_0010.DNG", "DCIM/101APPLE/IMG_0050.DNG"}), files);
+    for (const QString &file : files) {
+        const QMap<int, quint32> tags = tiffTags(m_sample.bytes(file));
+        const quint32 width = tags[256], height = tags[257], offset = tags[273], count = tags[279];
+        EXPECT_EQ(width * height, count);
+        EXPECT_EQ(offset + count, quint32(m_sample.bytes(file).size()));
+        EXPECT_EQ(0x0401u, tags[50706]); // the version that makes it a DNG file
+    }
 }
 
 TEST_P(SampleFiles, LackTheFilesThatAreElsewhere)
