@@ -12,4 +12,10 @@ class CancelToken;
 QByteArray sha256OfDeviceFile(DeviceFileSystem &files, const QByteArray &path, FileError *error,
                               const CancelToken &cancel);
 
+/// Whether the file `path` of a device has the content of what is left to read of the local file
+/// `file`; false, with `*error` filled, when it cannot be read. Reads no further than to the first
+/// difference. Throws Error of the kind Cancelled soon after `cancel` is.
+bool hasContentOf(DeviceFileSystem &files, const QByteArray &path, int file, FileError *error,
+                  const CancelToken &cancel);
+
 #endif // PHOTOLIB_ENGINE_DEVICE_HASH_H

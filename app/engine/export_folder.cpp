@@ -1,5 +1,7 @@
 #include "engine/export_folder.h"
 
+#include "base/cancel_token.h"
+#include "base/error.h"
 #include "base/folders.h"
 #include "base/sha256.h"
 
@@ -136,12 +138,14 @@ qint64 ExportFolder::room() const
     return room;
 }
 
-QByteArray sha256OfFile(int file)
+QByteArray sha256OfFile(int file, const CancelToken &cancel)
 {
     constexpr int blockSize = 256 << 10;
     QByteArray block(blockSize, Qt::Uninitialized);
     Sha256 hash;
     for (;;) {
+        if (cancel.isCancelled())
+            throw Error(Error::Cancelled, "interrupted");
         const ssize_t count = ::read(file, block.data(), static_cast<size_t>(block.size()));
         if (count == 0)
             return hash.takeHex();

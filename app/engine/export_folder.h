@@ -6,6 +6,8 @@
 #include <QByteArray>
 #include <QtGlobal>
 
+class CancelToken;
+
 /// The folder that photos are exported to. Paths are below it, with "/" between names; no link in
 /// one is followed, so that nothing outside the folder is read or written.
 ///
@@ -68,7 +70,7 @@ private:
 };
 
 /// The SHA-256 of what is left to read of `file`, as 64 lower-case hexadecimal digits; null when it
-/// cannot be read.
-QByteArray sha256OfFile(int file);
+/// cannot be read. Throws Error of the kind Cancelled soon after `cancel` is.
+QByteArray sha256OfFile(int file, const CancelToken &cancel);
 
 #endif // PHOTOLIB_ENGINE_EXPORT_FOLDER_H

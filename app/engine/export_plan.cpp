@@ -143,7 +143,7 @@ private:
     bool isUnchangedByContent(const RecordedFile &known)
     {
         const UniqueFd file = m_folder.open(known.path);
-        return file.isOpen() && sha256OfFile(file.get()) == known.sha256;
+        return file.isOpen() && sha256OfFile(file.get(), m_cancel) == known.sha256;
     }
 
     // Whether the device has what `known`, which the folder has, is a copy of. What is in iCloud
@@ -237,7 +237,7 @@ private:
         const UniqueFd there = m_folder.open(file.path);
         file.action = PlannedFile::Keep;
         file.size = m_folder.entry(file.path).size;
-        file.sha256 = there.isOpen() ? sha256OfFile(there.get()) : QByteArray();
+        file.sha256 = there.isOpen() ? sha256OfFile(there.get(), m_cancel) : QByteArray();
         m_plan.found.push_back(recordOf(file, key));
     }
 
@@ -318,12 +318,17 @@ private:
             (!source.make && source.info.size != entry.size))
             return false;
         const UniqueFd file = m_folder.open(path);
-        return file.isOpen() && sha256OfFile(file.get()) == hashOf(source);
+        return file.isOpen() && isCopyOf(source, file.get());
     }
 
-    QByteArray hashOf(const ExportSource &source)
+    bool isCopyOf(const ExportSource &source, int file)
     {
-        return source.make ? sha256Hex(source.make().bytes) : deviceHash(source);
+        if (source.make)
+            return sha256OfFile(file, m_cancel) == sha256Hex(source.make().bytes);
+        FileError error;
+        const bool isCopy = hasContentOf(m_session.files(), source.source, file, &error, m_cancel);
+        m_session.requireConnected(error);
+        return isCopy;
     }
 
     // Beside the first file of the photo that the folder has or gets.
@@ -375,7 +380,8 @@ private:
             return;
         }
         const UniqueFd there = m_folder.open(file.path);
-        const QByteArray hashThere = there.isOpen() ? sha256OfFile(there.get()) : QByteArray();
+        const QByteArray hashThere =
+            there.isOpen() ? sha256OfFile(there.get(), m_cancel) : QByteArray();
         const bool mayReplace = isPlaceRecorded && (hashThere == known->sha256 ||
                                                     m_request.update == UpdateChoice::Replace);
         if (hashThere == hash)

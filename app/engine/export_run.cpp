@@ -5,6 +5,7 @@
 #include "engine/library_session.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 
 #include <cerrno>
 #include <cmath>
@@ -72,14 +73,31 @@ void ExportRun::run()
     try {
         copyAll();
     } catch (const Error &error) {
-        if (error.kind() != Error::Cancelled)
-            flushLast();
+        if (error.kind() == Error::Cancelled)
+            dropSlowest();
+        flushLast();
         throw;
     } catch (const std::system_error &error) {
         const std::string cause = causeOf(error);
         flushLast();
         throw Error(m_folder.path().toStdString(), cause);
     }
+}
+
+// Somebody waits for the end: what the disk has not stored soon is copied again another time.
+void ExportRun::dropSlowest()
+{
+    constexpr qint64 patience = 200; // milliseconds
+    QElapsedTimer clock;
+    clock.start();
+    std::size_t stored = 0;
+    try {
+        while (stored < m_batch.size() && clock.elapsed() < patience)
+            m_batch[stored++].copy.file->store();
+    } catch (const std::system_error &) {
+        --stored;
+    }
+    m_batch.resize(stored);
 }
 
 // What ends the run is told, and not what that leads to.
@@ -139,6 +157,7 @@ void ExportRun::takeCopy(Copies &copies)
 
 void ExportRun::addWritten(std::size_t index, FileCopy copy)
 {
+    tellDone();
     if (!copy.file)
         return settleAsFailed(index, copy.failure);
     m_batchBytes += copy.size;
@@ -233,7 +252,7 @@ bool ExportRun::isVerified(const Written &written)
     const UniqueFd file = m_folder.open(path);
     if (file.isOpen())
         ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED); // not from memory
-    if (file.isOpen() && sha256OfFile(file.get()) == written.copy.sha256)
+    if (file.isOpen() && sha256OfFile(file.get(), m_cancel) == written.copy.sha256)
         return true;
     m_folder.remove(path);
     return false;
@@ -258,6 +277,7 @@ RecordedFile ExportRun::recordOf(const Written &written) const
 void ExportRun::settle(std::size_t index)
 {
     const PlannedFile &file = m_plan.files[index];
+    tellDone();
     switch (file.action) {
     case PlannedFile::Copy:
         break;
@@ -301,8 +321,6 @@ void ExportRun::settleAsFailed(std::size_t index, const QString &cause)
 void ExportRun::report(std::size_t index, ReportedFile::Status status)
 {
     m_reported[index] = reportedFile(m_plan.files[index], status);
-    ++m_progress.doneFiles;
-    tellProgress();
 }
 
 std::optional<qint64> ExportRun::timeOf(const PlannedFile &file) const
@@ -311,6 +329,12 @@ std::optional<qint64> ExportRun::timeOf(const PlannedFile &file) const
     if (!m_session.classicIpod() || !taken)
         return nanoseconds(taken);
     return fileTimeOf(QDateTime::fromSecsSinceEpoch(qint64(*taken) + secondsTo2001, Qt::UTC));
+}
+
+void ExportRun::tellDone()
+{
+    ++m_progress.doneFiles;
+    tellProgress();
 }
 
 void ExportRun::tellProgress()

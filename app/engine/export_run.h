@@ -51,6 +51,7 @@ private:
     void takeCopy(Copies &copies);
     void addWritten(std::size_t index, FileCopy copy);
     void flush();
+    void dropSlowest();
     void flushLast();
     void nameAll(std::vector<Written> &batch);
     bool giveName(Written &written);
@@ -62,6 +63,7 @@ private:
     void settleAsFailed(std::size_t index, const QString &cause);
     void report(std::size_t index, ReportedFile::Status status);
     std::optional<qint64> timeOf(const PlannedFile &file) const;
+    void tellDone();
     void tellProgress();
 
     LibrarySession &m_session;

@@ -5,13 +5,17 @@
 #include "base/error.h"
 #include "base/folders.h"
 #include "engine/device_bounds.h"
+#include "engine/export_albums.h"
 #include "engine/export_run.h"
 #include "engine/export_state.h"
 #include "engine/library_session.h"
 #include "engine/photo_filter.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <map>
 #include <system_error>
+#include <unistd.h>
 
 namespace {
 
@@ -30,6 +34,31 @@ void tellCutNames(const ExportPlan &plan, ExportObserver &observer)
 {
     for (const QString &name : plan.cutNames)
         observer.noted(name + QStringLiteral(": its name is too long for the disk, and was cut"));
+}
+
+// What the folders of albums may hold of each photo: all that the folder has, also from earlier
+// exports.
+ExportedFiles exportedFiles(const Catalog &catalog, const ExportContents &contents,
+                            ExportFolder &folder)
+{
+    std::map<QByteArray, qint64> ids;
+    for (const Asset &asset : catalog.assets)
+        ids.emplace(recordKey(asset), asset.id);
+    std::map<qint64, std::vector<std::pair<ExportRole, QByteArray>>> files;
+    for (const RecordedFile &file : contents.files) {
+        const auto id = ids.find(file.photo);
+        const bool isShown = file.role != ExportRole::Recipe && file.role != ExportRole::Sidecar;
+        if (file.isCurrent && isShown && id != ids.end() &&
+            folder.entry(file.path).kind == ExportFolder::Kind::File)
+            files[id->second].emplace_back(file.role, file.path);
+    }
+    ExportedFiles result;
+    for (auto &photo : files) {
+        std::sort(photo.second.begin(), photo.second.end());
+        for (const auto &file : photo.second)
+            result[photo.first].push_back(file.second);
+    }
+    return result;
 }
 
 // Every failure that ends it tells what was done by then.
@@ -63,9 +92,31 @@ public:
         ExportRecord record(state);
         m_ensured->keep();
         copy(plan, folder, record, state, result);
+        if (m_request.albums)
+            makeAlbums(folder, record, result);
     }
 
 private:
+    void makeAlbums(ExportFolder &folder, ExportRecord &record, ExportResult *result)
+    {
+        ExportContents contents = record.contents();
+        AlbumsToExport albums;
+        albums.catalog = &m_session.catalog();
+        albums.files = exportedFiles(m_session.catalog(), contents, folder);
+        albums.kind = *m_request.albums;
+        albums.recorded = std::move(contents.albumFiles);
+        const AlbumsResult made = exportAlbums(albums, folder.fd(), m_cancel);
+        if (albums.kind == RecordedAlbumFile::Copy)
+            ::syncfs(folder.fd());
+        record.setAlbumFiles(made.files);
+        for (const ItemFailure &failure : made.failures) {
+            ++result->counts.failed;
+            m_observer.failed(failure);
+        }
+        if (m_cancel.isCancelled())
+            rethrowWith(Error(Error::Cancelled, "interrupted"), result->counts);
+    }
+
     void copy(const ExportPlan &plan, ExportFolder &folder, ExportRecord &record,
               const ExportState &state, ExportResult *result)
     {
