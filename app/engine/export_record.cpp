@@ -8,8 +8,6 @@
 #include "engine/record_copy.h"
 #include "engine/record_database.h"
 
-#include <QList>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -47,18 +45,16 @@ enum class State { Empty, Complete };
 
 bool isStateName(const QByteArray &name)
 {
-    return comparedName(name) == QLatin1String(exportStateName); // some disks tell no case apart
+    return name.startsWith('.') &&
+           comparedName(name) == QLatin1String(exportStateName); // some disks tell no case apart
 }
 
 // Whether `path` names something below the folder of the export, and nothing of its record.
 bool isBelowFolder(const QByteArray &path)
 {
-    const QList<QByteArray> names = path.split('/');
-    const auto isNoName = [](const QByteArray &name) {
-        return name.isEmpty() || name == "." || name == "..";
-    };
-    return std::none_of(names.begin(), names.end(), isNoName) && !isStateName(names.first()) &&
-           !path.contains('\0');
+    const QByteArray whole = '/' + path + '/';
+    return !whole.contains("//") && !whole.contains("/./") && !whole.contains("/../") &&
+           !path.contains('\0') && !isStateName(path.mid(0, path.indexOf('/')));
 }
 
 bool isSha256(const QByteArray &text)
@@ -250,7 +246,8 @@ public:
     {
         const State state = stateOf(*this);
         // A power cut may cost the last files their place in the record, but nothing else.
-        run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
+        run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; "
+            "PRAGMA cache_size = -32768; PRAGMA wal_autocheckpoint = 8192");
         if (state == State::Empty)
             makeTables(*this);
     }

@@ -100,7 +100,7 @@ QByteArray copied(const RecordFiles &files, const char *name, const QString &pat
         check(copy.isOpen() || copy.open(QIODevice::WriteOnly));
         check(copy.write(bytes, count) == count);
     };
-    const QByteArray sum = files.read(name, write);
+    QByteArray sum = files.read(name, write);
     check(!copy.isOpen() || copy.flush());
     return sum;
 }

@@ -215,7 +215,7 @@ TEST_F(ExportRecordFile, AddsNothingOfFilesOneOfWhichCannotBeRecorded)
 {
     OpenRecord open(m_scratch.root());
     for (const QByteArray path : {"/etc/passwd", "../a", "a/../../b", "a//b", "a/", "", ".", "a/.",
-                                  ".photolib/a", ".PhotoLib/a"}) {
+                                  ".photolib", ".photolib/a", ".PhotoLib/a"}) {
         RecordedFile file = recordedFile(path, "bytes");
         EXPECT_THROW(open.record.add({recordedFile("good", ""), file}), Error) << path.constData();
         EXPECT_THROW(open.record.setAlbumFiles({{RecordedAlbumFile::Link, path, "a"}}), Error);
