@@ -168,6 +168,7 @@ void setUp(CLI::App &app, CommandContext &context)
     addSheetCommand(app, context);
     addThumbCommand(app, context);
     addExportCommand(app, context);
+    addVerifyCommand(app, context);
     addEditCommand(app, context);
     addDumpCommand(app, context);
     addSampleCommand(app, context);

@@ -30,6 +30,7 @@ void addDumpCommand(CLI::App &app, CommandContext &context);
 void addSheetCommand(CLI::App &app, CommandContext &context);
 void addThumbCommand(CLI::App &app, CommandContext &context);
 void addExportCommand(CLI::App &app, CommandContext &context);
+void addVerifyCommand(CLI::App &app, CommandContext &context);
 void addEditCommand(CLI::App &app, CommandContext &context);
 
 #endif // PHOTOLIB_CLI_COMMAND_H

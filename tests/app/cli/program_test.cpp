@@ -268,7 +268,7 @@ TEST_F(ProgramUsage, WritesNoFilesOfASampleThatNobodyAskedFor)
 TEST_F(ProgramUsage, ShowsTheHelpOfACommandWithTheCommonOptions)
 {
     for (const char *command : {"info", "photos", "albums", "show", "sheet", "thumb", "export",
-                                "edit", "dump", "sample"}) {
+                                "verify", "edit", "dump", "sample"}) {
         const ProgramResult help = run({"help", command});
         EXPECT_EQ(0, help.exitCode) << command;
         EXPECT_EQ(help.output, run({command, "--help"}).output) << command;
@@ -280,7 +280,7 @@ TEST_F(ProgramUsage, ShowsTheHelpOfACommandWithTheCommonOptions)
 
 TEST_F(ProgramUsage, ShowsHelpInLinesThatFit)
 {
-    for (const char *command : {"", "info", "thumb", "export", "edit", "sample"}) {
+    for (const char *command : {"", "info", "thumb", "export", "verify", "edit", "sample"}) {
         const QByteArray help = run({"help", command}).output;
         for (const QByteArray &line : help.split('\n'))
             EXPECT_LE(line.size(), 80) << line.constData();
