@@ -44,6 +44,11 @@ std::vector<PlannedAlbumFile> filesOf(const Album &album, const ExportedFiles &e
     return files;
 }
 
+QByteArray targetName(const PlannedAlbumFile &file)
+{
+    return file.target.mid(file.target.lastIndexOf('/') + 1);
+}
+
 // Gives each album a path of its own.
 class AlbumPaths
 {
@@ -101,8 +106,13 @@ std::vector<PlannedAlbum> plannedAlbums(const Catalog &catalog, const ExportedFi
 
 QByteArray albumFileName(const PlannedAlbumFile &file, int number)
 {
-    const QByteArray name = file.target.mid(file.target.lastIndexOf('/') + 1);
+    const QByteArray name = targetName(file);
     const QByteArray stem = nameStem(name);
     const QByteArray end = numberSuffix(number) + name.mid(stem.size());
     return cutName(file.number + ' ' + stem, longestOnDisks - end.size()) + end;
+}
+
+bool isCutInAlbum(const PlannedAlbumFile &file)
+{
+    return file.number.size() + 1 + targetName(file).size() > longestOnDisks;
 }

@@ -1,0 +1,72 @@
+#ifndef PHOTOLIB_ENGINE_ALBUM_DISK_H
+#define PHOTOLIB_ENGINE_ALBUM_DISK_H
+
+#include "base/unique_fd.h"
+#include "engine/export_record.h"
+
+#include <QByteArray>
+
+#include <functional>
+#include <optional>
+
+#include <sys/stat.h>
+
+class CancelToken;
+
+/// The albums' part of an export as it is on the disk. Paths are below the export's folder, and no
+/// link in one is followed.
+///
+/// Each operation throws std::system_error when the disk refuses, and Error of the kind Cancelled
+/// soon after the token is cancelled while it reads or copies.
+class AlbumDisk
+{
+public:
+    /// `exportFolder` is a descriptor of the export's folder. What is given by reference and the
+    /// descriptor must outlive the object. `copied` hears how many bytes were copied since it heard
+    /// last.
+    AlbumDisk(int exportFolder, const CancelToken &cancel, std::function<void(qint64)> copied);
+
+    /// Whether anything has this path.
+    bool isThere(const QByteArray &path) const;
+
+    /// Whether the path of `file` has what `file` says: a link with that target, another name of
+    /// that very file, or a copy of it. A copy that was `recorded` is told by its size and time,
+    /// any other by its content.
+    bool holds(const RecordedAlbumFile &file, bool isRecorded) const;
+
+    /// Whether nothing would be lost with the file that was recorded as `file`: a link of that
+    /// target, one of several names of a file, or the same as the exported file.
+    bool isRemovable(const RecordedAlbumFile &file) const;
+
+    /// Throws Error when the disk does not take what `file` says, which is no copy.
+    void requireLinks(const RecordedAlbumFile &file) const;
+
+    /// Makes the folder and those that it lies in.
+    void makeFolder(const QByteArray &path) const;
+
+    /// Makes the file in its folder, which is there. False when anything has its path.
+    bool make(const RecordedAlbumFile &file) const;
+
+    void removeFile(const QByteArray &path) const;
+
+    /// Removes what a program that was killed left of files that it copied to the folder.
+    void removeScraps(const QByteArray &folder) const;
+
+    /// Removes the folder, and those that it lies in, up to the first that is not empty.
+    void removeEmptyFolders(const QByteArray &path) const;
+
+private:
+    std::optional<struct stat> status(const QByteArray &path) const;
+    bool isLinkTo(const QByteArray &path, const QByteArray &target) const;
+    bool isCopy(const QByteArray &path, const QByteArray &target, bool isUnchanged) const;
+    bool haveSameContent(const QByteArray &path, const QByteArray &other) const;
+    UniqueFd openFile(const QByteArray &path) const;
+    bool copy(const RecordedAlbumFile &file) const;
+    void requireGoingOn() const;
+
+    const int m_root;
+    const CancelToken &m_cancel;
+    const std::function<void(qint64)> m_copied;
+};
+
+#endif // PHOTOLIB_ENGINE_ALBUM_DISK_H

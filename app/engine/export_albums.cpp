@@ -1,0 +1,239 @@
+#include "engine/export_albums.h"
+
+#include "base/cancel_token.h"
+#include "base/error.h"
+#include "base/file_names.h"
+#include "engine/album_disk.h"
+
+#include <cerrno>
+#include <map>
+#include <set>
+#include <system_error>
+
+namespace {
+
+QByteArray folderOf(const QByteArray &path)
+{
+    return path.left(qMax(path.lastIndexOf('/'), 0));
+}
+
+bool isFull(const std::system_error &error)
+{
+    const int code = error.code().value();
+    return code == ENOSPC || code == EDQUOT || code == EROFS;
+}
+
+class AlbumsExporter
+{
+public:
+    AlbumsExporter(const AlbumsToExport &albums, int exportFolder, const CancelToken &cancel,
+                   const std::function<void(qint64)> &copied)
+        : m_kind(albums.kind), m_cancel(cancel), m_disk(exportFolder, cancel, copied),
+          m_albums(plannedAlbums(*albums.catalog, albums.files))
+    {
+        for (const RecordedAlbumFile &file : albums.recorded) {
+            if (file.path.startsWith("Albums/"))
+                m_ours[comparedName(file.path)] = {file, false};
+        }
+    }
+
+    AlbumsResult run()
+    {
+        try {
+            runToTheEnd();
+        } catch (const Error &error) {
+            if (error.kind() != Error::Cancelled)
+                throw;
+            m_result.isComplete = false;
+        }
+        removeEmptyFolders();
+        for (const auto &each : m_ours)
+            m_result.files.push_back(each.second.file);
+        std::sort(m_result.files.begin(), m_result.files.end(),
+                  [](const auto &one, const auto &other) { return one.path < other.path; });
+        return std::move(m_result);
+    }
+
+private:
+    // What the program has put there, by compared path.
+    struct OurFile {
+        RecordedAlbumFile file;
+        bool isWanted = false;
+    };
+
+    struct MissingFile {
+        const PlannedAlbum *album;
+        const PlannedAlbumFile *file;
+        int number; // of its name
+    };
+
+    void runToTheEnd()
+    {
+        claimFolders();
+        for (const PlannedAlbum &album : m_albums)
+            findFilesOf(album);
+        if (!m_missing.empty() && m_kind != RecordedAlbumFile::Copy)
+            m_disk.requireLinks(wanted(m_missing.front()));
+        removeUnwanted();
+        makeMissing();
+    }
+
+    // No file is to have the name of a folder.
+    void claimFolders()
+    {
+        for (const PlannedAlbum &album : m_albums) {
+            m_result.cut += album.wasCut ? 1 : 0;
+            for (QByteArray path = album.path; !path.isEmpty(); path = folderOf(path))
+                m_claimed.insert(comparedName(path));
+        }
+    }
+
+    RecordedAlbumFile wanted(const MissingFile &missing) const
+    {
+        const QByteArray name = albumFileName(*missing.file, missing.number);
+        return {m_kind, missing.album->path + '/' + name, missing.file->target};
+    }
+
+    void findFilesOf(const PlannedAlbum &album)
+    {
+        m_disk.removeScraps(album.path);
+        for (const PlannedAlbumFile &file : album.files) {
+            requireGoingOn();
+            m_result.cut += isCutInAlbum(file) ? 1 : 0;
+            MissingFile missing = {&album, &file, 1};
+            doOrFail(wanted(missing).path, [&] { find(missing); });
+        }
+    }
+
+    // Finds the file where it is right already, or a name for it.
+    void find(MissingFile &missing)
+    {
+        for (;; ++missing.number) {
+            const RecordedAlbumFile file = wanted(missing);
+            const QString key = comparedName(file.path);
+            if (m_claimed.count(key) != 0)
+                continue;
+            const auto ours = m_ours.find(key);
+            const bool isOurs = ours != m_ours.end();
+            if (m_disk.holds(file, isOurs && isSame(ours->second.file, file))) {
+                m_claimed.insert(key);
+                m_ours[key] = {file, true};
+                ++m_result.unchanged;
+                return;
+            }
+            if (!m_disk.isThere(file.path) || (isOurs && m_disk.isRemovable(ours->second.file))) {
+                m_claimed.insert(key);
+                m_missing.push_back(missing);
+                return;
+            }
+        }
+    }
+
+    static bool isSame(const RecordedAlbumFile &one, const RecordedAlbumFile &other)
+    {
+        return one.kind == other.kind && one.target == other.target;
+    }
+
+    void removeUnwanted()
+    {
+        for (auto ours = m_ours.begin(); ours != m_ours.end();) {
+            requireGoingOn();
+            const bool stays = ours->second.isWanted || !remove(ours->second.file);
+            ours = stays ? std::next(ours) : m_ours.erase(ours);
+        }
+    }
+
+    // False when it is still there and still the program's.
+    bool remove(const RecordedAlbumFile &file)
+    {
+        m_touchedFolders.insert(folderOf(file.path));
+        return doOrFail(file.path, [&] {
+            if (!m_disk.isRemovable(file))
+                return;
+            m_disk.removeFile(file.path);
+            ++m_result.removed;
+        });
+    }
+
+    void makeMissing()
+    {
+        const PlannedAlbum *album = nullptr;
+        bool hasFolder = false;
+        for (const MissingFile &missing : m_missing) {
+            requireGoingOn();
+            if (missing.album != album)
+                hasFolder = makeFolder(*missing.album);
+            album = missing.album;
+            if (hasFolder)
+                doOrFail(wanted(missing).path, [&] { make(missing); });
+        }
+    }
+
+    bool makeFolder(const PlannedAlbum &album)
+    {
+        m_touchedFolders.insert(album.path);
+        return doOrFail(album.path, [&] { m_disk.makeFolder(album.path); });
+    }
+
+    // The name that was found may have been taken since.
+    void make(MissingFile missing)
+    {
+        while (!m_disk.make(wanted(missing))) {
+            do
+                ++missing.number;
+            while (m_claimed.count(comparedName(wanted(missing).path)) != 0);
+        }
+        const RecordedAlbumFile file = wanted(missing);
+        const QString key = comparedName(file.path);
+        m_claimed.insert(key);
+        m_ours[key] = {file, true};
+        ++m_result.made;
+    }
+
+    void removeEmptyFolders() const
+    {
+        for (const QByteArray &path : m_touchedFolders) {
+            m_disk.removeScraps(path);
+            m_disk.removeEmptyFolders(path);
+        }
+    }
+
+    // Whether `work` was done. A failure keeps no other file from being worked on.
+    bool doOrFail(const QByteArray &path, const std::function<void()> &work)
+    {
+        try {
+            work();
+            return true;
+        } catch (const std::system_error &error) {
+            const QString cause = QString::fromStdString(error.code().message());
+            m_result.failures.push_back({QString::fromUtf8(path), cause});
+            m_isFull = m_isFull || isFull(error);
+        }
+        return false;
+    }
+
+    void requireGoingOn() const
+    {
+        if (m_isFull || m_cancel.isCancelled())
+            throw Error(Error::Cancelled, "cancelled");
+    }
+
+    const RecordedAlbumFile::Kind m_kind;
+    const CancelToken &m_cancel;
+    const AlbumDisk m_disk;
+    const std::vector<PlannedAlbum> m_albums;
+    std::map<QString, OurFile> m_ours;
+    std::set<QString> m_claimed; // compared paths
+    std::vector<MissingFile> m_missing;
+    std::set<QByteArray> m_touchedFolders;
+    bool m_isFull = false; // the disk: nothing more can be made
+    AlbumsResult m_result;
+};
+
+} // namespace
+
+AlbumsResult exportAlbums(const AlbumsToExport &albums, int exportFolder, const CancelToken &cancel,
+                          const std::function<void(qint64)> &copied)
+{
+    return AlbumsExporter(albums, exportFolder, cancel, copied).run();
+}
