@@ -2,13 +2,14 @@
 
 #include <QBuffer>
 #include <QImage>
+#include <QPainter>
 
 #include <algorithm>
 #include <iterator>
 
 namespace {
 
-constexpr PictureFormat jpegFormat = {"JPEG", {"jpg", "jpeg", "jpe", "jfif"}};
+constexpr PictureFormat usualFormat = {"JPEG", {"jpg", "jpeg", "jpe", "jfif"}};
 constexpr PictureFormat bmpFormat = {"BMP", {"bmp", "dib"}};
 constexpr PictureFormat convertedFormat = {"PNG", {"png"}};
 
@@ -26,19 +27,37 @@ bool hasExtension(const PictureFormat &format, const QByteArray &extension)
     return std::any_of(std::begin(format.extensions), std::end(format.extensions), isIt);
 }
 
+QByteArray fileOf(const QImage &picture, const PictureFormat &format, int quality)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    // Nothing but a want of memory keeps it from being written.
+    if (!picture.save(&buffer, format.name, quality))
+        throw std::bad_alloc();
+    return buffer.data();
+}
+
+QImage onWhite(const QImage &picture)
+{
+    QImage page(picture.size(), QImage::Format_RGB32);
+    page.fill(Qt::white);
+    QPainter(&page).drawImage(0, 0, picture);
+    return page;
+}
+
 } // namespace
 
 const PictureFormat *formatOfContent(const QByteArray &bytes)
 {
     if (bytes.startsWith("\xff\xd8\xff"))
-        return &jpegFormat;
+        return &usualFormat;
     return bytes.startsWith("BM") ? &bmpFormat : nullptr;
 }
 
 const PictureFormat *formatOfExtension(const QByteArray &extension)
 {
     const QByteArray wanted = extension.toLower();
-    for (const PictureFormat *format : {&jpegFormat, &bmpFormat, &convertedFormat}) {
+    for (const PictureFormat *format : {&usualFormat, &bmpFormat, &convertedFormat}) {
         if (hasExtension(*format, wanted))
             return format;
     }
@@ -49,6 +68,11 @@ const PictureFormat *formatOfExtension(const QByteArray &extension)
     return nullptr;
 }
 
+const PictureFormat &jpegFormat()
+{
+    return usualFormat;
+}
+
 const PictureFormat &pngFormat()
 {
     return convertedFormat;
@@ -56,12 +80,13 @@ const PictureFormat &pngFormat()
 
 QByteArray pngFile(const QImage &picture)
 {
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    // Nothing but a want of memory keeps it from being written.
-    if (!picture.save(&buffer, convertedFormat.name))
-        throw std::bad_alloc();
-    return buffer.data();
+    return fileOf(picture, convertedFormat, -1);
+}
+
+QByteArray jpegFile(const QImage &picture)
+{
+    constexpr int quality = 90;
+    return fileOf(picture.hasAlphaChannel() ? onWhite(picture) : picture, usualFormat, quality);
 }
 
 qint64 bmpFileBytes(const QSize &size)

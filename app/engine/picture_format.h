@@ -22,11 +22,15 @@ const PictureFormat *formatOfContent(const QByteArray &bytes);
 /// that is known.
 const PictureFormat *formatOfExtension(const QByteArray &extension);
 
-/// The one that pictures are converted to.
+/// Those that pictures are converted to.
+const PictureFormat &jpegFormat();
 const PictureFormat &pngFormat();
 
 /// `picture`, which is not null, as a PNG file. Throws std::bad_alloc.
 QByteArray pngFile(const QImage &picture);
+
+/// The same as a JPEG file of good quality; white shows through a picture that is transparent.
+QByteArray jpegFile(const QImage &picture);
 
 /// What comes before the rows of a BMP file as the plug-in and the host make them, and how long a
 /// row of such a file is: it has 24 bits a pixel and ends at a multiple of 4 bytes.

@@ -1,15 +1,13 @@
 #include "engine/thumbnail_image.h"
 
-#include "base/cancel_token.h"
 #include "base/qt_messages.h"
+#include "engine/picture_bytes.h"
 #include "engine/picture_format.h"
 
-#include <QBuffer>
 #include <QImageReader>
 #include <QTransform>
 #include <QtEndian>
 
-#include <algorithm>
 #include <memory>
 
 namespace {
@@ -42,62 +40,15 @@ bool isWholeBmp(const QByteArray &bytes)
     return pixels >= bmpHeaderBytes && bmpRowBytes(width) <= (bytes.size() - pixels) / height;
 }
 
-// Each scan of a progressive JPEG goes over all of its pixels again, and may have a few bytes
-// only: some thousands of them take minutes. The usual ones are some ten.
 bool hasFewScans(const QByteArray &jpeg)
 {
     constexpr int mostScans = 100;
-    return jpeg.count("\xff\xda") <= mostScans;
+    return mostScansIn(jpeg) <= mostScans;
 }
 
 bool isSound(const QByteArray &bytes)
 {
     return bytes.startsWith("BM") ? isWholeBmp(bytes) : hasFewScans(bytes);
-}
-
-// Bytes that a reader gets a few at a time, and none once that is cancelled, as if they ended
-// there: a whole pass over a large picture may be in some forty bytes.
-class CancellableBytes : public QIODevice
-{
-public:
-    CancellableBytes(const QByteArray &bytes, const CancelToken &cancel)
-        : m_bytes(bytes), m_cancel(cancel)
-    {
-    }
-
-    qint64 size() const override { return m_bytes.size(); }
-
-protected:
-    qint64 readData(char *data, qint64 most) override
-    {
-        constexpr qint64 aFew = 64;
-        if (m_cancel.isCancelled())
-            return -1;
-        const qint64 count = qMin(qMin(most, aFew), m_bytes.size() - pos());
-        std::copy_n(m_bytes.constData() + pos(), count, data);
-        return count;
-    }
-
-    qint64 writeData(const char *, qint64) override { return -1; }
-
-private:
-    const QByteArray m_bytes;
-    const CancelToken &m_cancel;
-};
-
-// Only a JPEG file takes long.
-std::unique_ptr<QIODevice> opened(const QByteArray &bytes, const CancelToken *cancel)
-{
-    std::unique_ptr<QIODevice> device;
-    if (cancel && !bytes.startsWith("BM")) {
-        device = std::make_unique<CancellableBytes>(bytes, *cancel);
-    } else {
-        auto buffer = std::make_unique<QBuffer>();
-        buffer->setData(bytes);
-        device = std::move(buffer);
-    }
-    device->open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-    return device;
 }
 
 // 1 for a picture that is wider than high, -1 for one that is higher, 0 for a square.
@@ -115,7 +66,8 @@ QImage decodedThumbnail(const QByteArray &bytes, QString *cause, const CancelTok
         *cause = QStringLiteral("a thumbnail that is neither JPEG nor BMP");
         return QImage();
     }
-    const std::unique_ptr<QIODevice> device = opened(bytes, cancel);
+    const bool takesLong = !bytes.startsWith("BM");
+    const std::unique_ptr<QIODevice> device = openedBytes(bytes, takesLong ? cancel : nullptr);
     const QtMessages messages; // of the reader
     QImageReader reader(device.get(), format->name);
     reader.setAutoDetectImageFormat(false);

@@ -1,6 +1,7 @@
 #include "engine/thumbnail_image.h"
 
 #include "base/cancel_token.h"
+#include "support/picture_files.h"
 #include "support/row_name.h"
 
 #include <gtest/gtest.h>
@@ -100,29 +101,6 @@ TEST(DecodedThumbnail, RefusesOneThatClaimsToBeHuge)
     qToLittleEndian<qint32>(9000, bmp.data() + 18);
     qToLittleEndian<qint32>(8000, bmp.data() + 22);
     EXPECT_EQ("a thumbnail of 9000 x 8000 pixels is too large", causeOf(bmp));
-}
-
-// A segment of a JPEG file without its length, which counts itself.
-QByteArray segment(char marker, const QByteArray &content)
-{
-    const int length = content.size() + 2;
-    return QByteArray("\xff") + marker + char(length >> 8) + char(length & 0xff) + content;
-}
-
-// A grey progressive picture of 16 x 16 pixels, four blocks, in `scans` scans: first all the
-// means, then again and again all other coefficients, none of which is there.
-QByteArray progressiveJpeg(int scans)
-{
-    const QByteArray oneCodeOfOneBit = QByteArray(1, '\1') + QByteArray(15, '\0');
-    const QByteArray means = QByteArray("\x01\x01\x00\x00\x00\x00", 6);
-    const QByteArray others = QByteArray("\x01\x01\x00\x01\x3f\x00", 6);
-    // Four codes, a bit each, for "no difference" and "nothing in this block".
-    const QByteArray codes = "\x0f";
-    return QByteArray("\xff\xd8") + segment('\xdb', '\0' + QByteArray(64, '\1')) +
-           segment('\xc2', QByteArray("\x08\x00\x10\x00\x10\x01\x01\x11\x00", 9)) +
-           segment('\xc4', '\0' + oneCodeOfOneBit + '\0') +
-           segment('\xc4', '\x10' + oneCodeOfOneBit + '\0') + segment('\xda', means) + codes +
-           (segment('\xda', others) + codes).repeated(scans - 1) + "\xff\xd9";
 }
 
 struct ScansRow {
