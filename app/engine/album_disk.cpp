@@ -6,10 +6,12 @@
 #include "base/folders.h"
 
 #include <QList>
+#include <QRandomGenerator>
 
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -18,7 +20,7 @@
 
 namespace {
 
-constexpr std::size_t blockSize = 256 * 1024;
+constexpr std::size_t blockSize = 1 << 18;
 constexpr qint64 second = 1000000000; // nanoseconds
 
 [[noreturn]] void fail(int code)
@@ -106,6 +108,12 @@ std::size_t readBlock(int file, std::vector<char> &block)
 struct CloseFolder {
     void operator()(DIR *folder) const { ::closedir(folder); }
 };
+
+QByteArray scrapName()
+{
+    return ".photolib-" + QByteArray::number(QRandomGenerator::system()->generate64(), 16) +
+           ".part";
+}
 
 bool isScrap(const QByteArray &name)
 {
@@ -225,7 +233,7 @@ void AlbumDisk::requireLinks(const RecordedAlbumFile &file) const
 {
     const UniqueFd folder = openForTrials(m_root);
     check(folder.get());
-    const QByteArray name = ".photolib-" + QByteArray::number(qint64(::getpid())) + "-link.part";
+    const QByteArray name = scrapName();
     int result = 0;
     if (file.kind == RecordedAlbumFile::Link) {
         result = ::symlinkat("x", folder.get(), name.constData());
@@ -307,6 +315,24 @@ void AlbumDisk::removeFile(const QByteArray &path) const
     const UniqueFd folder = openBelow(m_root, folderOf(path));
     check(folder.get());
     check(::unlinkat(folder.get(), nameOf(path).constData(), 0));
+}
+
+QByteArray AlbumDisk::setAside(const QByteArray &path) const
+{
+    const UniqueFd folder = openBelow(m_root, folderOf(path));
+    check(folder.get());
+    const QByteArray name = scrapName();
+    check(::renameat(folder.get(), nameOf(path).constData(), folder.get(), name.constData()));
+    return folderOf(path) + '/' + name;
+}
+
+bool AlbumDisk::takeBack(const QByteArray &aside, const QByteArray &path) const
+{
+    const UniqueFd from = openBelow(m_root, folderOf(aside));
+    const UniqueFd to = openBelow(m_root, folderOf(path));
+    return from.isOpen() && to.isOpen() &&
+           ::renameat2(from.get(), nameOf(aside).constData(), to.get(), nameOf(path).constData(),
+                       RENAME_NOREPLACE) == 0;
 }
 
 void AlbumDisk::removeScraps(const QByteArray &path) const

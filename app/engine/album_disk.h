@@ -49,6 +49,13 @@ public:
 
     void removeFile(const QByteArray &path) const;
 
+    /// Gives the file the name of a scrap, in the same folder, and returns its path now.
+    QByteArray setAside(const QByteArray &path) const;
+
+    /// Gives what was set aside as `aside` the path `path`, whose folder is there. False when that
+    /// cannot be done.
+    bool takeBack(const QByteArray &aside, const QByteArray &path) const;
+
     /// Removes what a program that was killed left of files that it copied to the folder.
     void removeScraps(const QByteArray &folder) const;
 

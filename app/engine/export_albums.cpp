@@ -46,7 +46,7 @@ public:
                 throw;
             m_result.isComplete = false;
         }
-        removeEmptyFolders();
+        tidyUp();
         for (const auto &each : m_ours)
             m_result.files.push_back(each.second.file);
         std::sort(m_result.files.begin(), m_result.files.end(),
@@ -124,6 +124,7 @@ private:
             if (!m_disk.isThere(file.path) || (isOurs && m_disk.isRemovable(ours->second.file))) {
                 m_claimed.insert(key);
                 m_missing.push_back(missing);
+                m_missingTargets.insert(file.target);
                 return;
             }
         }
@@ -150,9 +151,19 @@ private:
         return doOrFail(file.path, [&] {
             if (!m_disk.isRemovable(file))
                 return;
-            m_disk.removeFile(file.path);
+            if (isOfUse(file))
+                m_setAside.emplace(file.target, m_disk.setAside(file.path));
+            else
+                m_disk.removeFile(file.path);
             ++m_result.removed;
         });
+    }
+
+    // Another photo in an album moves many copies to other names.
+    bool isOfUse(const RecordedAlbumFile &file) const
+    {
+        return file.kind == RecordedAlbumFile::Copy && m_kind == RecordedAlbumFile::Copy &&
+               m_missingTargets.count(file.target) != 0;
     }
 
     void makeMissing()
@@ -178,7 +189,7 @@ private:
     // The name that was found may have been taken since.
     void make(MissingFile missing)
     {
-        while (!m_disk.make(wanted(missing))) {
+        while (!takeBack(wanted(missing)) && !m_disk.make(wanted(missing))) {
             do
                 ++missing.number;
             while (m_claimed.count(comparedName(wanted(missing).path)) != 0);
@@ -190,7 +201,17 @@ private:
         ++m_result.made;
     }
 
-    void removeEmptyFolders() const
+    bool takeBack(const RecordedAlbumFile &file)
+    {
+        const auto aside = m_setAside.find(file.target);
+        if (aside == m_setAside.end() || !m_disk.takeBack(aside->second, file.path))
+            return false;
+        m_setAside.erase(aside);
+        return true;
+    }
+
+    // What is still set aside has the name of a scrap.
+    void tidyUp() const
     {
         for (const QByteArray &path : m_touchedFolders) {
             m_disk.removeScraps(path);
@@ -225,6 +246,8 @@ private:
     std::map<QString, OurFile> m_ours;
     std::set<QString> m_claimed; // compared paths
     std::vector<MissingFile> m_missing;
+    std::set<QByteArray> m_missingTargets;
+    std::multimap<QByteArray, QByteArray> m_setAside; // paths of copies, by target
     std::set<QByteArray> m_touchedFolders;
     bool m_isFull = false; // the disk: nothing more can be made
     AlbumsResult m_result;

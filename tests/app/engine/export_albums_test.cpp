@@ -533,4 +533,56 @@ TEST_F(AlbumsExport, GivesNoFileTheNameOfAnAlbum)
               names());
 }
 
+TEST_F(AlbumsExport, MovesCopiesRatherThanMakingThemAgain)
+{
+    m_catalog.albums = {album(10, "Rome", {1, 2}), album(11, "Oslo", {1})};
+    runAs(RecordedAlbumFile::Copy);
+    m_copied = 0;
+    const ino_t inode = statusOf("Albums/Rome/001 IMG_1.JPG").st_ino;
+    m_catalog.albums = {album(10, "Rome", {3, 1, 2}), album(11, "Bergen", {1})};
+    expectCounts(run(), 5, 0, 4);
+    EXPECT_EQ(bytesOf("2019/07/IMG_3.JPG").size(), m_copied);
+    EXPECT_EQ(QStringList({"Bergen/001 IMG_1.JPG", "Rome/001 IMG_3.JPG", "Rome/002 IMG_1.JPG",
+                           "Rome/003 IMG_2.HEIC", "Rome/003 IMG_2.MOV"}),
+              names());
+    EXPECT_EQ("bytes of IMG_1.JPG", bytesOf("Albums/Rome/002 IMG_1.JPG"));
+    EXPECT_EQ("bytes of IMG_2.MOV", bytesOf("Albums/Rome/003 IMG_2.MOV"));
+    EXPECT_TRUE(statusOf("Albums/Rome/002 IMG_1.JPG").st_ino == inode ||
+                statusOf("Albums/Bergen/001 IMG_1.JPG").st_ino == inode);
+    expectCounts(run(), 0, 5, 0);
+}
+
+TEST_F(AlbumsExport, LeavesNoneOfTheCopiesThatNobodyWantsAnyMore)
+{
+    m_catalog.albums = {album(10, "Rome", {1}), album(11, "Oslo", {1}), album(12, "Bergen", {1})};
+    runAs(RecordedAlbumFile::Copy);
+    m_catalog.albums = {album(10, "Roma", {1})};
+    expectCounts(run(), 1, 0, 3);
+    EXPECT_EQ(QStringList({"Roma/001 IMG_1.JPG"}), names());
+    EXPECT_EQ(
+        QStringList({"Roma"}),
+        QDir(inExport("Albums")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden));
+}
+
+TEST_F(AlbumsExport, SaysThatTheDiskTakesNoLinksBeforeItChangesAnything)
+{
+    m_catalog.albums = {album(10, "Rome", {1}), album(11, "Oslo", {3})};
+    runAs(RecordedAlbumFile::Copy);
+    m_catalog.albums = {album(10, "Rome", {1})};
+    const LackOfLinks lack;
+    for (const Kind kind : {RecordedAlbumFile::Link, RecordedAlbumFile::HardLink}) {
+        try {
+            runAs(kind);
+            ADD_FAILURE() << "links were made";
+        } catch (const Error &error) {
+            EXPECT_STREQ("Albums: this disk takes no links; use --albums copy", error.what());
+        }
+        EXPECT_EQ(QStringList({"Oslo/001 IMG_3.JPG", "Rome/001 IMG_1.JPG"}), names());
+        EXPECT_EQ(
+            QStringList({"2019", "Albums"}),
+            QDir(inExport(""))
+                .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name));
+    }
+}
+
 } // namespace

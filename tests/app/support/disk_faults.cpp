@@ -51,6 +51,13 @@ IN_PLACE_OF_THE_SYSTEM int linkat(int fromFolder, const char *from, int toFolder
     return static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
 }
 
+IN_PLACE_OF_THE_SYSTEM int symlinkat(const char *target, int folder, const char *name) noexcept
+{
+    if (lacksLinks)
+        return failWith(EPERM);
+    return static_cast<int>(::syscall(SYS_symlinkat, target, folder, name));
+}
+
 namespace {
 
 // Offset of the lower half of an argument, on a computer whose numbers begin with it.

@@ -2,7 +2,8 @@
 #define PHOTOLIB_TESTS_APP_DISK_FAULTS_H
 
 /// While one lives, every disk lacks what memory cards and some network disks lack: names cannot be
-/// given by a rename that replaces nothing, nor by a link.
+/// given by a rename that replaces nothing, nor by a link, and no link can be made that says a
+/// path.
 class LackOfLinks
 {
 public:
