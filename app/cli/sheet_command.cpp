@@ -197,6 +197,14 @@ private:
 
     void damaged(const QString &fault) override { m_work.tell(fault); }
 
+    void lacksVideos(int count) override
+    {
+        const QString videos = count == 1 ? QStringLiteral("1 video has")
+                                          : QStringLiteral("%1 videos have").arg(count);
+        m_work.tell(videos + QStringLiteral(" no thumbnail on the device, and photolib makes none "
+                                            "of videos"));
+    }
+
     void pageDrawn(int page, int pictures,
                    const std::function<void(const ByteSink &sink)> &writePng) override
     {
@@ -285,6 +293,8 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
     command->footer("What is in the trash is dimmed where it is shown. A picture is never shown "
                     "larger than twice its "
                     "size: the device's thumbnails have no more details.\n"
+                    "Where the device has no thumbnail of a photo, one is made of its own file, if "
+                    "that is a JPEG, PNG, GIF or HEIC picture. None is made of videos.\n"
                     "\n"
                     "Examples:\n"
                     "  photolib sheet -o sheet.png\n"

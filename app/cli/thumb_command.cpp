@@ -13,7 +13,7 @@
 #include "engine/library_session.h"
 #include "engine/photo_ids.h"
 #include "engine/picture_format.h"
-#include "engine/thumbnail.h"
+#include "engine/wanted_thumbnail.h"
 
 #include <CLI/CLI.hpp>
 
@@ -24,7 +24,8 @@ struct ThumbArguments {
     std::unique_ptr<FilterOptions> filter;
     std::string target;             ///< of --output
     std::optional<std::string> all; ///< what follows --all, which may be nothing
-    std::string format;             ///< empty for what the plug-in gives
+    std::string format;             ///< empty for what the name says, or the plug-in gives
+    int size = 0;                   ///< the longer edge in pixels; 0 for as stored
 
     bool hasAllFolder() const { return all && !all->empty(); }
     bool choosesMany() const { return all || filter->isAnyGiven(); }
@@ -63,7 +64,7 @@ void checkArguments(ThumbArguments &arguments)
 // What is to be written.
 struct ThumbChoice {
     QList<quint64> ids;
-    int without = 0; ///< among many, the plug-in does not have these
+    QSet<quint64> unlisted; ///< among many: the plug-in does not have these, nor their thumbnails
 };
 
 // Where the thumbnails go: to files of their own names in a folder, or to one file.
@@ -75,11 +76,11 @@ struct ThumbPlace {
     bool isStandardOutput() const { return !isFolder && path == FileTarget::standardOutput; }
 };
 
-// Whether the name of the file `path` is one of a picture.
-bool namesPicture(const QByteArray &path)
+// The format that the name of the file `path` promises, or null.
+const PictureFormat *promisedFormat(const QByteArray &path)
 {
     const QByteArray name = path.mid(path.lastIndexOf('/') + 1);
-    return formatOfExtension(name.mid(nameStem(name).size() + 1)) != nullptr;
+    return formatOfExtension(name.mid(nameStem(name).size() + 1));
 }
 
 // How many thumbnails there will be is not known to a person who asks for those of an album, say.
@@ -93,7 +94,7 @@ ThumbPlace placeFor(const ThumbArguments &arguments, int thumbnails)
     if (path == FileTarget::standardOutput && thumbnails > 1)
         throw Error(Error::WrongUsage, "standard output takes one thumbnail; name a folder for " +
                                            std::to_string(thumbnails));
-    const bool isForMany = thumbnails > 1 || (arguments.choosesMany() && !namesPicture(path));
+    const bool isForMany = thumbnails > 1 || (arguments.choosesMany() && !promisedFormat(path));
     const bool isOutput = path == FileTarget::standardOutput;
     return {path, !isOutput && (isForMany || path.endsWith('/') || isFolder(path))};
 }
@@ -106,8 +107,7 @@ FileTarget thumbTarget(const LibrarySession &session, const ThumbPlace &place)
 // Programs that go by the name of the file `path` could not show a picture of another format.
 void requireNameFor(const PictureFormat &given, const QByteArray &path)
 {
-    const QByteArray name = path.mid(path.lastIndexOf('/') + 1);
-    const PictureFormat *const promised = formatOfExtension(name.mid(nameStem(name).size() + 1));
+    const PictureFormat *const promised = promisedFormat(path);
     if (promised && promised != &given)
         throw Error(path.toStdString(),
                     std::string("the thumbnail is a ") + given.name + " picture");
@@ -126,18 +126,16 @@ class ThumbWriter
 {
 public:
     // Throws Error when the place cannot be used.
-    ThumbWriter(LibrarySession &session, const ThumbPlace &place, bool isPng)
-        : m_session(session), m_place(place), m_isPng(isPng), m_target(thumbTarget(session, place)),
-          m_work(showsProgress())
+    ThumbWriter(LibrarySession &session, const ThumbPlace &place, const ThumbnailRequest &request)
+        : m_session(session), m_place(place), m_request(request),
+          m_target(thumbTarget(session, place)), m_work(showsProgress())
     {
     }
 
     // Whether it was interrupted.
     bool writeAll(const ThumbChoice &choice)
     {
-        m_without = choice.without;
-        const QList<quint64> &ids = choice.ids;
-        return m_work.run([&](const CancelToken &cancel) { writeEach(ids, cancel); });
+        return m_work.run([&](const CancelToken &cancel) { writeEach(choice, cancel); });
     }
 
     int failed() const { return m_failed; }
@@ -166,23 +164,29 @@ public:
     }
 
 private:
-    void writeEach(const QList<quint64> &ids, const CancelToken &cancel)
+    void writeEach(const ThumbChoice &choice, const CancelToken &cancel)
     {
+        const QList<quint64> &ids = choice.ids;
         m_failed = workOnEach(ids.size(), m_work, cancel, [&](int i) {
             m_work.show({QStringLiteral("Reading thumbnails"), i, ids.size(),
                          QStringLiteral("%1 of %2").arg(i).arg(ids.size())});
-            write(ids[i]);
+            const bool isUnlisted = choice.unlisted.contains(ids[i]);
+            write(ids[i], isUnlisted, cancel);
         });
     }
 
-    void write(quint64 id)
+    void write(quint64 id, bool isUnlisted, const CancelToken &cancel)
     {
-        const PictureFile picture =
-            requestedPicture(m_session, {id, PictureChoice::Thumbnail, m_isPng});
-        if (!picture.format)
+        m_request.id = id;
+        const PictureFile picture = wantedThumbnail(m_session, m_request, cancel);
+        if (picture.format) {
+            store(id, picture);
+            ++m_written;
+        } else if (isUnlisted) {
+            ++m_without;
+        } else if (!cancel.isCancelled()) {
             throw ItemFailure{picture.label, picture.failure.text};
-        store(id, picture);
-        ++m_written;
+        }
     }
 
     void store(quint64 id, const PictureFile &picture)
@@ -195,7 +199,7 @@ private:
 
     LibrarySession &m_session;
     const ThumbPlace m_place;
-    const bool m_isPng;
+    ThumbnailRequest m_request; // for one after the other
     FileTarget m_target;
     ReportedWork m_work;
     int m_written = 0;
@@ -210,21 +214,30 @@ ThumbChoice chosenThumbnails(const ThumbArguments &arguments, LibrarySession &se
     ThumbChoice choice;
     for (const Asset *photo : interruptiblyChosenPhotos(session, filter)) {
         const auto id = static_cast<quint64>(photo->id);
+        choice.ids.append(id);
         if (arguments.choosesMany() && !known.contains(id))
-            ++choice.without;
-        else
-            choice.ids.append(id);
+            choice.unlisted.insert(id);
     }
     return choice;
+}
+
+// What the options and the name of the file ask for, without an id.
+ThumbnailRequest thumbnailRequest(const ThumbArguments &arguments, const ThumbPlace &place)
+{
+    ThumbnailRequest request;
+    request.longestEdge = arguments.size;
+    if (!arguments.format.empty())
+        request.format = arguments.format == "png" ? &pngFormat() : &jpegFormat();
+    else if (!place.isFolder && promisedFormat(place.path) == &pngFormat())
+        request.format = &pngFormat();
+    return request;
 }
 
 int writeThumbnails(const ThumbArguments &arguments, const ThumbChoice &choice, bool isQuiet,
                     LibrarySession &session, Output &output)
 {
     const ThumbPlace place = placeFor(arguments, choice.ids.size());
-    const bool isPng =
-        !arguments.format.empty() || (!place.isFolder && place.path.toLower().endsWith(".png"));
-    ThumbWriter writer(session, place, isPng);
+    ThumbWriter writer(session, place, thumbnailRequest(arguments, place));
     if (writer.writeAll(choice))
         throw Error(Error::Cancelled, "interrupted: " + writer.summary().toStdString());
     writer.finish(isQuiet, output);
@@ -244,6 +257,8 @@ int runThumb(const CommandContext &context, const ThumbArguments &arguments)
 
 void addOptions(CLI::App &command, ThumbArguments &arguments)
 {
+    constexpr int smallestSize = 16;
+    constexpr int largestSize = 4096;
     command
         .add_option("-o,--output", arguments.target,
                     "The file to write, or - for standard output; for several ids, or what the "
@@ -258,17 +273,30 @@ void addOptions(CLI::App &command, ThumbArguments &arguments)
         ->type_name("[DIR]");
     command
         .add_option("--format", arguments.format,
-                    "Convert to PNG. Default: as stored, JPEG or BMP, unless FILE ends in \".png\"")
-        ->check(CLI::IsMember({"png"}));
+                    "Convert to this format. Default: as stored, JPEG or BMP, unless FILE ends in "
+                    "\".png\"; with --size, and for thumbnails that are made, JPEG")
+        ->check(CLI::IsMember({"jpeg", "png"}));
+    command
+        .add_option("--size", arguments.size,
+                    "The longer edge has N pixels, or fewer where there is no picture as large. A "
+                    "photo's own file is used where the device's thumbnail is smaller. Default: "
+                    "as stored")
+        ->check(CLI::Range(smallestSize, largestSize))
+        ->type_name("N");
 }
 
 void addThumbFooter(CLI::App &command)
 {
-    command.footer("Existing files are replaced. In a folder, thumbnails are named "
+    command.footer("Where the device has no thumbnail, one of 512 pixels or --size is made of the "
+                   "photo's own file, if that is a JPEG, PNG, GIF or HEIC picture. None is made "
+                   "of videos.\n"
+                   "\n"
+                   "Existing files are replaced. In a folder, thumbnails are named "
                    "\"42-IMG_0041.jpg\", or \"42.bmp\" for a photo without a name.\n"
                    "\n"
                    "Examples:\n"
                    "  photolib thumb 42 -o thumb.png -d /media/phone\n"
+                   "  photolib thumb 42 --size 1024 -o large.jpg -d /media/phone\n"
                    "  photolib thumb 42 -o - -d /media/phone | display\n"
                    "  photolib thumb 42 43 -o thumbs --format png -d /media/phone\n"
                    "  photolib thumb --all thumbs -d /media/phone\n"

@@ -89,9 +89,12 @@ FinishedCell finishedCell(const UndrawnCell &undrawn, const SheetStyle &style,
 {
     FinishedCell finished;
     finished.cell = undrawn.cell;
-    const ShownPicture picture = shownPicture(undrawn.thumbnail, &cancel);
+    const ShownPicture picture = shownPicture(undrawn.thumbnail, &cancel, style.boxSize);
     finished.cell.placeholder = picture.absence;
     finished.faults = picture.faults;
+    finished.isVideoWithout = picture.isVideoWithout;
+    finished.unreadable = picture.unreadable;
+    finished.name = undrawn.thumbnail.label;
     if (!picture.image.isNull() && !cancel.isCancelled())
         finished.cell.picture = picture.image.scaled(
             style.shownSize(picture.image.size()), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);

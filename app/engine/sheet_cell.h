@@ -23,11 +23,14 @@ UndrawnCell readCell(LibrarySession &session, quint64 id, const QVector<SheetLab
 /// A cell that is ready to be drawn.
 struct FinishedCell {
     SheetCell cell;
-    QStringList faults; ///< of each picture that is damaged: what is wrong, for a message
+    QStringList faults;          ///< of each picture that is damaged: what is wrong, for a message
+    bool isVideoWithout = false; ///< it has no picture since it is a video
+    FileError unreadable;        ///< why its original cannot be read, if that is there
+    QString name;                ///< of that original, for messages
 };
 
-/// `undrawn` with its picture decoded, turned and scaled; soon, and without one, when `cancel` is
-/// cancelled. Any thread.
+/// `undrawn` with its picture decoded, or made of an original, turned and scaled; soon, and without
+/// one, when `cancel` is cancelled. Any thread.
 FinishedCell finishedCell(const UndrawnCell &undrawn, const SheetStyle &style,
                           const CancelToken &cancel);
 

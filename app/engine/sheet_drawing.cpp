@@ -2,6 +2,7 @@
 
 #include "base/cancel_token.h"
 #include "base/error.h"
+#include "engine/library_session.h"
 #include "engine/png_file.h"
 #include "engine/sheet_cell.h"
 #include "engine/worker_pool.h"
@@ -32,10 +33,20 @@ public:
         }
         FinishedCell cell = m_cells.takeFirst();
         requireUncancelled(m_cancel); // for what is cancelled has no picture
+        if (cell.unreadable.kind != FileError::None)
+            noteUnreadable(cell);
         return cell;
     }
 
 private:
+    // One with a mark is noted already.
+    void noteUnreadable(const FinishedCell &cell)
+    {
+        m_session.requireDevice();
+        if (cell.cell.fileMark.isEmpty())
+            m_session.noteUnreadable(cell.name, cell.unreadable);
+    }
+
     void read(quint64 id)
     {
         UndrawnCell cell = readCell(m_session, id, m_request.options.labels);
@@ -106,6 +117,8 @@ public:
             m_writer.write(page, m_plan.cellsOn(page), image);
         }
         m_writer.finish();
+        if (m_videosWithout > 0)
+            m_observer.lacksVideos(m_videosWithout);
     }
 
 private:
@@ -117,6 +130,7 @@ private:
             for (const QString &fault : finished.faults)
                 m_observer.damaged(fault);
             sheet.draw(i, finished.cell);
+            m_videosWithout += finished.isVideoWithout ? 1 : 0;
             m_observer.drawn(m_plan.firstCell(page) + i + 1);
         }
         if (m_plan.cells() == 0)
@@ -137,6 +151,7 @@ private:
     const SheetPlan m_plan;
     SheetObserver &m_observer;
     const CancelToken &m_cancel;
+    int m_videosWithout = 0;
     WorkerPool m_pool;
     CellReader m_cells;
     PageWriter m_writer;

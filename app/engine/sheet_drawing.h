@@ -33,6 +33,10 @@ public:
     /// A thumbnail is damaged: `fault` names it and tells the cause. On the thread that draws.
     virtual void damaged(const QString &fault) = 0;
 
+    /// `count` videos, at least one, have no thumbnail on the device, and so no picture. Last of
+    /// all, on the thread that draws.
+    virtual void lacksVideos(int count) { Q_UNUSED(count) }
+
     /// The page `page`, counted from 0 and with `pictures` pictures, is drawn: `writePng` gives
     /// the bytes of a PNG file to a sink, and throws what ends the drawing. For one page after the
     /// other, on a thread that does nothing else.
@@ -40,7 +44,7 @@ public:
                            const std::function<void(const ByteSink &sink)> &writePng) = 0;
 };
 
-/// Draws the contact sheet, with `threads` threads that decode: the same pages
+/// Draws the contact sheet, with `threads` threads that decode and read originals: the same pages
 /// whatever their number. The plug-in and `session` are used on the calling thread alone. A
 /// QGuiApplication must live, for the text. Throws Error: of the kind WrongUsage when a page would
 /// be too large, Cancelled soon after `cancel` is, Disconnected when the device is gone.

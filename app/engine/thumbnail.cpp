@@ -1,5 +1,6 @@
 #include "engine/thumbnail.h"
 
+#include "base/cancel_token.h"
 #include "base/log_output.h"
 #include "base/printable.h"
 #include "boundary/photo_records.h"
@@ -161,6 +162,28 @@ QString pictureLabel(const LibrarySession &session, const Asset &asset)
     return path.isEmpty() ? QString::number(asset.id) : QString::fromUtf8(path);
 }
 
+void takeOriginals(StoredThumbnail *stored, LibrarySession &session, const Asset &asset)
+{
+    stored->files = &session.files();
+    stored->originals = originalFiles(session, asset);
+}
+
+// Makes the picture of an original, or tells why there is none.
+void showOriginal(ShownPicture *shown, const StoredThumbnail &stored, const CancelToken *cancel,
+                  int madeEdge)
+{
+    const CancelToken never;
+    const OriginalPicture made =
+        originalPicture(*stored.files, stored.originals, madeEdge, cancel ? *cancel : never);
+    shown->image = made.image;
+    shown->isVideoWithout = stored.originals.isVideo;
+    if (made.cause.kind != FileError::Damaged)
+        shown->unreadable = made.cause;
+    else if (!shown->isVideoWithout)
+        shown->faults.append(
+            QStringLiteral("%1: no thumbnail (%2)").arg(stored.label, made.cause.text));
+}
+
 StoredShape shapeOf(const Asset &asset)
 {
     return {asset.width.value_or(0), asset.height.value_or(0), asset.orientation.value_or(0)};
@@ -193,6 +216,8 @@ StoredThumbnail storedThumbnail(LibrarySession &session, const Asset &asset)
     stored.bytes = givenBytes(session, id, stored.label, PictureChoice::Thumbnail);
     if (!session.classicIpod())
         stored.shape = shapeOf(asset);
+    if (stored.bytes.isEmpty())
+        takeOriginals(&stored, session, asset);
     if (!hasLargerPicture(session, id))
         return stored;
     stored.decoded = decodedPicture(stored.bytes, stored.label, &stored.faults);
@@ -202,7 +227,7 @@ StoredThumbnail storedThumbnail(LibrarySession &session, const Asset &asset)
     return stored;
 }
 
-ShownPicture shownPicture(const StoredThumbnail &stored, const CancelToken *cancel)
+ShownPicture shownPicture(const StoredThumbnail &stored, const CancelToken *cancel, int madeEdge)
 {
     ShownPicture shown;
     shown.faults = stored.faults;
@@ -211,5 +236,7 @@ ShownPicture shownPicture(const StoredThumbnail &stored, const CancelToken *canc
     shown.absence =
         isDamaged ? QStringLiteral("damaged thumbnail") : QStringLiteral("no thumbnail");
     shown.image = picture.isNull() ? stored.decoded : uprightThumbnail(picture, stored.shape);
+    if (shown.image.isNull() && stored.files)
+        showOriginal(&shown, stored, cancel, madeEdge);
     return shown;
 }

@@ -2,6 +2,8 @@
 #define PHOTOLIB_ENGINE_THUMBNAIL_H
 
 #include "devices/device_file_system.h"
+#include "engine/original_files.h"
+#include "engine/original_picture.h"
 #include "engine/picture_format.h"
 #include "engine/thumbnail_image.h"
 
@@ -41,28 +43,34 @@ PictureFile requestedPicture(LibrarySession &session, const PictureRequest &requ
 
 /// A thumbnail as the device stores it: a value, with all that decoding it takes.
 struct StoredThumbnail {
-    QString label;      ///< what tells the photo from others in a message
-    QByteArray bytes;   ///< empty when there is none
-    StoredShape shape;  ///< of the photo, whose thumbnail may have to be turned
-    QImage decoded;     ///< what is shown when there are no bytes, or damaged ones
-    QStringList faults; ///< of a picture that was decoded when it was read
+    QString label;                     ///< what tells the photo from others in a message
+    QByteArray bytes;                  ///< empty when there is none
+    StoredShape shape;                 ///< of the photo, whose thumbnail may have to be turned
+    QImage decoded;                    ///< what is shown when there are no bytes, or damaged ones
+    QStringList faults;                ///< of a picture that was decoded when it was read
+    OriginalFiles originals;           ///< of which one is made where the device has none
+    DeviceFileSystem *files = nullptr; ///< theirs, which must outlive the value
 };
 
 /// Reads the thumbnail of `asset`, a photo or video of the library, or the largest picture where
-/// that is but an icon, as the smallest of a classic iPod often is. A file that cannot be read is
-/// noted in `session`. There is none in a library that the plug-in cannot read. Throws Error when
+/// that is but an icon, as the smallest of a classic iPod often is; the originals are only named. A
+/// file that cannot be read is noted in `session`. There is none in a library that the plug-in
+/// cannot read. Throws Error when
 /// the device is gone.
 StoredThumbnail storedThumbnail(LibrarySession &session, const Asset &asset);
 
 /// A picture to look at.
 struct ShownPicture {
-    QImage image;       ///< upright; null when there is none
-    QString absence;    ///< why, in two words
-    QStringList faults; ///< of each picture that is damaged: what is wrong, for a message
+    QImage image;                ///< upright; null when there is none
+    QString absence;             ///< why, in two words
+    QStringList faults;          ///< of each picture that is damaged: what is wrong, for a message
+    bool isVideoWithout = false; ///< there is none since it is a video
+    FileError unreadable;        ///< why an original cannot be read, if one is there
 };
 
-/// Decodes `stored`; without a picture soon after `cancel`, if there is one, is cancelled. Any
-/// thread.
-ShownPicture shownPicture(const StoredThumbnail &stored, const CancelToken *cancel = nullptr);
+/// Decodes `stored`, or makes a picture of an original, whose longer edge has at most `madeEdge`
+/// pixels; without a picture soon after `cancel`, if there is one, is cancelled. Any thread.
+ShownPicture shownPicture(const StoredThumbnail &stored, const CancelToken *cancel = nullptr,
+                          int madeEdge = usualThumbnailEdge);
 
 #endif // PHOTOLIB_ENGINE_THUMBNAIL_H

@@ -92,6 +92,20 @@ TEST_F(UnreadableFiles, AreToldOfThumbnails)
     setMode("device/PhotoData/Thumbnails", 0700);
 }
 
+TEST_F(UnreadableFiles, AreToldOfOriginalsThatThumbnailsAreMadeOf)
+{
+    setMode("device/DCIM", 0700);
+    setMode("device/DCIM/100APPLE/IMG_0001.JPG", 0);
+    const QByteArray line = "no thumbnail (Permission denied)";
+    const ProgramResult thumb = run({"thumb", "-d", device(), "1", "-o", m_scratch.path("1.jpg")});
+    EXPECT_EQ(1, thumb.exitCode);
+    EXPECT_TRUE(thumb.errors.contains(line)) << thumb.errors.constData();
+    const ProgramResult sheet = run({"sheet", "-d", device(), "-o", m_scratch.path("sheet.png")});
+    EXPECT_EQ(1, sheet.exitCode);
+    EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0001.JPG: Permission denied; 1 file cannot be read\n",
+              sheet.errors);
+}
+
 TEST_F(UnreadableFiles, MakeNoErrorOfWhatIsMissing)
 {
     setMode("device/DCIM", 0700);
