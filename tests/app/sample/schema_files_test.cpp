@@ -3,6 +3,8 @@
 #include <QImage>
 #include <QtEndian>
 
+#include <map>
+
 namespace {
 
 /// A sample of a newer system, with its files.
@@ -49,7 +51,17 @@ protected:
         return tags;
     }
 
-    WrittenSample m_sample{sampleOptions(57, true, 1, GetParam())}; // three outings
+    /// Three outings, written once: no test changes them.
+    static const WrittenSample &sampleOf(SampleSchema schema)
+    {
+        static std::map<SampleSchema, std::unique_ptr<WrittenSample>> samples;
+        std::unique_ptr<WrittenSample> &sample = samples[schema];
+        if (!sample)
+            sample = std::make_unique<WrittenSample>(sampleOptions(57, true, 1, schema));
+        return *sample;
+    }
+
+    const WrittenSample &m_sample = sampleOf(GetParam());
     SampleDatabase m_database{m_sample};
 };
 

@@ -368,7 +368,10 @@ TEST_P(SampleSchemas, HaveAnImportWithItsAssets)
 
 TEST_P(SampleSchemas, MarkWhatWasEditedHiddenLikedOrThrownAway)
 {
-    EXPECT_EQ(number("select count(*) from {ASSET} where {EDITED} != 0"), 8);
+    // A photo of each outing, and of every other one a video and a Live Photo.
+    EXPECT_EQ(number("select count(*) from {ASSET} where {EDITED} != 0"), 8 + 4 + 4);
+    EXPECT_EQ(number("select count(*) from {ASSET} where {EDITED} != 0 and ZKIND = 1"), 4);
+    EXPECT_EQ(number("select count(*) from {ASSET} where {EDITED} != 0 and ZKINDSUBTYPE = 2"), 4);
     EXPECT_EQ(number("select count(*) from {ASSET} where ZFAVORITE = 1"), 23);
     EXPECT_EQ(number("select count(*) from {ASSET} where ZHIDDEN = 1"), 4);
     EXPECT_EQ(number("select count(*) from {ASSET} where ZTRASHEDSTATE = 1"), 8);
