@@ -4,10 +4,10 @@
 #include "cli/command.h"
 #include "cli/exit_codes.h"
 #include "cli/interruptible_run.h"
-#include "cli/json_writer.h"
 #include "cli/output.h"
 #include "cli/reported_work.h"
 #include "engine/export_verify.h"
+#include "engine/json_writer.h"
 
 #include <CLI/CLI.hpp>
 

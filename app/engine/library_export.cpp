@@ -64,7 +64,9 @@ ExportedFiles exportedFiles(const Catalog &catalog, const ExportContents &conten
 // Every failure that ends it tells what was done by then.
 [[noreturn]] void rethrowWith(const Error &error, const ExportCounts &counts)
 {
-    throw Error(error.kind(), error.what() + ("; " + counts.text().toStdString()));
+    std::string done = counts.text().toStdString();
+    done[0] = 'c'; // it goes on within the sentence
+    throw Error(error.kind(), error.what() + ("; " + done));
 }
 
 class Export
