@@ -213,12 +213,23 @@ QByteArray pathWithoutLinks(const ExportState &state)
     return QByteArray(path.get()) + '/' + databaseName;
 }
 
+// That of a copy, of which each page is looked at: what comes to light only when a file is to be
+// added would come too late.
+State stateOfCopy(const RecordDatabase &copy)
+{
+    const State state = stateOf(copy);
+    RecordStatement check(copy, "PRAGMA integrity_check(1)");
+    if (!check.nextRow() || check.text(0) != "ok")
+        copy.failDamaged("database disk image is malformed"); // SQLite's words for all such faults
+    return state;
+}
+
 // What cannot become a record is not even opened: that alone may change its files.
 void requireUsable(const ExportState &state, const QByteArray &name)
 {
     const RecordCopy copy(state.fd(), name);
     if (copy.exists())
-        stateOf(RecordDatabase(copy.path(), name));
+        stateOfCopy(RecordDatabase(copy.path(), name));
 }
 
 QByteArray nameOfRecord(const QByteArray &stateFolder)
@@ -326,7 +337,7 @@ ExportContents readExportRecord(const QByteArray &exportFolder)
     if (!copy.exists())
         return {};
     const RecordDatabase database(copy.path(), name);
-    return stateOf(database) == State::Complete ? readContents(database) : ExportContents();
+    return stateOfCopy(database) == State::Complete ? readContents(database) : ExportContents();
 }
 
 bool hasExportRecord(const QByteArray &exportFolder)

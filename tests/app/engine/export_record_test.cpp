@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <csignal>
 #include <map>
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -385,6 +387,49 @@ TEST_F(ExportRecordFile, WithOverwrittenPagesIsRefusedAndLeftAsItIs)
     const QByteArray whole = m_scratch.read(databasePath);
     m_scratch.write(databasePath, whole.left(4096) + QByteArray(whole.size() - 4096, '\x55'));
     expectRefused("is damaged: database disk image is malformed", Error::Damaged);
+}
+
+// Reading would not notice: the files are all there.
+TEST_F(ExportRecordFile, WithAnIndexThatLacksAFileIsRefusedAndLeftAsItIs)
+{
+    writeRecord(m_scratch.root(), {recordedFile("a", "")});
+    const QByteArray whole = m_scratch.read(databasePath);
+    const QByteArray photo = "photo of a";
+    const int first = whole.indexOf(photo);
+    ASSERT_GE(first, 0);
+    ASSERT_NE(first, whole.lastIndexOf(photo));
+    m_scratch.write(databasePath, QByteArray(whole).replace(first, 1, "q"));
+    expectRefused("is damaged: database disk image is malformed", Error::Damaged);
+}
+
+TEST_F(ExportRecordFile, IsAsItWasWhenTheDiskIsFullWhileFilesAreAdded)
+{
+    writeRecord(m_scratch.root(), {recordedFile("a", "")});
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        constexpr rlim_t most = 65536;
+        const rlimit limit = {most, most};
+        OpenRecord open(m_scratch.root());
+        std::signal(SIGXFSZ, SIG_IGN);
+        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0)
+            ::_exit(2);
+        std::vector<RecordedFile> files;
+        for (int i = 0; i < 2000; ++i)
+            files.push_back(recordedFile(QByteArray::number(i), ""));
+        try {
+            open.record.add(files);
+            ::_exit(3);
+        } catch (const Error &) {
+            ::_exit(open.record.contents().files.size() == 1 ? 0 : 4);
+        }
+    }
+    int status = -1;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+    ASSERT_EQ(0, WEXITSTATUS(status));
+    EXPECT_EQ(QList<QByteArray>{"a"}, pathsOf(readRecord()));
+    writeRecord(m_scratch.root(), {recordedFile("b", "")});
+    EXPECT_EQ((QList<QByteArray>{"a", "b"}), pathsOf(readRecord()));
 }
 
 TEST_F(ExportRecordFile, WithOtherTablesIsRefused)
