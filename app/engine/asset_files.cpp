@@ -144,7 +144,7 @@ void AssetFiles::addEdits(const QByteArray &folderPath, const AssetName &asset,
 // The folder "Adjustments" in `path`, whatever its case.
 QByteArray AssetFiles::adjustmentsIn(const QByteArray &path)
 {
-    const QByteArray usual = path + "/Adjustments";
+    QByteArray usual = path + "/Adjustments";
     if (m_listing.folder(usual).error.kind != FileError::NotFound)
         return usual;
     for (const QByteArray &name : m_listing.folder(path).names) {

@@ -25,7 +25,9 @@ enum Tag : quint16 {
 enum Type : quint16 { Byte = 1, Short = 3, Long = 4 };
 
 constexpr quint32 headerSize = 8;
+constexpr quint32 countSize = 2; // of the entries of a directory
 constexpr quint32 entrySize = 12;
+constexpr quint32 offsetSize = 4; // of the next directory
 constexpr quint32 linearRaw = 34892;
 
 struct Entry {
@@ -85,7 +87,7 @@ QByteArray rawFile(const QImage &picture)
     const QImage gray = picture.convertToFormat(QImage::Format_Grayscale8);
     QVector<Entry> entries = entriesOf(quint32(gray.width()), quint32(gray.height()));
     const auto count = static_cast<quint32>(entries.size());
-    const quint32 pixelsAt = headerSize + sizeof(quint16) + count * entrySize + sizeof(quint32);
+    const quint32 pixelsAt = headerSize + countSize + count * entrySize + offsetSize;
     QByteArray file("II*\0", 4);
     append(file, headerSize);
     append(file, quint16(count));
