@@ -69,6 +69,7 @@ ExportRun::ExportRun(LibrarySession &session, const ExportPlan &plan, ExportFold
 
 void ExportRun::run()
 {
+    tellProgress();
     m_record.add(m_plan.found);
     try {
         copyAll();

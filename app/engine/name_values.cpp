@@ -15,6 +15,12 @@ QByteArray lastName(QByteArray name)
     return name.mid(name.lastIndexOf('/') + 1);
 }
 
+// "/" stands between titles.
+QByteArray withoutSlash(QByteArray title)
+{
+    return title.replace('/', '_');
+}
+
 bool holds(const Asset &asset, const Album &album)
 {
     return std::binary_search(asset.albums.begin(), asset.albums.end(), album.id);
@@ -55,8 +61,9 @@ NameValues NameValuesOf::operator()(const Asset &asset, const QByteArray &fileNa
     if (!album)
         return values;
     values.album = album->title;
-    const Album *const parent = album->parent ? m_catalog.album(*album->parent) : nullptr;
-    if (parent)
-        values.folder = m_tree.pathOf(*parent);
+    for (const Album *each : m_tree.lineTo(*album)) {
+        if (each != album)
+            values.folder += (values.folder.isEmpty() ? "" : "/") + withoutSlash(each->title);
+    }
     return values;
 }
