@@ -1,9 +1,11 @@
 #include "engine/record_database.h"
 
 #include "base/error.h"
+#include "base/unique_fd.h"
 
 #include <sqlite3.h>
 
+#include <fcntl.h>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -26,6 +28,18 @@ bool isDamage(int result)
     return result == SQLITE_CORRUPT || result == SQLITE_NOTADB;
 }
 
+// Whether the disk has the locks that SQLite takes. Makes the file where there is none. The process
+// must not have it open, for it would lose its locks.
+bool hasLocks(const QByteArray &path)
+{
+    constexpr int flags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const UniqueFd fd(::open(path.constData(), flags, 0666));
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    return !fd.isOpen() || ::fcntl(fd.get(), F_GETLK, &lock) == 0;
+}
+
 } // namespace
 
 void RecordDatabase::Closer::operator()(sqlite3 *handle) const
@@ -42,8 +56,10 @@ RecordDatabase::RecordDatabase(const QByteArray &path, const QByteArray &name) :
 void RecordDatabase::open(const QByteArray &path)
 {
     constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOFOLLOW;
+    const char *const withoutLocks = "unix-none"; // one of SQLite's own
+    const char *const files = hasLocks(path) ? nullptr : withoutLocks;
     sqlite3 *handle = nullptr;
-    const int result = sqlite3_open_v2(path.constData(), &handle, flags, nullptr);
+    const int result = sqlite3_open_v2(path.constData(), &handle, flags, files);
     m_handle.reset(handle);
     if (result != SQLITE_OK)
         fail();

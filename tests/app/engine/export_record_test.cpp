@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "support/device_folder.h"
+#include "support/disk_faults.h"
 #include "support/export_records.h"
 
 #include <gtest/gtest.h>
@@ -429,6 +430,29 @@ TEST_F(ExportRecordFile, IsAsItWasWhenTheDiskIsFullWhileFilesAreAdded)
     ASSERT_EQ(0, WEXITSTATUS(status));
     EXPECT_EQ(QList<QByteArray>{"a"}, pathsOf(readRecord()));
     writeRecord(m_scratch.root(), {recordedFile("b", "")});
+    EXPECT_EQ((QList<QByteArray>{"a", "b"}), pathsOf(readRecord()));
+}
+
+TEST_F(ExportRecordFile, IsWrittenOnADiskWithoutLocks)
+{
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (!takeLocksAway())
+            ::_exit(77);
+        try {
+            writeRecord(m_scratch.root(), {recordedFile("a", "")});
+            writeRecord(m_scratch.root(), {recordedFile("b", "")});
+            ::_exit(readRecord().files.size() == 2 ? 0 : 2);
+        } catch (const Error &) {
+            ::_exit(1);
+        }
+    }
+    int status = -1;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+    if (WEXITSTATUS(status) == 77)
+        GTEST_SKIP() << "locks cannot be taken away here";
+    ASSERT_EQ(0, status);
     EXPECT_EQ((QList<QByteArray>{"a", "b"}), pathsOf(readRecord()));
 }
 

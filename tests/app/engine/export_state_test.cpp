@@ -3,6 +3,7 @@
 #include "base/cancel_token.h"
 #include "base/error.h"
 #include "support/device_folder.h"
+#include "support/disk_faults.h"
 
 #include <gtest/gtest.h>
 
@@ -171,6 +172,26 @@ TEST_F(ExportStateFolder, IsWaitedForNoLongerOnceThatIsCancelled)
         EXPECT_EQ(Error::Cancelled, error.kind());
     }
     EXPECT_TRUE(m_scratch.exists(".photolib"));
+}
+
+// Nothing tells there whether the exporter that writes a part file is still alive.
+TEST_F(ExportStateFolder, IsHadWithoutALockOnADiskThatHasNoneAndKeepsItsPartFiles)
+{
+    m_scratch.write(".photolib/.photolib-1.part", "maybe of another exporter");
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (!takeLocksAway())
+            ::_exit(77);
+        const ExportState state(m_scratch.root(), m_cancel, [] { ::_exit(1); });
+        ::_exit(0);
+    }
+    int status = -1;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+    if (WEXITSTATUS(status) == 77)
+        GTEST_SKIP() << "locks cannot be taken away here";
+    EXPECT_EQ(0, status);
+    EXPECT_TRUE(m_scratch.exists(".photolib/.photolib-1.part"));
 }
 
 // The child holds the folder until it is killed, without a chance to clean up.

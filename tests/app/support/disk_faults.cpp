@@ -73,6 +73,14 @@ constexpr unsigned refuse(unsigned code)
 
 constexpr unsigned filesWithoutName = O_TMPFILE & ~O_DIRECTORY;
 
+template <std::size_t length>
+bool install(sock_filter (&filter)[length])
+{
+    const sock_fprog program = {length, filter};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
 } // namespace
 
 bool takeLinksAway()
@@ -91,9 +99,23 @@ bool takeLinksAway()
         BPF_STMT(BPF_RET | BPF_K, refuse(EOPNOTSUPP)),
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
     };
-    const sock_fprog program = {sizeof filter / sizeof *filter, filter};
-    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+    return install(filter);
+}
+
+bool takeLocksAway()
+{
+    sock_filter filter[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_flock, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, refuse(ENOLCK)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_fcntl, 0, 4),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, argument(1)), // what it is to do
+        BPF_JUMP(BPF_JMP | BPF_JGE | BPF_K, F_GETLK, 0, 2),
+        BPF_JUMP(BPF_JMP | BPF_JGT | BPF_K, F_SETLKW, 1, 0),
+        BPF_STMT(BPF_RET | BPF_K, refuse(ENOLCK)),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    return install(filter);
 }
 
 LackOfLinks::LackOfLinks()

@@ -30,4 +30,7 @@ public:
 /// it calls only those that a process may call that was forked.
 bool takeLinksAway();
 
+/// Makes every disk lack locks in the same way.
+bool takeLocksAway();
+
 #endif // PHOTOLIB_TESTS_APP_DISK_FAULTS_H
