@@ -483,6 +483,19 @@ TEST_F(AlbumsExport, LeavesACopyThatAPersonChanged)
     EXPECT_EQ("edited IMG_3.JPG..", bytesOf("Albums/Rome/002 IMG_3.JPG"));
 }
 
+TEST_F(AlbumsExport, TakesNoOtherFileOfTheSameSizeAndTimeForACopy)
+{
+    ASSERT_TRUE(QDir(inExport("")).mkpath("Albums/Rome"));
+    write("Albums/Rome/001 IMG_1.JPG", "a person's bytes.!");
+    m_catalog.albums = {album(10, "Rome", {1})};
+    const timespec times[] = {{1, 0}, {1, 0}};
+    for (const char *const name : {"Albums/Rome/001 IMG_1.JPG", "2019/07/IMG_1.JPG"})
+        ASSERT_EQ(0, ::utimensat(m_folder.get(), name, times, 0));
+    ASSERT_EQ(bytesOf("2019/07/IMG_1.JPG").size(), bytesOf("Albums/Rome/001 IMG_1.JPG").size());
+    expectCounts(runAs(RecordedAlbumFile::Copy), 1, 0, 0);
+    EXPECT_EQ("a person's bytes.!", bytesOf("Albums/Rome/001 IMG_1.JPG"));
+}
+
 TEST_F(AlbumsExport, KeepsTheLastNameOfAFile)
 {
     m_catalog.albums = {album(10, "Rome", {1})};
@@ -526,8 +539,8 @@ TEST_F(AlbumsExport, GivesFilesOfAPhotoWithOneNameNumbers)
 
 TEST_F(AlbumsExport, GivesNoFileTheNameOfAnAlbum)
 {
-    m_catalog.albums = {folder(10, "Trips"), within(10, album(11, "001 IMG_1.JPG", {3})),
-                        album(12, "Trips", {1})};
+    m_catalog.albums = {folder(10, "Trips"), album(11, "Trips", {1}),
+                        within(10, album(12, "001 IMG_1.JPG", {3}))};
     expectCounts(run(), 2, 0, 0);
     EXPECT_EQ(QStringList({"Trips/001 IMG_1 (2).JPG", "Trips/001 IMG_1.JPG/001 IMG_3.JPG"}),
               names());
