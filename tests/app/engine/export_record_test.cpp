@@ -265,30 +265,32 @@ TEST_F(ExportRecordFile, CanBeReadWhileAnExporterIsAtWork)
     EXPECT_EQ((QList<QByteArray>{"a", "b"}), pathsOf(readRecord()));
 }
 
-// Each batch holds the same number of files, so that a half of one would show.
+// Each exporter adds the same number of files, so that a half of them would show, and takes the log
+// into the database when it ends.
 TEST_F(ExportRecordFile, IsReadAsItWasAtOneMomentWhileThreadsWriteIt)
 {
+    constexpr int exporters = 60;
     constexpr int batch = 50;
     std::atomic<bool> isOver{false};
-    OpenRecord open(m_scratch.root());
-    std::thread exporter([&] {
-        for (int i = 0; i < 60 && !isOver; ++i) {
+    std::thread writer([&] {
+        for (int i = 0; i < exporters; ++i) {
             std::vector<RecordedFile> files;
             for (int k = 0; k < batch; ++k)
                 files.push_back(recordedFile(QByteArray::number(i * batch + k), "bytes"));
-            open.record.add(files);
+            OpenRecord(m_scratch.root()).record.add(files);
         }
         isOver = true;
     });
     std::size_t last = 0;
     do {
-        const std::size_t count = readRecord().files.size();
+        std::size_t count = 0;
+        EXPECT_NO_THROW(count = readRecord().files.size());
         EXPECT_EQ(0U, count % batch);
         EXPECT_LE(last, count);
         last = count;
     } while (!isOver);
-    exporter.join();
-    EXPECT_EQ(60U * batch, readRecord().files.size());
+    writer.join();
+    EXPECT_EQ(std::size_t(exporters * batch), readRecord().files.size());
 }
 
 TEST_F(ExportRecordFile, CanBeReadOnADiskThatCannotBeWritten)
