@@ -81,10 +81,11 @@ public:
         return m_bytes;
     }
 
-    // All of it; empty on failure.
+    // All of it; empty on failure. Devices run out of handles: the file is closed.
     QByteArray content()
     {
         readUpTo(mostFileBytes + 1);
+        m_file.reset();
         if (m_bytes.size() > mostFileBytes)
             fail(failure(QStringLiteral("the original of more than %1 MiB is too large")
                              .arg(mostFileBytes / mebi)));
@@ -123,7 +124,7 @@ private:
 
     const CancelToken &m_cancel;
     FileError m_error;
-    const std::unique_ptr<DeviceFile> m_file;
+    std::unique_ptr<DeviceFile> m_file;
     QByteArray m_bytes;
 };
 
