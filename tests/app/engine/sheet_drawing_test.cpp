@@ -224,6 +224,72 @@ TEST_F(CancelledSheet, HasNoPictureDecodedAnyMore)
     EXPECT_TRUE(finishedCell(cell, SheetStyle(), m_cancel).cell.picture.isNull());
 }
 
+// Photos that the device has no thumbnails of.
+class DrawnSheetOfOriginals : public DrawnSheet
+{
+protected:
+    DrawnSheetOfOriginals()
+    {
+        PhotosDatabase database;
+        for (int i = 1; i <= count; ++i) {
+            const QByteArray name = "IMG_" + QByteArray::number(i) + ".JPG";
+            database.rows.assets.push_back(photoRow(i, i));
+            database.rows.assets.back().fileName = name.toStdString();
+            database.rows.assets.back().thumbnailIndex = -1;
+            m_scratch.write("device/DCIM/100APPLE/" + name, thumbnail(i));
+            m_request.ids.append(quint64(i));
+        }
+        writeDatabase(m_scratch, "device", database);
+        m_request.options.labels.clear();
+    }
+
+    static constexpr int count = 30;
+};
+
+TEST_F(DrawnSheetOfOriginals, IsTheSameWhateverTheNumberOfThreads)
+{
+    KeptPages byOne;
+    draw(byOne, 1);
+    ASSERT_EQ(1, byOne.pages.size());
+    const SheetPlan plan(m_request.options, count);
+    for (int i = 0; i < count; ++i) {
+        const QImage box = byOne.pages[0].copy(plan.layout(0).pictureBox(i));
+        const QRgb placeholder = qRgb(0xe9, 0xe9, 0xe6);
+        EXPECT_NE(placeholder, box.pixel(box.width() / 2, box.height() / 2)) << i;
+    }
+    KeptPages byFour;
+    draw(byFour, 4);
+    EXPECT_EQ(byOne.pages, byFour.pages);
+}
+
+TEST_F(DrawnSheetOfOriginals, EndsWhenItIsCancelled)
+{
+    KeptPages kept;
+    kept.whenDrawn = [this](int done) {
+        if (done == 3)
+            m_cancel.cancel();
+    };
+    EXPECT_EQ(Error::Cancelled, failure(kept));
+    EXPECT_EQ(3, kept.lastDrawn);
+}
+
+TEST_F(DrawnSheetOfOriginals, EndsWhenTheDeviceIsGone)
+{
+    OpenedLibrary library(device(), m_scratch.path("work"));
+    KeptPages kept;
+    kept.whenDrawn = [&](int done) {
+        if (done == 1)
+            library.session.files().close();
+    };
+    try {
+        drawSheet(library.session, m_request, 2, kept, m_cancel);
+        ADD_FAILURE() << "it is drawn";
+    } catch (const Error &error) {
+        EXPECT_EQ(Error::Disconnected, error.kind());
+    }
+    EXPECT_EQ(QList<QImage>(), kept.pages);
+}
+
 TEST_F(DrawnSheet, ReadsWhatACellShowsFromTheCatalog)
 {
     PhotosDatabase database;

@@ -8,6 +8,7 @@
 
 #include <libheif/heif.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -90,6 +91,16 @@ heif_error appendTo(heif_context *, const void *data, size_t size, void *file)
     return {heif_error_Ok, heif_suberror_Unspecified, ""};
 }
 
+void addThumbnail(const Context &context, const Handle &picture, const Encoder &encoder,
+                  const Options &options, const QImage &other)
+{
+    const int edge = std::max(other.width(), other.height()) / 3;
+    heif_image_handle *made = nullptr;
+    expectOk(heif_context_encode_thumbnail(context.get(), heifImage(other).get(), picture.get(),
+                                           encoder.get(), options.get(), edge, &made));
+    Handle(made).reset();
+}
+
 } // namespace
 
 QByteArray pictureFile(const QImage &picture, const char *format)
@@ -129,7 +140,7 @@ QByteArray jpegHeld(const QImage &upright, int code)
     return jpeg.left(2) + jpegSegment('\xe1', exifBlock(code)) + jpeg.mid(2);
 }
 
-QByteArray heicFile(const QImage &picture, int code, int thumbnailEdge)
+QByteArray heicFile(const QImage &picture, int code, const QImage &other)
 {
     const Context context(heif_context_alloc());
     const Encoder encoder = heicEncoder(context);
@@ -138,18 +149,12 @@ QByteArray heicFile(const QImage &picture, int code, int thumbnailEdge)
     expectOk(heif_encoder_set_lossy_quality(encoder.get(), 90));
     const Options options(heif_encoding_options_alloc());
     options->image_orientation = heif_orientation(code);
-    const Image image = heifImage(picture);
     heif_image_handle *made = nullptr;
-    expectOk(
-        heif_context_encode_image(context.get(), image.get(), encoder.get(), options.get(), &made));
+    expectOk(heif_context_encode_image(context.get(), heifImage(picture).get(), encoder.get(),
+                                       options.get(), &made));
     const Handle handle(made);
-    if (thumbnailEdge > 0) {
-        heif_image_handle *small = nullptr;
-        expectOk(heif_context_encode_thumbnail(context.get(), image.get(), handle.get(),
-                                               encoder.get(), options.get(), thumbnailEdge,
-                                               &small));
-        Handle(small).reset();
-    }
+    if (!other.isNull())
+        addThumbnail(context, handle, encoder, options, other);
     QByteArray file;
     heif_writer writer = {1, appendTo};
     expectOk(heif_context_write(context.get(), &writer, &file));

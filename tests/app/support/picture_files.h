@@ -15,10 +15,10 @@ QImage storedWith(const QImage &upright, int code);
 /// The same as a JPEG file whose EXIF block has the code.
 QByteArray jpegHeld(const QImage &upright, int code);
 
-/// `picture` as a HEIC file that tells to turn it with EXIF's orientation `code` or 1, and that has
-/// a smaller picture in it, `thumbnailEdge` pixels long unless that is 0. Empty where the library
+/// `picture` as a HEIC file that tells to turn it with EXIF's orientation `code`. Where there is
+/// `other`, the file has it as a thumbnail of the picture, a third as long. Empty where the library
 /// has no encoder.
-QByteArray heicFile(const QImage &picture, int code = 1, int thumbnailEdge = 0);
+QByteArray heicFile(const QImage &picture, int code = 1, const QImage &other = QImage());
 
 /// A PNG file that begins well, claims that size and has no pixels.
 QByteArray hollowPng(quint32 width, quint32 height);
