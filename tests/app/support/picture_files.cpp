@@ -169,6 +169,27 @@ QByteArray hollowPng(quint32 width, quint32 height)
            pngChunk("IDAT", QByteArray("\x78\x9c", 2)) + pngChunk("IEND", QByteArray());
 }
 
+QByteArray interlacedPng(const QImage &picture)
+{
+    struct Pass {
+        int left, top, columns, rows; // where it begins, and the steps to its next pixels
+    };
+    constexpr Pass passes[] = {{0, 0, 8, 8}, {4, 0, 8, 8}, {0, 4, 4, 8}, {2, 0, 4, 4},
+                               {0, 2, 2, 4}, {1, 0, 2, 2}, {0, 1, 1, 2}};
+    QByteArray rows;
+    for (const Pass &pass : passes) {
+        for (int y = pass.top; y < picture.height(); y += pass.rows) {
+            rows += '\0'; // not filtered
+            for (int x = pass.left; x < picture.width(); x += pass.columns)
+                rows += char(qGray(picture.pixel(x, y)));
+        }
+    }
+    const QByteArray size =
+        bigEndian(quint32(picture.width())) + bigEndian(quint32(picture.height()));
+    return "\x89PNG\r\n\x1a\n" + pngChunk("IHDR", size + QByteArray("\x08\0\0\0\x01", 5)) +
+           pngChunk("IDAT", qCompress(rows).mid(4)) + pngChunk("IEND", QByteArray());
+}
+
 // The length counts itself.
 QByteArray jpegSegment(char marker, const QByteArray &content)
 {

@@ -23,6 +23,9 @@ QByteArray heicFile(const QImage &picture, int code = 1, const QImage &other = Q
 /// A PNG file that begins well, claims that size and has no pixels.
 QByteArray hollowPng(quint32 width, quint32 height);
 
+/// The greys of `picture` as a PNG file that is stored in seven passes, each finer than the others.
+QByteArray interlacedPng(const QImage &picture);
+
 /// A grey progressive JPEG picture of 16 x 16 pixels, four blocks, in `scans` scans: first all the
 /// means, then again and again all other coefficients, none of which is there.
 QByteArray progressiveJpeg(int scans);
