@@ -31,6 +31,10 @@ inline std::vector<CommandRow> deviceCommands()
          {"thumb", "-d", "DEVICE", "PHOTO", "--format", "png", "-o", "OUT.png"},
          true,
          true},
+        {"ThumbOfOriginals",
+         {"thumb", "-d", "DEVICE", "--all", "OUT", "--size", "4096"},
+         true,
+         true},
         {"Sheet", {"sheet", "-d", "DEVICE", "-o", "OUT.png"}, true, true},
         {"Export", {"export", "-d", "DEVICE", "OUT"}, true, true},
     };
