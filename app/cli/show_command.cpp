@@ -199,6 +199,11 @@ void addFiles(LibrarySession &session, const Asset &asset, LineList &lines)
         for (const AssetFile &file : found)
             lines.add(roleLabel(file.role), fileText(session, file));
     }
+    // That the original cannot be read is told by now.
+    for (const auto &[path, error] : files.unlistedFolders()) {
+        if (!asset.path().startsWith(path + '/'))
+            session.noteUnreadable(shownText(path), error);
+    }
 }
 
 Lines iosLines(LibrarySession &session, const Asset &asset)

@@ -102,15 +102,24 @@ std::vector<AssetFile> AssetFiles::madeByDevice(const Asset &asset)
     std::vector<AssetFile> files;
     FileError error;
     const QByteArray still = inLibrary("Metadata", place->folder, nameStem(place->name) + ".JPG");
-    if (!hasOriginals(inLibrary("Metadata", place->folder, QByteArray())) &&
-        m_listing.has(still, &error))
+    const QByteArray stills = inLibrary("Metadata", place->folder, QByteArray());
+    namesIn(stills); // to know when it cannot be listed
+    if (!hasOriginals(stills) && m_listing.has(still, &error))
         files.push_back({AssetFileRole::Still, still});
     const QByteArray thumbnails = inLibrary("Thumbnails/V2", place->folder, place->name);
     if (hasOriginals(thumbnails))
         return files;
-    for (const QByteArray &name : m_listing.folder(thumbnails).names)
+    for (const QByteArray &name : namesIn(thumbnails))
         files.push_back({AssetFileRole::Thumbnail, thumbnails + '/' + name});
     return files;
+}
+
+const QList<QByteArray> &AssetFiles::namesIn(const QByteArray &folderPath)
+{
+    const DeviceListing::Folder &listed = m_listing.folder(folderPath);
+    if (listed.error.kind != FileError::None && !listed.error.isMissing())
+        m_unlisted[folderPath] = listed.error;
+    return listed.names;
 }
 
 const AssetFolder &AssetFiles::folder(const QByteArray &path)
@@ -121,7 +130,7 @@ const AssetFolder &AssetFiles::folder(const QByteArray &path)
     const QByteArray edits = inLibrary("Mutations", path, QByteArray());
     const auto assets = m_assets.find(path);
     AssetFolder folder(path, assets == m_assets.end() ? std::vector<AssetName>() : assets->second,
-                       m_listing.folder(path).names, m_listing.folder(edits).names);
+                       namesIn(path), namesIn(edits));
     return m_folders.emplace(path, std::move(folder)).first->second;
 }
 
@@ -135,7 +144,7 @@ void AssetFiles::addEdits(const QByteArray &folderPath, const AssetName &asset,
     const QByteArray path = adjustmentsIn(inLibrary("Mutations", folderPath, edits));
     if (hasOriginals(path))
         return;
-    for (const QByteArray &name : m_listing.folder(path).names) {
+    for (const QByteArray &name : namesIn(path)) {
         if (const std::optional<AssetFileRole> role = assetFolder.editRole(edits, name, asset))
             files->push_back({*role, path + '/' + name});
     }
@@ -147,7 +156,7 @@ QByteArray AssetFiles::adjustmentsIn(const QByteArray &path)
     QByteArray usual = path + "/Adjustments";
     if (m_listing.folder(usual).error.kind != FileError::NotFound)
         return usual;
-    for (const QByteArray &name : m_listing.folder(path).names) {
+    for (const QByteArray &name : namesIn(path)) {
         if (name.toLower() == "adjustments")
             return path + '/' + name;
     }

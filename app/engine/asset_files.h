@@ -2,6 +2,7 @@
 #define PHOTOLIB_ENGINE_ASSET_FILES_H
 
 #include "catalog/asset.h"
+#include "devices/device_file_system.h"
 #include "engine/asset_file.h"
 #include "engine/asset_folder.h"
 
@@ -46,7 +47,12 @@ public:
     /// Photos of one name in one folder have one still.
     std::vector<AssetFile> madeByDevice(const Asset &asset);
 
+    /// The folders that are there but could not be listed, by path, and why: what they hold is
+    /// missing from all that was told so far.
+    const std::map<QByteArray, FileError> &unlistedFolders() const { return m_unlisted; }
+
 private:
+    const QList<QByteArray> &namesIn(const QByteArray &folderPath);
     const AssetFolder &folder(const QByteArray &path);
     void addEdits(const QByteArray &folderPath, const AssetName &asset,
                   std::vector<AssetFile> *files);
@@ -57,6 +63,7 @@ private:
     // Sorted: names from a device can make hashes slow.
     std::map<QByteArray, std::vector<AssetName>> m_assets; // by folder
     std::map<QByteArray, AssetFolder> m_folders;
+    std::map<QByteArray, FileError> m_unlisted;
 };
 
 #endif // PHOTOLIB_ENGINE_ASSET_FILES_H

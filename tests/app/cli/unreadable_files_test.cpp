@@ -62,6 +62,18 @@ TEST_F(UnreadableFiles, AreShownAsSuch)
     EXPECT_TRUE(output.contains("File:        unreadable\n")) << output.constData();
 }
 
+TEST_F(UnreadableFiles, AreToldOfEdits)
+{
+    setMode("device/DCIM", 0700);
+    m_scratch.makeFolder("device/PhotoData/Mutations");
+    setMode("device/PhotoData/Mutations", 0);
+    const ProgramResult result = run({"show", "1", "-d", device()});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_TRUE(result.errors.contains("PhotoData/Mutations/DCIM/100APPLE: Permission denied"))
+        << result.errors.constData();
+    setMode("device/PhotoData/Mutations", 0700);
+}
+
 TEST_F(UnreadableFiles, AreToldByADumpAndASheet)
 {
     EXPECT_EQ(2, expectTold({"dump", "-d", device()}, "2 files").count("\"ok\":false"));

@@ -340,13 +340,33 @@ TEST(AssetFilesOnADevice, TakeAsLongForNamesThatAreAlikeAsForOthers)
     EXPECT_EQ("1 live D/A.MOV", lines.front());
 }
 
-TEST(AssetFilesOnADevice, AreNoneOfAnUnreadableFolder)
+TEST(AssetFilesOnADevice, AreNotKnownOfFoldersThatCannotBeListed)
 {
     ListedFolders device;
     device.fault = {FileError::Denied, QStringLiteral("Permission denied")};
     Catalog catalog;
     catalog.assets = {photo(1, "A.JPG")};
-    EXPECT_EQ(Lines(), allFiles(catalog, device));
+    DeviceListing listing(device);
+    AssetFiles files(catalog, listing);
+    EXPECT_TRUE(files.of(catalog.assets[0]).empty());
+    Lines unlisted;
+    for (const auto &[path, error] : files.unlistedFolders())
+        unlisted.push_back(path.toStdString() + ": " + error.text.toStdString());
+    EXPECT_EQ(Lines({"D: Permission denied", "PhotoData/Mutations/D: Permission denied"}),
+              unlisted);
+}
+
+TEST(AssetFilesOnADevice, AreAllKnownWithoutFoldersThatAreNotThere)
+{
+    ListedFolders device;
+    device.addFile("D/A.JPG");
+    Catalog catalog;
+    catalog.assets = {photo(1, "A.JPG")};
+    DeviceListing listing(device);
+    AssetFiles files(catalog, listing);
+    files.of(catalog.assets[0]);
+    files.madeByDevice(catalog.assets[0]);
+    EXPECT_TRUE(files.unlistedFolders().empty());
 }
 
 TEST(AssetFilesOnADevice, AreNoneOutsideOfIt)
