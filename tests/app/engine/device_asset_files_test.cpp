@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
 #include <map>
 
@@ -90,11 +91,20 @@ struct SampleRow {
 class SampleAssetFiles : public DeviceAssetFiles, public testing::WithParamInterface<SampleRow>
 {
 protected:
-    void SetUp() override
+    void SetUp() override { ASSERT_NO_FATAL_FAILURE(open(sampleOf(GetParam().schema))); }
+
+    // Two outings, which have every kind of file, written once: no test changes them.
+    static QString sampleOf(SampleSchema schema)
     {
-        const QString device = QString::fromUtf8(m_scratch.path("phone"));
-        writeSampleTo(device, sampleOptions(40, true, 1, GetParam().schema));
-        ASSERT_NO_FATAL_FAILURE(open(device));
+        static std::map<SampleSchema, std::unique_ptr<QTemporaryDir>> folders;
+        std::unique_ptr<QTemporaryDir> &folder = folders[schema];
+        const bool isNew = !folder;
+        if (isNew)
+            folder = std::make_unique<QTemporaryDir>();
+        const QString device = folder->filePath(QStringLiteral("phone"));
+        if (isNew)
+            writeSampleTo(device, sampleOptions(40, true, 1, schema));
+        return device;
     }
 };
 
