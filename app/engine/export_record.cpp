@@ -1,5 +1,6 @@
 #include "engine/export_record.h"
 
+#include "base/cancel_token.h"
 #include "base/error.h"
 #include "base/file_names.h"
 #include "base/folders.h"
@@ -227,7 +228,8 @@ State stateOfCopy(const RecordDatabase &copy)
 // What cannot become a record is not even opened: that alone may change its files.
 void requireUsable(const ExportState &state, const QByteArray &name)
 {
-    const RecordCopy copy(state.fd(), name);
+    const CancelToken never;
+    const RecordCopy copy(state.fd(), name, never);
     if (copy.exists())
         stateOfCopy(RecordDatabase(copy.path(), name));
 }
@@ -328,15 +330,22 @@ void ExportRecord::setAlbumFiles(const std::vector<RecordedAlbumFile> &files)
 
 ExportContents readExportRecord(const QByteArray &exportFolder)
 {
+    const CancelToken never;
+    return readExportRecord(exportFolder, never);
+}
+
+ExportContents readExportRecord(const QByteArray &exportFolder, const CancelToken &cancel)
+{
     const QByteArray path = exportStatePath(exportFolder);
     const UniqueFd folder = openStateFolder(path);
     if (!folder.isOpen())
         return {};
     const QByteArray name = nameOfRecord(path);
-    const RecordCopy copy(folder.get(), name);
+    const RecordCopy copy(folder.get(), name, cancel);
     if (!copy.exists())
         return {};
     const RecordDatabase database(copy.path(), name);
+    database.endWith(cancel);
     return stateOfCopy(database) == State::Complete ? readContents(database) : ExportContents();
 }
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+class CancelToken;
 class ExportState;
 
 /// A file as it was exported.
@@ -80,6 +81,9 @@ private:
 /// nothing in the folder, which may be on a disk that cannot be written, and may be read while an
 /// exporter is at work. Throws Error like ExportRecord.
 ExportContents readExportRecord(const QByteArray &exportFolder);
+
+/// The same, which ends with an Error of the kind Cancelled soon after `cancel` is.
+ExportContents readExportRecord(const QByteArray &exportFolder, const CancelToken &cancel);
 
 /// Whether `exportFolder` has a record.
 bool hasExportRecord(const QByteArray &exportFolder);

@@ -115,7 +115,7 @@ public:
     {
         if (!hasExportRecord(folder))
             throw Error(folder.toStdString(), "has no record of an export");
-        m_record = readExportRecord(folder);
+        m_record = readExportRecord(folder, cancel);
         m_progress.files = static_cast<int>(m_record.files.size() + m_record.albumFiles.size());
         for (const RecordedFile &file : m_record.files)
             m_progress.totalBytes = sum(m_progress.totalBytes, file.size);

@@ -1,6 +1,7 @@
 #include "engine/record_copy.h"
 
 #include "base/byte_sink.h"
+#include "base/cancel_token.h"
 #include "base/error.h"
 #include "base/sha256.h"
 #include "base/unique_fd.h"
@@ -32,7 +33,10 @@ constexpr std::chrono::milliseconds interval(10);
 class RecordFiles
 {
 public:
-    RecordFiles(int folder, const QByteArray &name) : m_folder(folder), m_name(name) {}
+    RecordFiles(int folder, const QByteArray &name, const CancelToken &cancel)
+        : m_folder(folder), m_name(name), m_cancel(cancel)
+    {
+    }
 
     // The SHA-256 of a file, each part of which `sink` is given; empty when there is no such file.
     QByteArray read(const char *file, const ByteSink &sink) const
@@ -74,6 +78,8 @@ private:
 
     qint64 readBlock(int fd, QByteArray &block) const
     {
+        if (m_cancel.isCancelled())
+            throw Error(Error::Cancelled, "interrupted");
         ssize_t count = 0;
         do {
             count = ::read(fd, block.data(), static_cast<size_t>(block.size()));
@@ -85,6 +91,7 @@ private:
 
     const int m_folder;
     const QByteArray m_name;
+    const CancelToken &m_cancel;
 };
 
 // Throws Error when the folder for copies cannot be written.
@@ -117,12 +124,12 @@ bool copyBoth(const RecordFiles &files, const QString &path, bool *exists)
 
 } // namespace
 
-RecordCopy::RecordCopy(int folder, const QByteArray &name)
+RecordCopy::RecordCopy(int folder, const QByteArray &name, const CancelToken &cancel)
     : m_folder(QDir::tempPath() + QStringLiteral("/photolib-XXXXXX"))
 {
     if (!m_folder.isValid())
         throw Error(QDir::tempPath() + QStringLiteral(": ") + m_folder.errorString());
-    const RecordFiles files(folder, name);
+    const RecordFiles files(folder, name, cancel);
     int tries = 1;
     while (!copyBoth(files, QFile::decodeName(path()), &m_exists)) {
         if (++tries > mostTries)

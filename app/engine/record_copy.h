@@ -4,14 +4,17 @@
 #include <QByteArray>
 #include <QTemporaryDir>
 
+class CancelToken;
+
 /// A copy of the database of an export's record with its write-ahead log, as long as the object
 /// lives: as it was at one moment, even if an exporter writes it meanwhile.
 class RecordCopy
 {
 public:
     /// Copies from the folder that the descriptor `folder` holds open. Messages call the database
-    /// `name`. Throws Error, also when one of the files is a link or no regular file.
-    RecordCopy(int folder, const QByteArray &name);
+    /// `name`. Throws Error, also when one of the files is a link or no regular file, and of the
+    /// kind Cancelled soon after `cancel` is.
+    RecordCopy(int folder, const QByteArray &name, const CancelToken &cancel);
 
     /// Whether there was a database to be copied.
     bool exists() const { return m_exists; }

@@ -1,5 +1,6 @@
 #include "engine/record_database.h"
 
+#include "base/cancel_token.h"
 #include "base/error.h"
 #include "base/unique_fd.h"
 
@@ -78,6 +79,15 @@ void RecordDatabase::configure() const
     run("PRAGMA locking_mode = EXCLUSIVE; PRAGMA cell_size_check = ON; PRAGMA mmap_size = 0");
 }
 
+void RecordDatabase::endWith(const CancelToken &cancel) const
+{
+    constexpr int interval = 1000; // instructions of SQLite's virtual machine
+    const auto isCancelled = [](void *token) {
+        return static_cast<const CancelToken *>(token)->isCancelled() ? 1 : 0;
+    };
+    sqlite3_progress_handler(handle(), interval, isCancelled, const_cast<CancelToken *>(&cancel));
+}
+
 void RecordDatabase::run(const char *sql) const
 {
     if (sqlite3_exec(handle(), sql, nullptr, nullptr, nullptr) != SQLITE_OK)
@@ -97,6 +107,8 @@ void RecordDatabase::fail() const
     const int result = sqlite3_errcode(handle());
     if (isDamage(result))
         failDamaged(sqlite3_errmsg(handle()));
+    if (result == SQLITE_INTERRUPT)
+        throw Error(Error::Cancelled, "interrupted");
     if (result == SQLITE_BUSY)
         throw Error(m_name.toStdString(), "is open in another program");
     std::string cause = sqlite3_errmsg(handle());

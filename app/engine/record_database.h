@@ -6,6 +6,7 @@
 
 #include <memory>
 
+class CancelToken;
 struct sqlite3;
 struct sqlite3_stmt;
 
@@ -19,6 +20,10 @@ public:
     /// Opens `path`, which must not be or lead through a link, and makes an empty database where
     /// there is none. Messages call it `name`.
     RecordDatabase(const QByteArray &path, const QByteArray &name);
+
+    /// Has statements end with an Error of the kind Cancelled once `cancel`, which must outlive the
+    /// object, is cancelled.
+    void endWith(const CancelToken &cancel) const;
 
     sqlite3 *handle() const { return m_handle.get(); }
     QByteArray name() const { return m_name; }

@@ -435,6 +435,19 @@ TEST_F(ExportRecordFile, IsAsItWasWhenTheDiskIsFullWhileFilesAreAdded)
     EXPECT_EQ((QList<QByteArray>{"a", "b"}), pathsOf(readRecord()));
 }
 
+TEST_F(ExportRecordFile, IsReadNoFurtherOnceThatIsCancelled)
+{
+    writeRecord(m_scratch.root(), {recordedFile("a", "")});
+    CancelToken cancel;
+    cancel.cancel();
+    try {
+        readExportRecord(m_scratch.root(), cancel);
+        ADD_FAILURE() << "not cancelled";
+    } catch (const Error &error) {
+        EXPECT_EQ(Error::Cancelled, error.kind());
+    }
+}
+
 TEST_F(ExportRecordFile, IsWrittenOnADiskWithoutLocks)
 {
     const pid_t child = ::fork();
