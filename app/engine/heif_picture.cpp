@@ -155,6 +155,16 @@ QSize stepsFor(const QSize &size, int longestEdge)
     return QSize(step, step).boundedTo(size);
 }
 
+// Adds up `count` pixels; returns where the next one is.
+const uchar *addPixels(unsigned *sums, const uchar *byte, int count)
+{
+    for (; count > 0; --count) {
+        for (int channel = 0; channel < pixelBytes; ++channel)
+            sums[channel] += *byte++;
+    }
+    return byte;
+}
+
 // The means of the fields of `steps` in the rows from `from` on, `width` of them.
 void reduceRows(uchar *to, int width, const uchar *from, int stride, const QSize &steps)
 {
@@ -162,11 +172,8 @@ void reduceRows(uchar *to, int width, const uchar *from, int stride, const QSize
     std::vector<unsigned> sums(size_t(width) * pixelBytes);
     for (int y = 0; y < steps.height(); ++y, from += stride) {
         const uchar *byte = from;
-        for (int x = 0; x < width * steps.width(); ++x, byte += pixelBytes) {
-            unsigned *const sum = &sums[size_t(x / steps.width()) * pixelBytes];
-            for (int channel = 0; channel < pixelBytes; ++channel)
-                sum[channel] += byte[channel];
-        }
+        for (size_t x = 0; x < sums.size(); x += pixelBytes)
+            byte = addPixels(&sums[x], byte, steps.width());
     }
     for (size_t i = 0; i < sums.size(); ++i)
         to[i] = uchar((sums[i] + area / 2) / area);
