@@ -277,11 +277,12 @@ void addOptions(CLI::App &command, ThumbArguments &arguments)
                     "\".png\"; with --size, and for thumbnails that are made, JPEG")
         ->check(CLI::IsMember({"jpeg", "png"}));
     command
-        .add_option("--size", arguments.size,
-                    "The longer edge has N pixels, or fewer where there is no picture as large. A "
-                    "photo's own file is used where the device's thumbnail is smaller. Default: "
-                    "as stored")
-        ->check(CLI::Range(smallestSize, largestSize))
+        .add_option(
+            "--size", arguments.size,
+            "The longer edge has N pixels, 16 to 4096, or fewer where there is no picture as "
+            "large. A photo's own file is used where the device's thumbnail is smaller. "
+            "Default: as stored")
+        ->check(CLI::Range(smallestSize, largestSize).description(""))
         ->type_name("N");
 }
 
