@@ -18,18 +18,17 @@ struct Catalog;
 /// folders, each once: that of the originals, that of the edits made to them, and one more for
 /// each photo that has been edited.
 ///
-/// A file beside an original belongs to it when it has the same name but for the extension, and
-/// one with that name in another case when none has it exactly, unless it is an original itself.
-/// An edit is found by that name, too. Each such file belongs to one photo or video only. Where
-/// several have the name, "IMG_1.JPG" and "IMG_1.PNG", it is
+/// A file beside an original that is none itself belongs to the photo of the same name but for the
+/// extension; where there is none, to the photo of that name in another case. Edits are found by
+/// the name likewise. Each such file belongs to one photo or video only. Where several have the
+/// name, "IMG_1.JPG" and "IMG_1.PNG", it is
 /// - for a film beside the originals a photo rather than a video, then what the library calls a
 ///   Live Photo;
 /// - for a rendered picture a photo rather than a video, then what the library calls edited;
 /// - for a rendered film what the library calls edited, then a video or Live Photo;
 /// - for other files made by editing what the library calls edited;
 /// and then what is not in the trash, then the one with the lowest id. A photo has one live film;
-/// further films are other files. An original that the library
-/// names twice is that of both.
+/// further films are other files. An original that the library names twice is that of both.
 ///
 /// For one thread at a time.
 class AssetFiles
@@ -48,7 +47,7 @@ public:
     std::vector<AssetFile> madeByDevice(const Asset &asset);
 
     /// The folders that are there but could not be listed, by path, and why: what they hold is
-    /// missing from all that was told so far.
+    /// missing from all that was told so far. A device that is gone has them all here.
     const std::map<QByteArray, FileError> &unlistedFolders() const { return m_unlisted; }
 
 private:
