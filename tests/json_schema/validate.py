@@ -2,9 +2,10 @@
 and each key that it has is one that the schema knows. It also fails when the schema accepts the JSON
 with a key less, which would tell nothing.
 
-usage: validate.py SCHEMA photos|albums|reportedFile FILE
+usage: validate.py SCHEMA DEFINITION FILE
 
-FILE has a reported file on each line.
+DEFINITION is photos, albums, exportPreview, verification or reportedFile; in the last case, FILE has
+an object on each line.
 """
 
 import copy
@@ -14,7 +15,13 @@ import sys
 import jsonschema
 
 REPORT = "reportedFile"
-ITEMS = {"photos": "photo", "albums": "album", REPORT: REPORT}
+# Which key of the object leads to the items, and the definition of one.
+LISTS = {
+    "photos": ("photos", "photo"),
+    "albums": ("albums", "album"),
+    "exportPreview": ("files", "plannedFile"),
+    "verification": ("files", "verifiedFile"),
+}
 
 
 def validator(schema, definition):
@@ -23,35 +30,32 @@ def validator(schema, definition):
     return jsonschema.Draft7Validator(part)
 
 
-def documents_in(file, definition):
-    return [json.loads(line) for line in file] if definition == REPORT else [json.load(file)]
-
-
-def items_of(document, definition):
-    return [document] if definition == REPORT else document[definition]
-
-
-def document_of(item, definition):
-    return item if definition == REPORT else {definition: [item]}
+def require_keys(objects, schema, definition):
+    known = set(schema["definitions"][definition]["properties"])
+    for each in objects:
+        assert set(each) == known, sorted(set(each) ^ known)
+    check = validator(schema, definition)
+    for key in known:
+        less = copy.deepcopy(objects[0])
+        del less[key]
+        assert not check.is_valid(less), key + " may be left out"
 
 
 def main(schema_file, definition, json_file):
     with open(schema_file, encoding="utf-8") as file:
         schema = json.load(file)
     with open(json_file, encoding="utf-8") as file:
-        documents = documents_in(file, definition)
+        objects = [json.loads(line) for line in file] if definition == REPORT else [json.load(file)]
+    assert objects, json_file + ": nothing to look at"
     check = validator(schema, definition)
-    for document in documents:
-        check.validate(document)
-    items = [item for document in documents for item in items_of(document, definition)]
-    assert items, json_file + ": nothing to look at"
-    known = set(schema["definitions"][ITEMS[definition]]["properties"])
-    for item in items:
-        assert set(item) == known, sorted(set(item) ^ known)
-    for key in known:
-        less = copy.deepcopy(items[0])
-        del less[key]
-        assert not check.is_valid(document_of(less, definition)), key + " may be left out"
+    for each in objects:
+        check.validate(each)
+    require_keys(objects, schema, definition)
+    if definition == REPORT:
+        return
+    key, item = LISTS[definition]
+    assert objects[0][key], json_file + ": nothing to look at"
+    require_keys(objects[0][key], schema, item)
 
 
 main(*sys.argv[1:])
