@@ -164,6 +164,14 @@ void AtomicFile::startStoring()
     ::sync_file_range(m_fd.get(), 0, 0, SYNC_FILE_RANGE_WRITE);
 }
 
+void AtomicFile::waitUntilWritten()
+{
+    // What goes wrong here shows when the file is stored.
+    ::sync_file_range(m_fd.get(), 0, 0,
+                      SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE |
+                          SYNC_FILE_RANGE_WAIT_AFTER);
+}
+
 void AtomicFile::store()
 {
     while (::fdatasync(m_fd.get()) != 0) {

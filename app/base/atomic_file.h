@@ -41,6 +41,10 @@ public:
     /// Has the disk begin to store what is written so far, without waiting for it.
     void startStoring();
 
+    /// Waits for the disk to have what is written so far. It may still be lost: that only makes
+    /// `store` quick, which takes as long for many files as for one when all of them are there.
+    void waitUntilWritten();
+
     /// Returns when the content is stored, so that it outlasts a loss of power.
     void store();
 

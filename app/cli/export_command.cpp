@@ -245,6 +245,7 @@ int preview(const ExportArguments &arguments, const CommonOptions &options, Libr
     else
         writePreviewTable(plan, output);
     const bool hasFailure =
+        !plan.unlisted.empty() ||
         std::any_of(plan.files.begin(), plan.files.end(),
                     [](const PlannedFile &file) { return file.action == PlannedFile::Fail; });
     return hasFailure ? exitFailed : exitDone;

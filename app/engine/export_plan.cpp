@@ -97,7 +97,12 @@ public:
         addSidecars(photo, first);
     }
 
-    ExportPlan take() { return std::move(m_plan); }
+    ExportPlan take()
+    {
+        for (const auto &[path, error] : m_files.unlistedFolders())
+            m_plan.unlisted.push_back({QString::fromUtf8(printable(path)), failureText(error)});
+        return std::move(m_plan);
+    }
 
 private:
     void takeRecordedBase(Photo &photo)
@@ -464,6 +469,8 @@ ExportPlan plannedExport(LibrarySession &session, const ExportRequest &request,
     }
     ExportPlan plan = planner.take();
     plan.bytes = bytesToCopy(plan);
+    for (const ItemFailure &failure : plan.unlisted)
+        observer.failed(failure);
     return plan;
 }
 

@@ -5,6 +5,7 @@
 #include "engine/export_record.h"
 #include "engine/export_request.h"
 #include "engine/export_sources.h"
+#include "engine/item_work.h"
 
 #include <QStringList>
 
@@ -42,6 +43,9 @@ struct ExportPlan {
     /// Files that are in the folder already, which the record does not have like that: those that
     /// another program has put there, say.
     std::vector<RecordedFile> found;
+
+    /// Folders of the device that cannot be listed: edits and films in them are not found.
+    std::vector<ItemFailure> unlisted;
 
     QStringList cutNames; ///< of photos whose names the disk cannot hold, safe to show
     qint64 bytes = 0;     ///< of the files to copy, as foretold

@@ -70,42 +70,31 @@ ExportRun::ExportRun(LibrarySession &session, const ExportPlan &plan, ExportFold
 void ExportRun::run()
 {
     tellProgress();
+    m_counts.failed = static_cast<int>(m_plan.unlisted.size()); // the observer has heard of them
     m_record.add(m_plan.found);
     try {
         copyAll();
     } catch (const Error &error) {
-        if (error.kind() == Error::Cancelled)
-            dropSlowest();
-        flushLast();
+        finishAfterFailure(error.kind() == Error::Cancelled);
         throw;
     } catch (const std::system_error &error) {
         const std::string cause = causeOf(error);
-        flushLast();
+        finishAfterFailure(false);
         throw Error(m_folder.path().toStdString(), cause);
     }
 }
 
-// Somebody waits for the end: what the disk has not stored soon is copied again another time.
-void ExportRun::dropSlowest()
-{
-    constexpr qint64 patience = 200; // milliseconds
-    QElapsedTimer clock;
-    clock.start();
-    std::size_t stored = 0;
-    try {
-        while (stored < m_batch.size() && clock.elapsed() < patience)
-            m_batch[stored++].copy.file->store();
-    } catch (const std::system_error &) {
-        --stored;
-    }
-    m_batch.resize(stored);
-}
-
 // What ends the run is told, and not what that leads to.
-void ExportRun::flushLast()
+void ExportRun::finishAfterFailure(bool isHurried)
 {
+    constexpr std::chrono::milliseconds patience(200);
     try {
-        flush();
+        for (int batches = 0; batches < 2; ++batches) {
+            if (isHurried && m_storing && !m_storing->waitFor(patience))
+                m_storing->end();
+            startStoring();
+        }
+        finishStoring();
     } catch (const Error &) {
         return;
     } catch (const std::system_error &) {
@@ -128,7 +117,8 @@ void ExportRun::copyAll()
         }
         while (!copies.isEmpty())
             takeCopy(copies);
-        flush();
+        startStoring();
+        finishStoring();
     } catch (...) {
         m_copier.end();
         throw;
@@ -162,27 +152,33 @@ void ExportRun::addWritten(std::size_t index, FileCopy copy)
     if (!copy.file)
         return settleAsFailed(index, copy.failure);
     m_batchBytes += copy.size;
-    m_batch.push_back({index, std::move(copy)});
+    WrittenFile written;
+    written.index = index;
+    written.copy = std::move(copy);
+    m_batch.push_back(std::move(written));
     if (m_batch.size() >= batchFiles || m_batchBytes >= batchBytes)
-        flush();
+        startStoring();
+}
+
+// Waits for the batch before, so that there are never more than two.
+void ExportRun::startStoring()
+{
+    finishStoring();
+    m_batchBytes = 0;
+    if (m_batch.empty())
+        return;
+    m_storing = std::make_unique<StoredBatch>(std::move(m_batch));
+    m_batch.clear(); // what was moved from is anything
 }
 
 // When the disk refuses, those that are stored by then get their names before that is thrown.
-void ExportRun::flush()
+void ExportRun::finishStoring()
 {
-    std::exception_ptr failure;
-    std::size_t stored = 0;
-    try {
-        for (; stored < m_batch.size(); ++stored)
-            m_batch[stored].copy.file->store();
-    } catch (const std::system_error &) {
-        failure = std::current_exception();
-    }
-    std::vector<Written> batch;
-    batch.swap(m_batch);
-    m_batchBytes = 0;
-    batch.resize(stored);
-    nameAll(batch);
+    if (!m_storing)
+        return;
+    const std::unique_ptr<StoredBatch> storing = std::move(m_storing);
+    const std::exception_ptr failure = storing->finish();
+    nameAll(storing->files());
     if (failure)
         std::rethrow_exception(failure);
 }

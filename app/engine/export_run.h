@@ -5,6 +5,7 @@
 #include "engine/export_plan.h"
 #include "engine/export_report.h"
 #include "engine/file_copy.h"
+#include "engine/stored_batch.h"
 #include "engine/worker_pool.h"
 
 #include <optional>
@@ -15,7 +16,7 @@ class ExportRecord;
 ///
 /// Copies get their names in batches: when all files of a batch are stored on the disk, each gets
 /// its name, the folders are stored, and then the record. So whatever ends the program, the record
-/// tells of no file that is not whole in the folder.
+/// tells of no file that is not whole in the folder. The next batch is copied meanwhile.
 class ExportRun
 {
 public:
@@ -39,20 +40,16 @@ public:
     ExportResult takeResult();
 
 private:
-    // A file that waits for its name.
-    struct Written {
-        std::size_t index; // in the plan
-        FileCopy copy;
-    };
+    using Written = WrittenFile;
     using Copies = OrderedWork<FileCopy>;
 
     void copyAll();
     void begin(Copies &copies, std::size_t index);
     void takeCopy(Copies &copies);
     void addWritten(std::size_t index, FileCopy copy);
-    void flush();
-    void dropSlowest();
-    void flushLast();
+    void startStoring();
+    void finishStoring();
+    void finishAfterFailure(bool isHurried);
     void nameAll(std::vector<Written> &batch);
     bool giveName(Written &written);
     void storeNames(const std::vector<const Written *> &named);
@@ -79,6 +76,7 @@ private:
     std::size_t m_taken = 0;          // how many of these have ended
     std::vector<Written> m_batch;
     qint64 m_batchBytes = 0;
+    std::unique_ptr<StoredBatch> m_storing; // the batch before; null when there is none
     ExportProgress m_progress;
     ExportCounts m_counts;
     std::vector<std::optional<ReportedFile>> m_reported; // by the plan's order

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <map>
+#include <optional>
 #include <system_error>
 #include <unistd.h>
 
@@ -85,17 +86,20 @@ public:
     {
         ExportFolder folder(m_request.folder);
         const ExportState state(m_request.folder, m_cancel, [this] { m_observer.waiting(); });
-        const ExportContents before =
-            hasExportRecord(m_request.folder) ? ExportRecord(state).contents() : ExportContents();
+        std::optional<ExportRecord> record;
+        if (hasExportRecord(m_request.folder))
+            record.emplace(state);
+        const ExportContents before = record ? record->contents() : ExportContents();
         const ExportPlan plan =
             plannedExport(m_session, m_request, m_photos, folder, before, m_observer, m_cancel);
         requireRoom(folder, plan.bytes);
         tellCutNames(plan, m_observer);
-        ExportRecord record(state);
+        if (!record)
+            record.emplace(state);
         m_ensured->keep();
-        copy(plan, folder, record, state, result);
+        copy(plan, folder, *record, state, result);
         if (m_request.albums)
-            makeAlbums(folder, record, result);
+            makeAlbums(folder, *record, result);
     }
 
 private:
