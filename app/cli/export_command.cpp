@@ -51,8 +51,11 @@ void takeEdited(ExportArguments &arguments)
         return;
     }
     arguments.filter->leaveOutUnedited();
+    // An id goes before the folder, which is the last of them.
+    const bool isId = word == "-" || idRange(word);
     if (!word.empty())
-        arguments.positionals.insert(arguments.positionals.begin(), word);
+        arguments.positionals.insert(
+            isId ? arguments.positionals.begin() : arguments.positionals.end(), word);
 }
 
 // The last argument is the folder, the others are ids.
@@ -288,6 +291,7 @@ void addVersionOptions(CLI::App &command, ExportArguments &arguments)
                         "NAME_edited, or both. Default: both. Without a word, copy only those that "
                         "were edited")
             ->expected(0, 1)
+            ->allow_extra_args(false)
             ->type_name("[both|edited|original]");
     addChoice<LiveChoice>(command, "--live", request.live,
                           {{"both", LiveChoice::Both}, {"still", LiveChoice::Still}},
@@ -308,7 +312,8 @@ void addNameOptions(CLI::App &command, ExportArguments &arguments)
 {
     command
         .add_option("--name", arguments.nameTemplate,
-                    "Where each file goes below DIR, with fields in braces. Default: " +
+                    "Where each file goes below DIR; the fields in braces are listed at the end. "
+                    "Default: " +
                         std::string(NameTemplate::usual))
         ->type_name("TEMPLATE");
     using Kind = RecordedAlbumFile::Kind;
@@ -317,12 +322,12 @@ void addNameOptions(CLI::App &command, ExportArguments &arguments)
                                                                      {"copy", Kind::Copy},
                                                                      {"none", std::nullopt}};
     addChoice<std::optional<Kind>>(command, "--albums", arguments.request.albums, kinds,
-                                   "Make a folder for each album in DIR/Albums, with links to "
-                                   "the files or copies of them. Default: none");
+                                   "Make a folder for each album in DIR/Albums, with relative "
+                                   "links to the files, hard links or copies. Default: none");
     command
         .add_option("--sidecar", arguments.sidecars,
-                    "Write what the library tells of each photo beside it, for programs to read: "
-                    "json or xmp; may be given for both")
+                    "Write what the library tells of each photo or video into a file beside it: "
+                    "as XMP for programs that show photos, or as JSON. Repeat it for both")
         ->check(CLI::IsMember({"json", "xmp"}))
         ->allow_extra_args(false)
         ->type_name("FORMAT");
@@ -334,11 +339,12 @@ void addRunOptions(CLI::App &command, ExportArguments &arguments)
     addChoice<UpdateChoice>(
         command, "--update", request.update,
         {{"keep", UpdateChoice::Keep}, {"replace", UpdateChoice::Replace}},
-        "Of what was edited on the device since it was copied, keep the old copy beside the new "
-        "one, or replace it. Default: keep");
+        "Of what has changed on the device since it was copied, keep the old copy beside the new "
+        "one, or replace it, unless you have changed it. Default: keep");
     command.add_flag("--only-new", request.onlyNew,
-                     "Do not copy again what you have moved or deleted in DIR");
-    command.add_flag("--verify", request.verify, "Read back from the disk what was written");
+                     "Do not copy again what you have moved, deleted or changed in DIR");
+    command.add_flag("--verify", request.verify,
+                     "Read back from the disk what was written, and compare it");
     CLI::Option *const report =
         command
             .add_option("--report", arguments.report,
@@ -356,15 +362,18 @@ void addFooter(CLI::App &command)
         "Without options, all photos and videos are copied but for what is in the trash and the "
         "copies in shared albums: originals, the films of Live Photos, and edited versions.\n"
         "\n"
-        "A file whose name is taken gets a number, and nothing of yours is replaced. DIR/.photolib "
-        "holds a record of what was copied: a second run reads only what is new or has changed on "
-        "the device. `photolib verify DIR` checks all copies against it. Copies have the time when "
-        "the photo was taken.\n"
+        "A file whose name is taken gets a number, and nothing of yours is replaced. Copies have "
+        "the time when the photo was taken. DIR/.photolib holds a record of what was copied: a "
+        "second run reads only what is new or has changed on the device, and `photolib verify DIR` "
+        "checks all copies against it.\n"
+        "\n"
+        "Photos that are only in iCloud are counted, and are no failure. The exit code is 1 when "
+        "a file failed; the others are copied all the same.\n"
         "\n"
         "Fields for --name: taken, modified and added (with a format as of strftime(3), as in "
-        "{taken:%Y-%m}), name, stem, ext, originalName, originalStem, id, uuid, kind, album, "
-        "folder (of the album), device; {album|other} stands for \"other\" where there is no "
-        "album.\n"
+        "{taken:%Y-%m}), name, stem and ext (with its dot) of the file, originalName and "
+        "originalStem of the file that came to the library, id, uuid, kind, album, folder (of the "
+        "album), device. {album|other} stands for \"other\" where there is no album.\n"
         "\n"
         "Examples:\n"
         "  photolib export ~/Pictures/phone -d /media/phone\n"

@@ -267,8 +267,8 @@ void addOptions(CLI::App &command, ThumbArguments &arguments)
     command
         .add_option_function<std::string>(
             "--all", [&arguments](const std::string &folder) { arguments.all = folder; },
-            "Write the thumbnails of all photos and videos to this folder. With -o in place of "
-            "DIR: also what is in the trash")
+            "Write the thumbnails of all photos and videos to this folder, also of what is in the "
+            "trash. DIR may be left out beside -o")
         ->expected(0, 1)
         ->type_name("[DIR]");
     command
@@ -288,9 +288,9 @@ void addOptions(CLI::App &command, ThumbArguments &arguments)
 
 void addThumbFooter(CLI::App &command)
 {
-    command.footer("Where the device has no thumbnail, one of 512 pixels or --size is made of the "
-                   "photo's own file, if that is a JPEG, PNG, GIF or HEIC picture. None is made "
-                   "of videos.\n"
+    command.footer("Where the device has no thumbnail, one is made of the photo's own file or its "
+                   "edited version, if that is a JPEG, PNG, GIF or HEIC picture: of 512 pixels, or "
+                   "of --size. None is made of videos.\n"
                    "\n"
                    "Existing files are replaced. In a folder, thumbnails are named "
                    "\"42-IMG_0041.jpg\", or \"42.bmp\" for a photo without a name.\n"

@@ -145,16 +145,17 @@ void addVerifyCommand(CLI::App &app, CommandContext &context)
     CLI::App *const command =
         app.add_subcommand("verify", "Check that exported files are still as they were exported");
     const auto arguments = std::make_shared<VerifyArguments>();
-    command->add_option("DIR", arguments->folder, "The folder that they were exported to")
+    command->add_option("DIR", arguments->folder, "The folder that was exported to")
         ->required()
         ->check([](const std::string &name) { return name.empty() ? "the name is empty" : ""; });
     command->add_flag("--json", arguments->isJson, "Print JSON, with each file that is not good");
     command->footer(
-        "Each file is compared, by its size and SHA-256, with the record that export keeps in DIR. "
-        "No device is needed, and nothing is changed. Files that are not good are listed:\n"
-        "  changed  other content, or not to be read\n"
-        "  missing  recorded, and not there\n"
-        "  extra    there, and not recorded: somebody has put it there\n"
+        "Each file is compared, by its size and SHA-256, with the record that export keeps in "
+        "DIR/.photolib, and each link in the folders of albums by what it leads to. No device is "
+        "needed, and nothing is changed. What is not good is listed:\n"
+        "  changed  another content or size, or cannot be read\n"
+        "  missing  in the record, and not in the folder\n"
+        "  extra    in the folder, and not in the record: export has not put it there\n"
         "\n"
         "The exit code is 0 when all files are good, and 1 when any file is not. With -q, nothing "
         "is printed when all are good.\n"
