@@ -204,7 +204,7 @@ private:
 
 QString summary(const ExportCounts &counts, const std::string &report)
 {
-    const QString text = counts.text();
+    QString text = counts.text();
     if (counts.failed == 0)
         return text;
     const QString place = report.empty()
