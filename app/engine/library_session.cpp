@@ -211,7 +211,7 @@ LibrarySession::LibrarySession(const LibraryOptions &options, OpenObserver &obse
     if (m_options.device.isEmpty())
         throw Error("device", "the name is empty");
     DriveLinks::removeDead();
-    m_files = openFolder(deviceName());
+    m_files = m_options.files ? m_options.files : openFolder(deviceName());
     m_listing = std::make_unique<DeviceListing>(*m_files);
     requireReady(*m_files, deviceName());
     const DeviceKind kind = m_options.kind == DeviceKind::None ? kindOf(*m_files) : m_options.kind;

@@ -23,6 +23,10 @@ struct LibraryOptions {
     DeviceKind kind = DeviceKind::None; ///< None to look what is in the folder
     QByteArray workFolder;              ///< for the copy of its database; empty for the default
     std::string plugin;                 ///< the plug-in's file; empty to search for it
+
+    /// The device's files, where they are not read from the folder, which then only names the
+    /// device. For one session at a time.
+    std::shared_ptr<DeviceFileSystem> files;
 };
 
 /// Hears how the opening of a library goes, on the thread that opens it.
