@@ -99,8 +99,10 @@ public:
 
     ExportPlan take()
     {
-        for (const auto &[path, error] : m_files.unlistedFolders())
+        for (const auto &[path, error] : m_files.unlistedFolders()) {
+            m_session.requireConnected(error);
             m_plan.unlisted.push_back({QString::fromUtf8(printable(path)), failureText(error)});
+        }
         return std::move(m_plan);
     }
 
