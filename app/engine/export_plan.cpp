@@ -217,10 +217,13 @@ private:
             file.cause = QStringLiteral("moved, deleted or changed in the folder");
         } else if (isGone) {
             return;
+        } else if (isCopyAt(known.path, photo.sources[i])) {
+            adopt(file, photo.key);
         } else if (m_request.update == UpdateChoice::Replace && isUnchangedByContent(known)) {
             file.replaces = true;
         } else {
             file.path = freeBase(photo) + photo.ends[i].text();
+            planPlace(file, photo.key);
         }
     }
 
@@ -231,11 +234,17 @@ private:
         if (!isOwn && (m_names.isTaken(file.path) || !mayHave(photo, i, *photo.base)))
             file.path = freeBase(photo) + photo.ends[i].text();
         m_names.take(file.path);
+        planPlace(file, photo.key);
+    }
+
+    // A file that has the path is a copy.
+    void planPlace(PlannedFile &file, const QByteArray &key)
+    {
         const ExportFolder::Kind kind = m_folder.entry(file.path).kind;
         if (kind == ExportFolder::Kind::Blocked)
             refuse(file, blockedPath);
         else if (kind == ExportFolder::Kind::File)
-            adopt(file, photo.key);
+            adopt(file, key);
     }
 
     // A copy that the record does not know: of a program that was killed, say.
@@ -320,9 +329,13 @@ private:
         const ExportFolder::Entry entry = m_folder.entry(path);
         if (entry.kind != ExportFolder::Kind::File)
             return entry.kind != ExportFolder::Kind::Other;
-        const ExportSource &source = photo.sources[i];
+        return isCopyAt(path, photo.sources[i]);
+    }
+
+    bool isCopyAt(const QByteArray &path, const ExportSource &source)
+    {
         if (!source.isWanted || source.failure.kind != FileError::None ||
-            (!source.make && source.info.size != entry.size))
+            (!source.make && source.info.size != m_folder.entry(path).size))
             return false;
         const UniqueFd file = m_folder.open(path);
         return file.isOpen() && isCopyOf(source, file.get());
