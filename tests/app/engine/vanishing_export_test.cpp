@@ -30,7 +30,7 @@ protected:
             open();
             m_files->failAt(GetParam().operation, n, fault);
             check(exportTo(out()));
-            expectNoHalfFile(out());
+            expectNothingHalf();
             open();
             expectWholeAfterRerun();
         }

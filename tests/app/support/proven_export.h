@@ -27,10 +27,6 @@ std::set<QByteArray> photoFilesOf(const QByteArray &device);
 void expectWholeExport(const QByteArray &device, const std::set<QByteArray> &sources,
                        const QByteArray &folder);
 
-/// Expects that what lies in `folder`, where an export was cut short, is whole, and that each file
-/// that its record tells of is there.
-void expectNoHalfFile(const QByteArray &folder);
-
 /// Does nothing about what it hears of exports and the opening of libraries.
 class DeafObserver : public ExportObserver, public OpenObserver
 {
@@ -68,6 +64,10 @@ protected:
     /// Makes "out" a copy of `before`, or removes it when that is empty.
     void resetOut(const QByteArray &before = QByteArray());
 
+    /// Expects that nothing in "out", where an export ended early, is half a file, and that each
+    /// file which the record tells of is there.
+    void expectNothingHalf();
+
     /// Exports to "out" and expects all to be there.
     void expectWholeAfterRerun();
 
@@ -78,6 +78,7 @@ protected:
     std::unique_ptr<LibrarySession> m_session;
     ExportRequest m_request;
     ExportResult m_result;
+    FolderContents m_contentsBefore;
     FolderContents m_expected;
 };
 
