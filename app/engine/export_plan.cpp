@@ -179,8 +179,7 @@ private:
     QByteArray deviceHash(const ExportSource &source)
     {
         FileError error;
-        const QByteArray hash =
-            sha256OfDeviceFile(m_session.files(), source.source, &error, m_cancel);
+        QByteArray hash = sha256OfDeviceFile(m_session.files(), source.source, &error, m_cancel);
         m_session.requireConnected(error);
         return hash;
     }
