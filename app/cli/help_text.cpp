@@ -58,7 +58,11 @@ std::string wrappedHelp(const std::string &help, int width)
 {
     std::string result;
     std::istringstream lines(help);
-    for (std::string line; std::getline(lines, line);)
-        result += wrappedLine(line, static_cast<std::size_t>(width));
+    bool isBehindBlank = false;
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.empty() || !isBehindBlank) // CLI11 leaves two between groups of options
+            result += wrappedLine(line, static_cast<std::size_t>(width));
+        isBehindBlank = line.empty();
+    }
     return result;
 }

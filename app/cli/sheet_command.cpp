@@ -253,16 +253,18 @@ void addLookOptions(CLI::App &command, SheetArguments &arguments)
     command
         .add_option("--columns", options.columns,
                     "Pictures in a row; by default as many as make the page about square")
-        ->check(CLI::Range(1, most))
+        ->check(CLI::Range(1, most).description(""))
         ->type_name("N");
     command
         .add_option("--size", options.boxSize,
-                    "Side of the square that a picture is fitted into, in pixels")
-        ->check(CLI::Range(SheetStyle::smallestBox, SheetStyle::largestBox))
+                    "Side of the square that a picture is fitted into, in pixels, " +
+                        std::to_string(SheetStyle::smallestBox) + " to " +
+                        std::to_string(SheetStyle::largestBox))
+        ->check(CLI::Range(SheetStyle::smallestBox, SheetStyle::largestBox).description(""))
         ->type_name("PIXELS")
         ->capture_default_str();
     command.add_option("--per-page", options.perPage, "Pictures on a page")
-        ->check(CLI::Range(1, most))
+        ->check(CLI::Range(1, most).description(""))
         ->type_name("N")
         ->capture_default_str();
     command
@@ -293,14 +295,15 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
     command->footer("What is in the trash is dimmed where it is shown. A picture is never shown "
                     "larger than twice its "
                     "size: the device's thumbnails have no more details.\n"
-                    "Where the device has no thumbnail of a photo, one is made of its own file, if "
-                    "that is a JPEG, PNG, GIF or HEIC picture. None is made of videos.\n"
+                    "\n"
+                    "Where the device has no thumbnail of a photo, one is made of its own file or "
+                    "its edited version, if that is a JPEG, PNG, GIF or HEIC picture. None is made "
+                    "of videos.\n"
                     "\n"
                     "Examples:\n"
                     "  photolib sheet -o sheet.png\n"
                     "  photolib sheet -d /media/phone --album 7 -o album.png\n"
-                    "  photolib sheet -d /media/phone --size 96 --columns 10 --label date,id -o "
-                    "dates.png\n"
+                    "  photolib sheet -d /media/phone --size 96 --label date,id -o dates.png\n"
                     "  photolib sheet -d /media/phone -o - | display");
     command->callback([&context, arguments] {
         arguments->options.labels = chosenLabels(arguments->labels);

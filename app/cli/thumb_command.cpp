@@ -275,7 +275,8 @@ void addOptions(CLI::App &command, ThumbArguments &arguments)
         .add_option("--format", arguments.format,
                     "Convert to this format. Default: as stored, JPEG or BMP, unless FILE ends in "
                     "\".png\"; with --size, and for thumbnails that are made, JPEG")
-        ->check(CLI::IsMember({"jpeg", "png"}));
+        ->check(CLI::IsMember({"jpeg", "png"}))
+        ->type_name("FORMAT");
     command
         .add_option(
             "--size", arguments.size,

@@ -147,6 +147,7 @@ void addVerifyCommand(CLI::App &app, CommandContext &context)
     const auto arguments = std::make_shared<VerifyArguments>();
     command->add_option("DIR", arguments->folder, "The folder that was exported to")
         ->required()
+        ->type_name("")
         ->check([](const std::string &name) { return name.empty() ? "the name is empty" : ""; });
     command->add_flag("--json", arguments->isJson, "Print JSON, with each file that is not good");
     command->footer(

@@ -284,6 +284,7 @@ TEST_F(ProgramUsage, ShowsHelpInLinesThatFit)
         const QByteArray help = run({"help", command}).output;
         for (const QByteArray &line : help.split('\n'))
             EXPECT_LE(line.size(), 80) << line.constData();
+        EXPECT_FALSE(help.contains("\n\n\n")) << command;
     }
 }
 
