@@ -221,17 +221,18 @@ private:
         } else if (m_request.update == UpdateChoice::Replace && isUnchangedByContent(known)) {
             file.replaces = true;
         } else {
-            file.path = freeBase(photo) + photo.ends[i].text();
+            file.path = freePath(photo, i);
             planPlace(file, photo.key);
         }
     }
 
     void planNew(PlannedFile &file, Photo &photo, std::size_t i)
     {
-        file.path = baseFor(photo) + photo.ends[i].text();
+        const QByteArray &base = baseFor(photo); // which may change the ends
+        file.path = base + photo.ends[i].text();
         const bool isOwn = photo.freeBase == photo.base;
-        if (!isOwn && (m_names.isTaken(file.path) || !mayHave(photo, i, *photo.base)))
-            file.path = freeBase(photo) + photo.ends[i].text();
+        if (!isOwn && (m_names.isTaken(file.path) || !mayHave(photo, i, base)))
+            file.path = freePath(photo, i);
         m_names.take(file.path);
         planPlace(file, photo.key);
     }
@@ -309,6 +310,12 @@ private:
         for (const NameEnd &end : photo.ends)
             m_names.take(found.base + end.text());
         return found.base;
+    }
+
+    QByteArray freePath(Photo &photo, std::size_t i)
+    {
+        const QByteArray base = freeBase(photo); // which may change the ends
+        return base + photo.ends[i].text();
     }
 
     bool isFreeFor(const Photo &photo, const QByteArray &base)
