@@ -473,6 +473,20 @@ qint64 bytesToCopy(const ExportPlan &plan)
     return bytes;
 }
 
+constexpr char nothingCopied[] = "interrupted: nothing was copied";
+
+// It may be interrupted while it compares a file.
+void addTo(Planner &planner, const Asset &photo)
+{
+    try {
+        planner.add(photo);
+    } catch (const Error &error) {
+        if (error.kind() == Error::Cancelled)
+            throw Error(Error::Cancelled, nothingCopied);
+        throw;
+    }
+}
+
 } // namespace
 
 ExportPlan plannedExport(LibrarySession &session, const ExportRequest &request,
@@ -485,8 +499,8 @@ ExportPlan plannedExport(LibrarySession &session, const ExportRequest &request,
     for (int i = 0; i < count; ++i) {
         observer.looked(i, count);
         if (cancel.isCancelled())
-            throw Error(Error::Cancelled, "interrupted: nothing was copied");
-        planner.add(*photos[static_cast<std::size_t>(i)]);
+            throw Error(Error::Cancelled, nothingCopied);
+        addTo(planner, *photos[static_cast<std::size_t>(i)]);
     }
     ExportPlan plan = planner.take();
     plan.bytes = bytesToCopy(plan);
