@@ -118,7 +118,7 @@ ExportSource ExportSources::original(const Asset &asset) const
     source.extension = extensionOf(ownFileName(asset));
     source.label = asset.path().isEmpty() ? QString::number(asset.id)
                                           : QString::fromUtf8(printable(asset.path()));
-    source.isInCloud = asset.isInCloud.value_or(false);
+    source.isInCloud = asset.isInCloud.value_or(false) || asset.source == AssetSource::Cloud;
     return source;
 }
 
