@@ -28,9 +28,10 @@ qint64 imageFileSize(const StoredPicture &variant)
     return bmpFileBytes(size);
 }
 
-MadeFile failedFile(const FileError &failure)
+// Told of the photo, so it says what it is that fails.
+MadeFile noPicture(const QString &cause)
 {
-    return {QByteArray(), failure};
+    return {QByteArray(), {FileError::Failed, QStringLiteral("no picture (%1)").arg(cause)}};
 }
 
 // The stored bytes of the picture; null when they cannot be read.
@@ -50,12 +51,12 @@ MadeFile imageFile(LibrarySession &session, const StoredPicture &variant)
     const QByteArray stored = storedBytes(session, variant);
     if (stored.isNull()) {
         session.requireDevice();
-        return failedFile(variantFailure(session, variant));
+        return noPicture(variantFailure(session, variant).text);
     }
     MadeFile file;
     QString cause;
     if (!unpackImage(stored, variant, &file.bytes, &cause))
-        return failedFile({FileError::Damaged, cause});
+        return noPicture(cause);
     return file;
 }
 
@@ -109,11 +110,18 @@ ExportSource nothingStored(const Asset &asset)
     return source;
 }
 
-QVector<StoredPicture> chosenPictures(const ClassicPhoto &photo, StoredChoice choice)
+// An original that the iPod only names is none.
+bool isThere(const std::vector<ExportSource> &originals)
+{
+    return !originals.empty() && originals.front().failure.kind != FileError::NotFound;
+}
+
+QVector<StoredPicture> chosenPictures(const ClassicPhoto &photo, StoredChoice choice,
+                                      bool isOriginalThere)
 {
     const StoredPicture *const largest = largestVariant(photo);
     const bool isLeftOut = choice == StoredChoice::None ||
-                           (choice == StoredChoice::WithoutOriginal && hasOriginal(photo));
+                           (choice == StoredChoice::WithoutOriginal && isOriginalThere);
     if (isLeftOut || !largest)
         return {};
     if (choice != StoredChoice::All)
@@ -138,7 +146,7 @@ std::vector<ExportSource> classicSources(LibrarySession &session, StoredChoice c
     if (hasOriginal(*photo))
         sources.push_back(originalSource(session, *photo, asset));
     const bool hasNamesake = hasOriginal(*photo);
-    for (const StoredPicture &variant : chosenPictures(*photo, choice))
+    for (const StoredPicture &variant : chosenPictures(*photo, choice, isThere(sources)))
         sources.push_back(storedSource(session, variant, asset, hasNamesake || !sources.empty()));
     if (sources.empty() && choice != StoredChoice::None)
         sources.push_back(nothingStored(asset));
