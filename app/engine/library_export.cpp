@@ -62,6 +62,14 @@ ExportedFiles exportedFiles(const Catalog &catalog, const ExportContents &conten
     return result;
 }
 
+void requireNothingAt(const QByteArray &path)
+{
+    if (::access(path.constData(), F_OK) == 0)
+        throw Error(path.toStdString(), "not a folder");
+    if (errno != ENOENT)
+        throw Error(path.toStdString(), std::generic_category().message(errno));
+}
+
 // Every failure that ends it tells what was done by then.
 [[noreturn]] void rethrowWith(const Error &error, const ExportCounts &counts)
 {
@@ -159,6 +167,7 @@ ExportPlan exportPreview(LibrarySession &session, const ExportRequest &request,
     const std::vector<const Asset *> photos = chosenPhotos(session, request.filter);
     session.refuseInDevice(request.folder);
     if (!isFolder(request.folder)) {
+        requireNothingAt(request.folder);
         ExportFolder nothing;
         return plannedExport(session, request, photos, nothing, ExportContents(), observer, cancel);
     }
