@@ -4,6 +4,7 @@
 #include "host/device.h"
 #include "host/plugin.h"
 #include "support/environment.h"
+#include "support/export_fixture.h"
 #include "support/ipod_folder.h"
 #include "support/json.h"
 #include "support/picture_comparison.h"
@@ -384,8 +385,8 @@ TEST_P(IpodModels, HaveTheSmallestPictureForAThumbnail)
 TEST_P(IpodModels, HaveTheLargestPictureExported)
 {
     write(threePhotos());
-    linesOf({"export", "-d", device(), m_scratch.path("out")});
-    EXPECT_EQ(m_written.photoIDs.size(), m_scratch.everythingIn("out").size());
+    linesOf({"export", "-d", device(), "--name", "{name}", m_scratch.path("out")});
+    EXPECT_EQ(m_written.photoIDs.size(), exportedFiles(m_scratch, "out").size());
     for (int i = 0; i < m_written.photoIDs.size(); ++i) {
         const QByteArray file = "out/" + QByteArray::number(m_written.photoIDs[i]) + ".bmp";
         expectLike(m_plan.photos[i].picture, largest(GetParam()), m_scratch.read(file));

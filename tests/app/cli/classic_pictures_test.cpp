@@ -1,5 +1,6 @@
 #include "engine/contact_sheet.h"
 #include "support/classic_fixture.h"
+#include "support/export_fixture.h"
 #include "support/terminal.h"
 
 #include <QBuffer>
@@ -29,12 +30,20 @@ protected:
     QByteArray out() const { return m_scratch.path("out"); }
 
     /// The names in the folder that is written to, in byte order.
-    QList<QByteArray> names() const
+    QList<QByteArray> names() const { return exportedFiles(m_scratch, "out"); }
+
+    /// Exports to files that are all in one folder, with a picture that the iPod stores of each
+    /// photo.
+    ProgramResult runExport(const QList<QByteArray> &further = {})
     {
-        QList<QByteArray> result;
-        for (const QByteArray &path : m_scratch.everythingIn("out"))
-            result.append(path.mid(out().size() + 1));
-        return result;
+        return run(exportArguments(further));
+    }
+
+    QList<QByteArray> exportArguments(const QList<QByteArray> &further = {}) const
+    {
+        return QList<QByteArray>{"export", "-d",       device(), "--name",
+                                 "{name}", "--stored", "largest"} +
+               further + QList<QByteArray>{out()};
     }
 
     /// Expects that `name` is a picture of one colour in a file of the format `format`.
@@ -90,9 +99,8 @@ TEST_F(ClassicPictures, AreWrittenAsTheyAreWhenTheyAreJpeg)
     EXPECT_EQ(0, run({"thumb", "-d", device(), "--all", out()}).exitCode);
     EXPECT_EQ(QList<QByteArray>{"100.jpg"}, names());
     EXPECT_EQ(jpeg, m_scratch.read("out/100.jpg"));
-    EXPECT_EQ(0, run({"export", "-d", device(), out()}).exitCode);
-    EXPECT_EQ("copied 0 files (0 bytes), 1 already there, 0 failed\n",
-              run({"export", "-d", device(), out()}).output);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ("Copied 0 files (0 bytes), 1 unchanged\n", runExport().output);
 }
 
 TEST_F(ClassicPictures, AreToldThatGiveNoThumbnail)
@@ -134,19 +142,19 @@ TEST_F(ClassicPictures, AreExportedWithTheOriginals)
     const timespec times[] = {{0, UTIME_NOW}, {1580466030, 123456789}};
     const QByteArray original = m_scratch.path(originalsFolder + QByteArray("IMG_0041.JPG"));
     ASSERT_EQ(0, ::utimensat(AT_FDCWD, original.constData(), times, 0));
-    const ProgramResult result = run({"export", "-d", device(), out()});
+    const ProgramResult result = runExport();
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ(QByteArray(), result.errors);
-    EXPECT_EQ("copied 5 files (675.2 KiB), 0 already there, 0 failed\n", result.output);
-    EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041.bmp", "IMG_0042.JPG",
-                                 "IMG_0042.bmp"}),
+    EXPECT_EQ("Copied 5 files (675.2 KiB), 0 unchanged\n", result.output);
+    EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041_320x240.bmp", "IMG_0042.JPG",
+                                 "IMG_0042_320x240.bmp"}),
               names());
     EXPECT_EQ("original", m_scratch.read("out/IMG_0041.JPG"));
     EXPECT_EQ("other", m_scratch.read("out/IMG_0042.JPG"));
-    expectPicture("out/IMG_0041.bmp", {320, 240}, Qt::red);
+    expectPicture("out/IMG_0041_320x240.bmp", {320, 240}, Qt::red);
     expectPicture("out/101.bmp", {320, 240}, Qt::green);
-    EXPECT_EQ(1580466030123456789, changeOf(out() + "/IMG_0041.JPG"));
-    EXPECT_EQ(1123323630000000000, changeOf(out() + "/IMG_0041.bmp"));
+    for (const char *name : {"/IMG_0041.JPG", "/IMG_0041_320x240.bmp"})
+        EXPECT_EQ(1123323630000000000, changeOf(out() + name)) << name;
     // The time of the export, where the photo has none.
     EXPECT_GE(changeOf(out() + "/101.bmp"), changeOf(original.left(original.lastIndexOf('/'))));
 }
@@ -156,22 +164,21 @@ TEST_F(ClassicPictures, AreExportedWithTheIpodsTimeOnTheComputersClock)
 {
     writeThreePhotos();
     m_setup.environment.append(qMakePair(QString("TZ"), QString("America/New_York")));
-    run({"export", "-d", device(), out()});
+    runExport();
     constexpr qint64 behindUtc = 4 * 3600; // seconds, in summer
-    EXPECT_EQ((1123323630 + behindUtc) * 1000000000, changeOf(out() + "/IMG_0041.bmp"));
+    for (const char *name : {"/IMG_0041.JPG", "/IMG_0041_320x240.bmp"})
+        EXPECT_EQ((1123323630 + behindUtc) * 1000000000, changeOf(out() + name)) << name;
 }
 
 TEST_F(ClassicPictures, AreExportedOnce)
 {
     writeThreePhotos();
     m_scratch.write("device/Photos/Full Resolution/2005/08/06/IMG_0042.JPG", "other");
-    EXPECT_EQ(0, run({"export", "-d", device(), out()}).exitCode);
+    EXPECT_EQ(0, runExport().exitCode);
     const QList<QByteArray> all = names();
-    EXPECT_EQ("copied 0 files (0 bytes), 5 already there, 0 failed\n",
-              run({"export", "-d", device(), out()}).output);
-    ASSERT_EQ(0, ::unlink((out() + "/IMG_0042.bmp").constData()));
-    EXPECT_EQ("copied 1 file (225.1 KiB), 4 already there, 0 failed\n",
-              run({"export", "-d", device(), out()}).output);
+    EXPECT_EQ("Copied 0 files (0 bytes), 5 unchanged\n", runExport().output);
+    ASSERT_EQ(0, ::unlink((out() + "/IMG_0042_320x240.bmp").constData()));
+    EXPECT_EQ("Copied 1 file (225.1 KiB), 4 unchanged\n", runExport().output);
     EXPECT_EQ(all, names());
 }
 
@@ -182,16 +189,14 @@ TEST_F(ClassicPictures, AreNotReadAgainToFindThatTheyAreThere)
     m_scratch.write("device/Photos/Full Resolution/2005/08/06/IMG_0042.JPG", "other");
     storeBytes(addPhoto(105, 1123323640), 1081, {64, 48}, jpegOf({64, 48}));
     writeDevice();
-    const QList<QByteArray> all = {"export", "-d", device(), "100", "104", "105", out()};
-    EXPECT_EQ(0, run(all).exitCode);
+    const QList<QByteArray> ids = {"100", "104", "105"};
+    EXPECT_EQ(0, runExport(ids).exitCode);
     EXPECT_EQ(5, names().size());
     for (const char *file : {screenFile, "device/Photos/Thumbs/F1081_1.ithmb"})
         m_scratch.write(file, QByteArray(int(m_scratch.size(file)), 'x'));
-    const ProgramResult second = run(all);
+    const ProgramResult second = runExport(ids);
     EXPECT_EQ(0, second.exitCode) << second.errors.constData();
-    EXPECT_TRUE(second.output.startsWith("copied 0 files (0 bytes), 5 already there"));
-    EXPECT_TRUE(run(all + QList<QByteArray>{"--verify"})
-                    .output.startsWith("copied 2 files (450.1 KiB), 2 already there"));
+    EXPECT_EQ("Copied 0 files (0 bytes), 5 unchanged\n", second.output);
 }
 
 TEST_F(ClassicPictures, AreExportedUnderNumberedNamesWhenTheirsAreTaken)
@@ -208,22 +213,23 @@ TEST_F(ClassicPictures, AreExportedUnderNumberedNamesWhenTheirsAreTaken)
         photo.originalName = ':' + QString::fromLatin1(name).replace('/', ':');
     }
     writeDevice();
-    EXPECT_EQ(0, run({"export", "-d", device(), out()}).exitCode);
-    const QList<QByteArray> all = {"IMG_0041 (2).JPG", "IMG_0041 (2).bmp", "IMG_0041 (3).JPG",
-                                   "IMG_0041 (4).jpg", "IMG_0041.JPG",     "IMG_0041.bmp"};
+    EXPECT_EQ(0, runExport().exitCode);
+    const QList<QByteArray> all = {"IMG_0041 (2).JPG", "IMG_0041 (2)_320x240.bmp",
+                                   "IMG_0041 (3).JPG", "IMG_0041 (3)_64x48.jpg",
+                                   "IMG_0041.JPG",     "IMG_0041_320x240.bmp"};
     EXPECT_EQ(all, names());
-    EXPECT_EQ("copied 0 files (0 bytes), 6 already there, 0 failed\n",
-              run({"export", "-d", device(), out()}).output);
+    EXPECT_EQ("Copied 0 files (0 bytes), 6 unchanged\n", runExport().output);
     EXPECT_EQ(all, names());
 }
 
 TEST_F(ClassicPictures, AreExportedOfTheIdsAndAlbumsThatAreNamed)
 {
     writeThreePhotos();
-    EXPECT_EQ(0, run({"export", "-d", device(), "101", "101", out()}).exitCode);
+    EXPECT_EQ(0, runExport({"101", "101"}).exitCode);
     EXPECT_EQ(QList<QByteArray>{"101.bmp"}, names());
-    EXPECT_EQ(0, run({"export", "-d", device(), "--album", "2", out()}).exitCode);
-    EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041.bmp", "IMG_0042.bmp"}),
+    EXPECT_EQ(0, runExport({"--album", "2"}).exitCode);
+    EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041_320x240.bmp",
+                                 "IMG_0042_320x240.bmp"}),
               names());
 }
 
@@ -236,12 +242,14 @@ TEST_F(ClassicPictures, AreToldThatCanNotBeExported)
     storeBytes(damaged, screenFormat, {320, 240}, QByteArray(1000, 'x'));
     addOriginal(damaged, "IMG_0050.JPG", "whole");
     writeDevice();
-    const ProgramResult result = run({"export", "-d", device(), out()});
+    const ProgramResult result = runExport();
     EXPECT_EQ(1, result.exitCode);
-    EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041.bmp", "IMG_0042.bmp",
-                                 "IMG_0050.JPG"}),
+    EXPECT_EQ((QList<QByteArray>{"101.bmp", "IMG_0041.JPG", "IMG_0041_320x240.bmp",
+                                 "IMG_0042_320x240.bmp", "IMG_0050.JPG"}),
               names());
-    EXPECT_TRUE(result.output.endsWith(", 0 already there, 1 not on the device, 3 failed\n"));
+    EXPECT_TRUE(result.output.endsWith(
+        ", 0 unchanged, 1 not on the device, 3 failed (see the messages above)\n"))
+        << result.output.constData();
     const QList<QByteArray> lines = result.errors.split('\n');
     ASSERT_EQ(4, lines.size()) << result.errors.constData();
     EXPECT_EQ("photolib: 110: no picture", lines[0]);
@@ -254,7 +262,7 @@ TEST_F(ClassicPictures, AreToldOneByOneWhenTheirFileIsMissing)
     writeThreePhotos();
     ASSERT_EQ(0, ::unlink(m_scratch.path(screenFile).constData()));
     const QByteArray cause = ": no picture (Photos/Thumbs/F1024_1.ithmb: missing on the device)\n";
-    expectFailures(run({"export", "-d", device(), out()}),
+    expectFailures(runExport(),
                    "photolib: 100" + cause + "photolib: 101" + cause + "photolib: 104" + cause);
     EXPECT_EQ(QList<QByteArray>{"IMG_0041.JPG"}, names());
 }
@@ -277,9 +285,10 @@ TEST_F(ClassicPictures, AreNeverExportedFromOrToElsewhere)
     store(named, screenFormat, Qt::red);
     named.originalName = ":Full Resolution:..";
     writeDevice();
-    const ProgramResult result = run({"export", "-d", device(), out()});
+    const ProgramResult result = runExport();
     EXPECT_EQ(1, result.exitCode);
-    EXPECT_TRUE(result.output.endsWith(", 5 failed\n")) << result.output.constData();
+    EXPECT_TRUE(result.output.endsWith(", 5 failed (see the messages above)\n"))
+        << result.output.constData();
     EXPECT_FALSE(result.errors.contains('\x1b'));
     const QList<QByteArray> written = names();
     ASSERT_EQ(1, written.size());
@@ -294,9 +303,9 @@ TEST_F(ClassicPictures, AreExportedUnderHarmlessNames)
     store(photo, screenFormat, Qt::red);
     addOriginal(photo, QString::fromUtf8("a\x1b[2J\n日本?.jpg"), "original");
     writeDevice();
-    const ProgramResult result = run({"export", "-d", device(), out()});
+    const ProgramResult result = runExport();
     EXPECT_EQ(0, result.exitCode) << result.errors.constData();
-    EXPECT_EQ((QList<QByteArray>{"a_[2J_日本_.bmp", "a_[2J_日本_.jpg"}), names());
+    EXPECT_EQ((QList<QByteArray>{"a_[2J_日本_.jpg", "a_[2J_日本__320x240.bmp"}), names());
 }
 
 TEST_F(ClassicPictures, AreNotExportedIntoTheDevice)
@@ -314,10 +323,10 @@ TEST_F(ClassicPictures, StayWholeWhenTheirExportIsInterrupted)
         GTEST_SKIP() << "there are no pseudo-terminals here";
     store(addPhoto(100), screenFormat, Qt::red);
     addOriginal(addPhoto(101), "large.mov", QByteArray());
-    m_scratch.writeSparse(originalsFolder + QByteArray("large.mov"), qint64(1) << 40);
+    m_scratch.writeEndless(originalsFolder + QByteArray("large.mov"));
     writeDevice();
     m_setup.errorFd = terminal.slave();
-    Program program(m_setup, {"export", "-d", device(), out()});
+    Program program(m_setup, exportArguments());
     const QByteArray shown = terminal.shownUntil("] 1 of 2 files, ");
     EXPECT_TRUE(shown.contains("\rCopying [")) << shown.constData();
     ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
@@ -330,15 +339,18 @@ TEST_F(ClassicPictures, StayWholeWhenTheirExportIsInterrupted)
 // makes of the first.
 TEST_F(ClassicPictures, HaveTheirLinksRemovedByTheNextRunWhenTheirExportIsInterruptedTwice)
 {
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
     store(addPhoto(100), screenFormat, Qt::red);
     addOriginal(addPhoto(101), "large.mov", QByteArray());
-    m_scratch.writeSparse(originalsFolder + QByteArray("large.mov"), qint64(1) << 40);
+    m_scratch.writeEndless(originalsFolder + QByteArray("large.mov"));
     writeDevice();
     m_scratch.makeFolder("tmp");
     m_setup.environment.append({"TMPDIR", QString::fromUtf8(m_scratch.path("tmp"))});
-    Program program(m_setup, {"export", "-d", device(), out()});
-    while (!m_scratch.exists("out/100.bmp"))
-        ASSERT_FALSE(program.waitForFinished(10)) << program.readAllStandardError().constData();
+    m_setup.errorFd = terminal.slave();
+    Program program(m_setup, exportArguments());
+    terminal.shownUntil("] 1 of 2 files, ");
     EXPECT_NE(QList<QByteArray>(), m_scratch.everythingIn("tmp"));
     const auto process = static_cast<pid_t>(program.processId());
     ASSERT_EQ(0, ::kill(process, SIGSTOP));
@@ -351,6 +363,9 @@ TEST_F(ClassicPictures, HaveTheirLinksRemovedByTheNextRunWhenTheirExportIsInterr
     EXPECT_EQ(SIGTERM, program.exitCode());
     EXPECT_EQ(0, run({"info", "-d", device()}).exitCode);
     EXPECT_EQ(QList<QByteArray>(), m_scratch.everythingIn("tmp"));
+    // Nothing had its name yet.
+    EXPECT_EQ(QList<QByteArray>(), names());
+    EXPECT_EQ(0, runExport({"100"}).exitCode);
     EXPECT_EQ(QList<QByteArray>{"100.bmp"}, names());
 }
 
@@ -358,7 +373,7 @@ TEST_F(ClassicPictures, AreLeftOutThatAreTooLargeForTheDisk)
 {
     writeThreePhotos();
     m_setup.largestFile = 100000;
-    const ProgramResult result = run({"export", "-d", device(), "100", out()});
+    const ProgramResult result = runExport({"100"});
     expectFailures(result, "photolib: 100: File too large\n");
     EXPECT_EQ(QList<QByteArray>{"IMG_0041.JPG"}, names());
 }

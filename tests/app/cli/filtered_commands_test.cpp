@@ -1,4 +1,6 @@
-#include "support/program_fixture.h"
+#include "support/export_fixture.h"
+
+#include <filesystem>
 
 namespace {
 
@@ -31,11 +33,9 @@ protected:
         const ProgramResult result = run(QList<QByteArray>{command, "-d", device()} + arguments);
         EXPECT_EQ(0, result.exitCode) << result.errors.constData();
         QByteArray names;
-        for (const QByteArray &path : m_scratch.everythingIn("out")) {
-            const QByteArray name = path.mid(out().size() + 1);
+        for (const QByteArray &name : exportedFiles(m_scratch, "out"))
             names += name.left(name.lastIndexOf('.')) + ' ';
-            QFile::remove(QString::fromUtf8(path));
-        }
+        std::filesystem::remove_all(out().toStdString());
         return names.trimmed();
     }
 

@@ -118,7 +118,7 @@ std::vector<DiskRow> diskRows()
         QByteArray kept;
     };
     const std::vector<Written> all = {
-        {"Export", {"export", "-d", "DEVICE", "/disk/out"}, false, "/out"},
+        {"Export", {"export", "-d", "DEVICE", "/disk/out"}, false, ""},
         {"Thumbnails",
          {"thumb", "-d", "DEVICE", "--all", "/disk/out", "--format", "png"},
          false,
@@ -127,7 +127,7 @@ std::vector<DiskRow> diskRows()
         {"Sheet", {"sheet", "-d", "DEVICE", "-o", "/disk/sheet.png"}, false, ""},
         {"Sample", {"sample", "/disk/new", "--assets", "4"}, false, ""},
         {"ClassicSample", {"sample", "/disk/new", "--classic", "--assets", "4"}, true, ""},
-        {"ClassicExport", {"export", "-d", "DEVICE", "/disk/out"}, true, "/out"},
+        {"ClassicExport", {"export", "-d", "DEVICE", "/disk/out"}, true, ""},
         {"ClassicThumbnails", {"thumb", "-d", "DEVICE", "--all", "/disk/out"}, true, "/out"},
         {"WorkFolder", {"info", "-d", "DEVICE", "--work-dir", "/disk/work"}, false, ""},
     };

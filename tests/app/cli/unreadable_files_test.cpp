@@ -88,7 +88,8 @@ TEST_F(UnreadableFiles, AreToldOneByOneByAnExport)
     EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0001.JPG: Permission denied\n"
               "photolib: DCIM/100APPLE/IMG_0002.JPG: Permission denied\n",
               result.errors);
-    EXPECT_TRUE(result.output.endsWith(" 2 failed\n"));
+    EXPECT_TRUE(result.output.endsWith(" 2 failed (see the messages above)\n"))
+        << result.output.constData();
 }
 
 TEST_F(UnreadableFiles, AreToldOfThumbnails)

@@ -1,5 +1,6 @@
-#include "support/program_fixture.h"
+#include "support/export_fixture.h"
 #include "support/row_name.h"
+#include "support/terminal.h"
 
 #include "base/error.h"
 #include "devices/folder_file_system.h"
@@ -57,22 +58,6 @@ protected:
                 return false;
         }
         return true;
-    }
-
-    /// Waits until the program has the file of the device open. False when it ends before.
-    bool waitForOpen(Program &program, const QByteArray &path) const
-    {
-        const QDir files(QStringLiteral("/proc/%1/fd").arg(program.processId()));
-        const auto isOpen = [&](const QString &name) {
-            return QFile::symLinkTarget(files.filePath(name)) == QString::fromUtf8(path);
-        };
-        for (;;) {
-            const QStringList names = files.entryList(QDir::System | QDir::Files);
-            if (std::any_of(names.begin(), names.end(), isOpen))
-                return true;
-            if (program.waitForFinished(5) || program.state() == QProcess::NotRunning)
-                return false;
-        }
     }
 
     void expectFailedCopy(Program &program, const QByteArray &line)
@@ -157,15 +142,23 @@ protected:
         m_scratch.write(folder + QByteArray("c.jpg"), "three");
     }
 
-    /// Starts an export and, when it is at the second file, calls `change` and lets that
-    /// file end. Expects `errors`, "NAME: CAUSE" each, and the copies `names`.
+    void SetUp() override
+    {
+        if (!Terminal().isOpen())
+            GTEST_SKIP() << "there are no pseudo-terminals here";
+    }
+
+    /// Starts an export and, when it has the first file and is at the second one, calls `change`
+    /// and lets that file end. Expects `errors`, "NAME: CAUSE" each, and the copies `names`.
     void expectExport(const std::function<void()> &change, const QByteArray &errors,
                       const QByteArray &output, const QList<QByteArray> &names, int exitCode = 0)
     {
         const OpenFile second(m_scratch.path(folder + QByteArray("b.mov")));
-        Program program(m_setup, {"export", "-d", device(), out()});
-        ASSERT_TRUE(waitForFile(program, "out/a.jpg"));
-        ASSERT_TRUE(waitForOpen(program, m_scratch.path(folder + QByteArray("b.mov"))));
+        Terminal terminal;
+        ProgramSetup setup = m_setup;
+        setup.errorFd = terminal.slave();
+        Program program(setup, {"export", "-d", device(), out()});
+        terminal.shownUntil("] 1 of 3 files, ");
         // A file that is cut has its new size a moment before its new time, and would seem to
         // change once more.
         const auto process = static_cast<pid_t>(program.processId());
@@ -176,17 +169,27 @@ protected:
         second.cutTo(0);
         ASSERT_EQ(0, ::kill(process, SIGCONT));
         EXPECT_EQ(exitCode, program.waitForExitCode());
-        EXPECT_EQ(errors, program.readAllStandardError());
+        EXPECT_EQ(errors, messagesIn(terminal));
         EXPECT_EQ(output, program.readAllStandardOutput());
         expectCopies(names);
     }
 
+    /// What a program that has ended has told besides its progress.
+    static QByteArray messagesIn(Terminal &terminal)
+    {
+        QByteArray messages;
+        ::dprintf(terminal.slave(), "the end");
+        for (const QByteArray &line :
+             terminal.shownUntil("the end").replace('\r', '\n').replace("\x1b[K", "").split('\n')) {
+            if (line.startsWith("photolib: "))
+                messages += line + '\n';
+        }
+        return messages;
+    }
+
     void expectCopies(const QList<QByteArray> &names) const
     {
-        QList<QByteArray> paths;
-        for (const QByteArray &name : names)
-            paths.append(out() + '/' + name);
-        EXPECT_EQ(paths, m_scratch.everythingIn("out"));
+        EXPECT_EQ(names, exportedFiles(m_scratch, "out"));
         EXPECT_EQ("one", m_scratch.read("out/a.jpg"));
     }
 
@@ -196,13 +199,12 @@ protected:
 
 TEST_F(VanishingPhotos, AreExportedAsTheyAreWhenOneIsCutShort)
 {
-    expectExport([] {}, "", "copied 3 files (8 bytes), 0 already there, 0 failed\n",
-                 {"a.jpg", "b.mov", "c.jpg"});
+    expectExport([] {}, "", "Copied 3 files (8 bytes), 0 unchanged\n", {"a.jpg", "b.mov", "c.jpg"});
     EXPECT_EQ(0, m_scratch.size("out/b.mov"));
     m_scratch.write(folder + QByteArray("b.mov"), "two");
     const ProgramResult second = run({"export", "-d", device(), out()});
     EXPECT_EQ(0, second.exitCode);
-    EXPECT_EQ("copied 1 file (3 bytes), 2 already there, 0 failed\n", second.output);
+    EXPECT_EQ("Copied 1 file (3 bytes), 2 unchanged\n", second.output);
     EXPECT_EQ("two", m_scratch.read("out/b (2).mov"));
 }
 
@@ -212,7 +214,7 @@ TEST_F(VanishingPhotos, AreExportedWithTheOneThatTakesThePlaceOfAnother)
         m_scratch.write("new", "two");
         rename(m_scratch.path("new"), m_scratch.path(folder + QByteArray("b.mov")));
     };
-    expectExport(replace, "", "copied 3 files (11 bytes), 0 already there, 0 failed\n",
+    expectExport(replace, "", "Copied 3 files (11 bytes), 0 unchanged\n",
                  {"a.jpg", "b.mov", "c.jpg"});
     EXPECT_EQ("two", m_scratch.read("out/b.mov"));
 }
@@ -220,7 +222,7 @@ TEST_F(VanishingPhotos, AreExportedWithTheOneThatTakesThePlaceOfAnother)
 TEST_F(VanishingPhotos, AreAllExportedFromAFolderThatIsRenamed)
 {
     const auto renameDevice = [this] { rename(device(), m_scratch.path("renamed")); };
-    expectExport(renameDevice, "", "copied 3 files (8 bytes), 0 already there, 0 failed\n",
+    expectExport(renameDevice, "", "Copied 3 files (8 bytes), 0 unchanged\n",
                  {"a.jpg", "b.mov", "c.jpg"});
 }
 
@@ -232,25 +234,25 @@ TEST_F(VanishingPhotos, EndTheExportWhenTheDeviceIsRemoved)
                               std::filesystem::copy_options::create_hard_links);
     expectExport([this] { removeAll(device()); },
                  "photolib: the device: its folder was removed; copied 1 file (3 bytes), 0 "
-                 "already there, 0 failed\n",
+                 "unchanged\n",
                  "", {"a.jpg"}, 1);
     rename(m_scratch.path("kept"), device());
     m_scratch.write(folder + QByteArray("b.mov"), "two");
     const ProgramResult second = run({"export", "-d", device(), out()});
     EXPECT_EQ(0, second.exitCode);
-    EXPECT_EQ("copied 2 files (8 bytes), 1 already there, 0 failed\n", second.output);
+    EXPECT_EQ("Copied 2 files (8 bytes), 1 unchanged\n", second.output);
     expectCopies({"a.jpg", "b.mov", "c.jpg"});
 }
 
 TEST_F(VanishingPhotos, AreToldThatAreNoFilesAnyMore)
 {
     const auto replace = [this] {
-        const QByteArray third = m_scratch.path(folder + QByteArray("c.jpg"));
-        ASSERT_EQ(0, ::unlink(third.constData()));
-        m_scratch.makePipe(folder + QByteArray("c.jpg"));
+        ASSERT_EQ(0, ::unlink(m_scratch.path(folder + QByteArray("b.mov")).constData()));
+        m_scratch.makePipe(folder + QByteArray("b.mov"));
     };
-    expectExport(replace, "photolib: DCIM/100APPLE/c.jpg: not a regular file\n",
-                 "copied 2 files (3 bytes), 0 already there, 1 failed\n", {"a.jpg", "b.mov"}, 1);
+    expectExport(replace, "photolib: DCIM/100APPLE/b.mov: not a regular file\n",
+                 "Copied 2 files (8 bytes), 0 unchanged, 1 failed (see the messages above)\n",
+                 {"a.jpg", "c.jpg"}, 1);
 }
 
 TEST_F(VanishingPhotos, AreToldWhenOneIsRemovedWhileItIsCopied)
@@ -259,7 +261,8 @@ TEST_F(VanishingPhotos, AreToldWhenOneIsRemovedWhileItIsCopied)
         ASSERT_EQ(0, ::unlink(m_scratch.path(folder + QByteArray("b.mov")).constData()));
     };
     expectExport(remove, "photolib: DCIM/100APPLE/b.mov: missing on the device\n",
-                 "copied 2 files (8 bytes), 0 already there, 1 failed\n", {"a.jpg", "c.jpg"}, 1);
+                 "Copied 2 files (8 bytes), 0 unchanged, 1 failed (see the messages above)\n",
+                 {"a.jpg", "c.jpg"}, 1);
 }
 
 // --- at each operation on the device
