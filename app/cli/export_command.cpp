@@ -202,12 +202,21 @@ private:
     std::unique_ptr<FileTarget> m_target;
 };
 
-QString summary(const ExportCounts &counts, const std::string &report)
+// What fails may be no file, but a folder that cannot be listed, say.
+bool isReportComplete(const ExportResult &result)
 {
-    QString text = counts.text();
-    if (counts.failed == 0)
+    const auto failed =
+        std::count_if(result.files.begin(), result.files.end(),
+                      [](const ReportedFile &file) { return file.status == ReportedFile::Failed; });
+    return failed == result.counts.failed;
+}
+
+QString summary(const ExportResult &result, const std::string &report)
+{
+    QString text = result.counts.text();
+    if (result.counts.failed == 0)
         return text;
-    const QString place = report.empty()
+    const QString place = report.empty() || !isReportComplete(result)
                               ? QStringLiteral("the messages above")
                               : QString::fromUtf8(printable(QByteArray::fromStdString(report)));
     return QStringLiteral("%1 (see %2)").arg(text, place);
@@ -230,7 +239,7 @@ int exportTo(const ExportArguments &arguments, const CommonOptions &options,
     }
     report.write(result);
     if (!options.quiet)
-        output.writeLine(summary(result.counts, arguments.report));
+        output.writeLine(summary(result, arguments.report));
     return result.counts.failed == 0 ? exitDone : exitFailed;
 }
 
