@@ -15,11 +15,13 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
 constexpr char databaseName[] = "export.sqlite";
 constexpr char logName[] = "export.sqlite-wal";
+constexpr char prefix[] = "photolib-record-"; // no other program begins a name so
 constexpr qint64 blockSize = 1 << 20;
 constexpr int mostTries = 100;
 constexpr std::chrono::milliseconds interval(10);
@@ -122,13 +124,21 @@ bool copyBoth(const RecordFiles &files, const QString &path, bool *exists)
     return files.sumOf(databaseName) == database && files.sumOf(logName) == log;
 }
 
+void removeCopy(int folder)
+{
+    for (const char *const name : {databaseName, logName, "export.sqlite-shm"})
+        ::unlinkat(folder, name, 0);
+}
+
 } // namespace
 
 RecordCopy::RecordCopy(int folder, const QByteArray &name, const CancelToken &cancel)
-    : m_folder(QDir::tempPath() + QStringLiteral("/photolib-XXXXXX"))
+    : m_folder(QDir::tempPath() + '/' + prefix + QStringLiteral("XXXXXX"))
 {
     if (!m_folder.isValid())
         throw Error(QDir::tempPath() + QStringLiteral(": ") + m_folder.errorString());
+    m_lock.emplace(QFile::encodeName(m_folder.path()));
+    removeDeadFolders(QFile::encodeName(QDir::tempPath()), prefix, removeCopy);
     const RecordFiles files(folder, name, cancel);
     int tries = 1;
     while (!copyBoth(files, QFile::decodeName(path()), &m_exists)) {

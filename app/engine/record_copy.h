@@ -1,13 +1,18 @@
 #ifndef PHOTOLIB_ENGINE_RECORD_COPY_H
 #define PHOTOLIB_ENGINE_RECORD_COPY_H
 
+#include "base/folders.h"
+
 #include <QByteArray>
 #include <QTemporaryDir>
+
+#include <optional>
 
 class CancelToken;
 
 /// A copy of the database of an export's record with its write-ahead log, as long as the object
-/// lives: as it was at one moment, even if an exporter writes it meanwhile.
+/// lives: as it was at one moment, even if an exporter writes it meanwhile. What a program that was
+/// killed left of one is removed by the next one.
 class RecordCopy
 {
 public:
@@ -24,6 +29,7 @@ public:
 
 private:
     QTemporaryDir m_folder;
+    std::optional<LockedFolder> m_lock; // of that folder
     bool m_exists = false;
 };
 
