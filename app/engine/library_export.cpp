@@ -106,8 +106,13 @@ public:
             record.emplace(state);
         m_ensured->keep();
         copy(plan, folder, *record, state, result);
-        if (m_request.albums)
+        if (!m_request.albums)
+            return;
+        try {
             makeAlbums(folder, *record, result);
+        } catch (const Error &error) {
+            rethrowWith(error, result->counts);
+        }
     }
 
 private:
@@ -128,7 +133,7 @@ private:
             m_observer.failed(failure);
         }
         if (m_cancel.isCancelled())
-            rethrowWith(Error(Error::Cancelled, "interrupted"), result->counts);
+            throw Error(Error::Cancelled, "interrupted");
     }
 
     void copy(const ExportPlan &plan, ExportFolder &folder, ExportRecord &record,
