@@ -1,4 +1,3 @@
-#include "support/program_run.h"
 #include "support/proven_export.h"
 #include "support/row_name.h"
 #include "support/watched_changes.h"
@@ -13,6 +12,11 @@ struct WayRow {
     bool isUpdate; ///< of an export, after changes on the device
     std::function<void(ExportRequest *)> choose;
 };
+
+void PrintTo(const WayRow &row, std::ostream *stream)
+{
+    *stream << row.name;
+}
 
 const WayRow ways[] = {
     {"Files", false, [](ExportRequest *) {}},

@@ -8,6 +8,11 @@ struct OperationRow {
     WatchedFiles::Operation operation;
 };
 
+void PrintTo(const OperationRow &row, std::ostream *stream)
+{
+    *stream << row.name;
+}
+
 // Exports from a device with a fault at each operation of one kind.
 class ExportFromAFaultyDevice : public ProvenExports,
                                 public testing::WithParamInterface<OperationRow>

@@ -22,8 +22,12 @@ FolderContents contentsOf(const QByteArray &folder);
 /// The files of photos and videos on the device in a folder, by their path there.
 std::set<QByteArray> photoFilesOf(const QByteArray &device);
 
-/// Expects that `folder` has a copy of each of the files `sources` of the device, byte for byte and
-/// none twice, that its record says so, and that nothing is left of an export that was cut short.
+/// Expects that `folder` has what its record tells of and nothing else, and that nothing is left of
+/// an export that was cut short.
+void expectSoundExport(const QByteArray &folder);
+
+/// Expects the same, and that `folder` has a copy of each of the files `sources` of the device,
+/// byte for byte and none twice.
 void expectWholeExport(const QByteArray &device, const std::set<QByteArray> &sources,
                        const QByteArray &folder);
 
@@ -71,6 +75,7 @@ protected:
     /// Exports to "out" and expects all to be there.
     void expectWholeAfterRerun();
 
+    Environment m_disk;
     ScratchFolder m_scratch;
     Environment m_cache;
     Environment m_temporary; // where nothing may be left, either
