@@ -68,6 +68,28 @@ bool ExportNames::isTaken(const QByteArray &path) const
 void ExportNames::take(const QByteArray &path)
 {
     m_taken.insert(comparedName(path));
+    learnFolders(path);
+}
+
+// Most paths are in the folder of the one before.
+void ExportNames::learnFolders(const QByteArray &path)
+{
+    const QByteArray folder = path.left(qMax(path.lastIndexOf('/'), 0));
+    if (folder == m_learntFolder)
+        return;
+    m_learntFolder = folder;
+    for (int end = path.indexOf('/'); end >= 0; end = path.indexOf('/', end + 1))
+        m_folders.emplace(comparedName(path.left(end)), path.left(end));
+}
+
+QByteArray ExportNames::withKnownFolders(const QByteArray &path) const
+{
+    for (int end = path.lastIndexOf('/'); end > 0; end = path.lastIndexOf('/', end - 1)) {
+        const auto known = m_folders.find(comparedName(path.left(end)));
+        if (known != m_folders.end())
+            return known->second + path.mid(end);
+    }
+    return path;
 }
 
 FoundBase ExportNames::firstFree(const QByteArray &base, const std::vector<NameEnd> &ends,

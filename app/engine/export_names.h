@@ -36,7 +36,7 @@ struct FoundBase {
 };
 
 /// Which names of an export are taken. Names that differ by case only count as one, so that the
-/// files fit on any disk.
+/// files fit on any disk, and their record on the disk that they are moved to.
 class ExportNames
 {
 public:
@@ -47,6 +47,9 @@ public:
     bool isTaken(const QByteArray &path) const;
     void take(const QByteArray &path);
 
+    /// `path` with its folders as the first path that was taken in them spells them.
+    QByteArray withKnownFolders(const QByteArray &path) const;
+
     /// The first of `base`, "BASE (2)", "BASE (3)" and so on with which none of `ends` makes a path
     /// that is taken, and of which `isFree` says that it is free. Cut at a whole letter where a
     /// name would get too long.
@@ -54,12 +57,15 @@ public:
                         const std::function<bool(const QByteArray &base)> &isFree);
 
 private:
+    void learnFolders(const QByteArray &path);
     bool isAnyTaken(const QByteArray &base, const std::vector<NameEnd> &ends) const;
     FoundBase numbered(const QByteArray &base, int number, int longestEnd) const;
 
     const int m_longest;
-    std::set<QString> m_taken;             // compared paths; sorted, for hashes can be made slow
-    std::map<QString, int> m_firstUntried; // numbers by compared base and ends
+    std::set<QString> m_taken;               // compared paths; sorted, for hashes can be made slow
+    std::map<QString, QByteArray> m_folders; // by compared path
+    QByteArray m_learntFolder;               // the last one
+    std::map<QString, int> m_firstUntried;   // numbers by compared base and ends
 };
 
 #endif // PHOTOLIB_ENGINE_EXPORT_NAMES_H

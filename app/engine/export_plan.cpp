@@ -276,6 +276,7 @@ private:
             return *photo.path;
         const QByteArray name = nameStem(ownFileName(photo.asset)) + photo.ends.front().extension;
         photo.path = m_template.pathFor(m_values(photo.asset, name));
+        photo.path->base = m_names.withKnownFolders(photo.path->base);
         if (photo.ends.front().tail.isEmpty())
             photo.ends.front().extension = photo.path->extension;
         makeDistinct(&photo.ends);

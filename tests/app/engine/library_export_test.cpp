@@ -385,6 +385,27 @@ TEST_F(LibraryExports, CutNamesThatTheDiskCannotHoldAndSaySo)
     EXPECT_TRUE(m_heard.notes[0].endsWith("its name is too long for the disk, and was cut"));
 }
 
+// Such folders are one on a memory card, and the record would know it by two names.
+TEST_F(LibraryExports, PutPhotosOfFoldersThatDifferByCaseIntoOne)
+{
+    m_request.nameTemplate = "Kept/{album}/{name}";
+    for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
+        addPhoto(name, name);
+    m_database.rows.albums = {albumRow(7), albumRow(8), albumRow(9)};
+    m_database.rows.albums[0].title = "trip";
+    m_database.rows.albums[1].title = "Trip";
+    m_database.rows.albums[2].title = "TRIP";
+    for (int photo = 1; photo <= 3; ++photo)
+        m_database.join().add(photo + 6, photo);
+    open();
+    m_request.filter.ids = {{*idRange("2")}};
+    EXPECT_EQ("Copied 1 file (5 bytes), 0 unchanged", run());
+    m_request.filter.ids.reset();
+    EXPECT_EQ("Copied 2 files (10 bytes), 1 unchanged", run());
+    EXPECT_EQ((QList<QByteArray>{"Kept/Trip/a.jpg", "Kept/Trip/b.jpg", "Kept/Trip/c.jpg"}),
+              copied());
+}
+
 TEST_F(LibraryExports, MakeNoFolderWhenTheyAreCancelledBeforeTheyCopy)
 {
     addPhoto("a.jpg", "one");
