@@ -63,6 +63,16 @@ std::vector<sock_filter> changesFilter()
     return filter;
 }
 
+bool needsLinks(const seccomp_data &call)
+{
+    constexpr unsigned withoutName = O_TMPFILE & ~O_DIRECTORY;
+#ifdef SYS_link
+    if (call.nr == SYS_link)
+        return true;
+#endif
+    return call.nr == SYS_linkat || (call.nr == SYS_openat && (call.args[2] & withoutName) != 0);
+}
+
 // Holds up the changes of the calling thread from now on, and of those that it starts. Returns what
 // tells of them; not open where that cannot be.
 UniqueFd holdUpChanges()
@@ -93,7 +103,7 @@ int judgeChanges(int listener, int end, const std::function<int(const DiskChange
             continue;
         seccomp_notif_resp answer = {};
         answer.id = call.id;
-        answer.error = -judge({++count, isRemoval(call.data.nr)});
+        answer.error = -judge({++count, isRemoval(call.data.nr), needsLinks(call.data)});
         answer.flags = answer.error == 0 ? SECCOMP_USER_NOTIF_FLAG_CONTINUE : 0;
         ::ioctl(listener, SECCOMP_IOCTL_NOTIF_SEND, &answer);
     }
@@ -124,14 +134,15 @@ std::optional<int> runWatched(const std::function<void()> &work,
     return listener < 0 ? std::nullopt : std::optional<int>(count);
 }
 
-std::optional<bool> isKilledAt(int number, const std::function<void()> &work)
+std::optional<bool> isKilledAt(int number, const std::function<void()> &work,
+                               const std::function<int(const DiskChange &change)> &judge)
 {
     constexpr int noWatch = 77;
     const pid_t process = ::fork();
     if (process == 0) {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        const auto killAt = [number](const DiskChange &change) {
-            return change.number == number ? ::kill(::getpid(), SIGKILL) : 0;
+        const auto killAt = [number, &judge](const DiskChange &change) {
+            return change.number == number ? ::kill(::getpid(), SIGKILL) : judge(change);
         };
         ::_exit(runWatched(work, killAt) ? 0 : noWatch);
     }

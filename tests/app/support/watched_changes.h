@@ -8,6 +8,9 @@
 struct DiskChange {
     int number;     ///< counted from 1
     bool isRemoval; ///< it removes a name, for which a full disk has room
+
+    /// It makes a hard link or opens a file without a name, which memory cards have neither of.
+    bool needsLinks;
 };
 
 /// Runs `work` on a thread of its own. Each call of the system by that thread and those that it
@@ -18,9 +21,10 @@ struct DiskChange {
 std::optional<int> runWatched(const std::function<void()> &work,
                               const std::function<int(const DiskChange &change)> &judge);
 
-/// Has a process of its own, a copy of this one, run `work`, and kills it when it is about to make
-/// the `number`th change on a disk. Returns whether it came to that, or nothing where the system
-/// does not let calls be held up.
-std::optional<bool> isKilledAt(int number, const std::function<void()> &work);
+/// Has a process of its own, a copy of this one, run `work` like `runWatched`, and kills it when it
+/// is about to make the `number`th change on a disk. Returns whether it came to that, or nothing
+/// where the system does not let calls be held up.
+std::optional<bool> isKilledAt(int number, const std::function<void()> &work,
+                               const std::function<int(const DiskChange &change)> &judge);
 
 #endif // PHOTOLIB_TESTS_APP_WATCHED_CHANGES_H
