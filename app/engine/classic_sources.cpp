@@ -84,6 +84,16 @@ QByteArray sizeTail(const StoredPicture &variant)
     return '_' + QByteArray::number(size.width()) + 'x' + QByteArray::number(size.height());
 }
 
+// When the file of the picture was changed last: then all of its pictures may be others. 0 where
+// the device does not tell.
+qint64 changeOf(LibrarySession &session, const StoredPicture &variant)
+{
+    FileInfo info;
+    FileError error;
+    const QByteArray path = DevicePaths(session.files()).path(variant.fileName);
+    return session.files().info(path, &info, &error) ? info.modified : 0;
+}
+
 ExportSource storedSource(LibrarySession &session, const StoredPicture &variant, const Asset &asset,
                           bool needsTail)
 {
@@ -96,6 +106,7 @@ ExportSource storedSource(LibrarySession &session, const StoredPicture &variant,
     source.label = QString::number(asset.id);
     source.info.type = FileInfo::File;
     source.info.size = imageFileSize(variant);
+    source.info.modified = changeOf(session, variant);
     source.make = [&session, variant] { return imageFile(session, variant); };
     return source;
 }

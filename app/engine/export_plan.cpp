@@ -31,10 +31,25 @@ class RecordedPhotos
 public:
     explicit RecordedPhotos(const ExportContents &record)
     {
-        for (const RecordedFile &file : record.files) {
-            if (file.isCurrent)
-                m_files[file.photo].push_back(&file);
+        for (const RecordedFile &file : record.files)
+            m_files[file.photo].push_back(&file);
+    }
+
+    // The last copy of a file with the role, wherever on the device it was.
+    const RecordedFile *find(const QByteArray &photo, ExportRole role) const
+    {
+        for (const RecordedFile *file : of(photo)) {
+            if (file->isCurrent && file->role == role)
+                return file;
         }
+        return nullptr;
+    }
+
+    // All copies of the files of `photo`, also older ones.
+    std::vector<const RecordedFile *> of(const QByteArray &photo) const
+    {
+        const auto files = m_files.find(photo);
+        return files == m_files.end() ? std::vector<const RecordedFile *>() : files->second;
     }
 
     // The last copy of a file; null when there is none.
@@ -45,7 +60,7 @@ public:
         if (files == m_files.end())
             return nullptr;
         for (const RecordedFile *file : files->second) {
-            if (file->role == role && file->source == source)
+            if (file->isCurrent && file->role == role && file->source == source)
                 return file;
         }
         return nullptr;
@@ -55,9 +70,14 @@ private:
     std::map<QByteArray, std::vector<const RecordedFile *>> m_files;
 };
 
-QByteArray sidecarOf(SidecarFormat format, const Asset &asset, const Catalog &catalog)
+MadeFile madeSidecar(SidecarFormat format, const Asset &asset, const Catalog &catalog)
 {
-    return format == SidecarFormat::Json ? jsonSidecar(asset) : xmpSidecar(asset, catalog);
+    try {
+        const bool isJson = format == SidecarFormat::Json;
+        return {isJson ? jsonSidecar(asset) : xmpSidecar(asset, catalog), FileError()};
+    } catch (const Error &error) {
+        return {QByteArray(), {FileError::Failed, QString::fromStdString(error.what())}};
+    }
 }
 
 // What the files of one photo are planned with.
@@ -118,7 +138,10 @@ private:
 
     const RecordedFile *recorded(const Photo &photo, const ExportSource &source) const
     {
-        return m_recorded.find(photo.key, source.role, source.source);
+        const RecordedFile *const known = m_recorded.find(photo.key, source.role, source.source);
+        if (known || source.failure.kind != FileError::NotFound)
+            return known;
+        return m_recorded.find(photo.key, source.role);
     }
 
     PlannedFile planned(Photo &photo, std::size_t i)
@@ -133,6 +156,8 @@ private:
             keep(file, *known);
         else if (file.source.failure.kind != FileError::None)
             fail(file);
+        else if (const RecordedFile *const earlier = earlierCopy(photo, file.source))
+            keepAgain(file, *earlier);
         else if (known)
             planAgain(file, *known, photo, i);
         else
@@ -157,9 +182,10 @@ private:
     // by now is what it was.
     bool isUnchanged(const RecordedFile &known, const ExportSource &source)
     {
-        if (source.make || source.failure.kind == FileError::NotFound)
+        if (source.failure.kind == FileError::NotFound)
             return true;
-        if (source.failure.kind != FileError::None || source.info.size != known.size)
+        if (source.failure.kind != FileError::None ||
+            (!source.make && source.info.size != known.size))
             return false;
         return source.info.modified == known.modified || isSameByContent(known, source);
     }
@@ -167,12 +193,48 @@ private:
     // A new time alone, of a device that was copied, say, makes no new file.
     bool isSameByContent(const RecordedFile &known, const ExportSource &source)
     {
-        if (deviceHash(source) != known.sha256)
+        if (contentHash(source) != known.sha256)
             return false;
         RecordedFile file = known;
         file.modified = source.info.modified;
         m_plan.found.push_back(file);
         return true;
+    }
+
+    // A copy of the file as it is now: from another place on the device, which a restored one
+    // chooses anew, or from before it was something else. Null when the folder has none.
+    const RecordedFile *earlierCopy(const Photo &photo, const ExportSource &source)
+    {
+        QByteArray hash; // read once, where it is of use
+        for (const RecordedFile *file : m_recorded.of(photo.key)) {
+            const bool mayBeCopy = file->role == source.role &&
+                                   (source.make || file->size == source.info.size) &&
+                                   isIntact(*file);
+            if (mayBeCopy && hash.isNull())
+                hash = contentHash(source);
+            if (mayBeCopy && file->sha256 == hash)
+                return file;
+        }
+        return nullptr;
+    }
+
+    void keepAgain(PlannedFile &file, const RecordedFile &earlier)
+    {
+        keep(file, earlier);
+        RecordedFile record = earlier;
+        record.source = file.source.source;
+        record.modified = file.source.info.modified;
+        record.isCurrent = true;
+        m_plan.found.push_back(record);
+    }
+
+    // Null when there is none.
+    QByteArray contentHash(const ExportSource &source)
+    {
+        if (!source.make)
+            return deviceHash(source);
+        const MadeFile made = source.make();
+        return made.failure.kind == FileError::None ? sha256Hex(made.bytes) : QByteArray();
     }
 
     // Null when the file cannot be read.
@@ -206,11 +268,9 @@ private:
     // was then.
     void planAgain(PlannedFile &file, const RecordedFile &known, Photo &photo, std::size_t i)
     {
-        const bool isSame = file.source.make || (file.source.info.size == known.size &&
-                                                 file.source.info.modified == known.modified);
         const bool isGone = m_folder.entry(known.path).kind == ExportFolder::Kind::Nothing;
         file.path = known.path;
-        if (isSame && m_request.onlyNew) {
+        if (m_request.onlyNew && isUnchanged(known, file.source)) {
             file.action = PlannedFile::Skip;
             file.path = QByteArray();
             file.cause = QStringLiteral("moved, deleted or changed in the folder");
@@ -237,23 +297,29 @@ private:
         planPlace(file, photo.key);
     }
 
-    // A file that has the path is a copy.
+    // What has the path is a copy, or in the way.
     void planPlace(PlannedFile &file, const QByteArray &key)
     {
         const ExportFolder::Kind kind = m_folder.entry(file.path).kind;
+        if (kind == ExportFolder::Kind::Nothing)
+            return;
         if (kind == ExportFolder::Kind::Blocked)
             refuse(file, blockedPath);
-        else if (kind == ExportFolder::Kind::File)
+        else if (kind == ExportFolder::Kind::File && isCopyAt(file.path, file.source))
             adopt(file, key);
+        else
+            refuse(file, otherProgramsFile);
     }
 
     // A copy that the record does not know: of a program that was killed, say.
     void adopt(PlannedFile &file, const QByteArray &key)
     {
         const UniqueFd there = m_folder.open(file.path);
-        file.action = PlannedFile::Keep;
         file.size = m_folder.entry(file.path).size;
         file.sha256 = there.isOpen() ? sha256OfFile(there.get(), m_cancel) : QByteArray();
+        if (file.sha256.isNull())
+            return refuse(file, otherProgramsFile); // somebody has taken it away meanwhile
+        file.action = PlannedFile::Keep;
         m_plan.found.push_back(recordOf(file, key));
     }
 
@@ -351,7 +417,7 @@ private:
     bool isCopyOf(const ExportSource &source, int file)
     {
         if (source.make)
-            return sha256OfFile(file, m_cancel) == sha256Hex(source.make().bytes);
+            return sha256OfFile(file, m_cancel) == contentHash(source);
         FileError error;
         const bool isCopy = hasContentOf(m_session.files(), source.source, file, &error, m_cancel);
         m_session.requireConnected(error);
@@ -384,13 +450,17 @@ private:
         file.source.source = sidecarSuffix(format).mid(1);
         file.source.label = QString::fromUtf8(printable(path));
         file.source.make = [&asset, &catalog, format] {
-            return MadeFile{sidecarOf(format, asset, catalog), FileError()};
+            return madeSidecar(format, asset, catalog);
         };
-        const QByteArray bytes = file.source.make().bytes;
-        file.size = bytes.size();
+        const MadeFile made = file.source.make();
+        file.size = made.bytes.size();
         file.source.info.type = FileInfo::File;
         file.source.info.size = file.size;
-        planSidecar(file, photo, sha256Hex(bytes));
+        file.source.failure = made.failure;
+        if (made.failure.kind == FileError::None)
+            planSidecar(file, photo, sha256Hex(made.bytes));
+        else
+            fail(file);
         m_names.take(path);
         return file;
     }
@@ -401,7 +471,10 @@ private:
     {
         const RecordedFile *const known = recorded(photo, file.source);
         const bool isPlaceRecorded = known && known->path == file.path;
-        if (m_folder.entry(file.path).kind == ExportFolder::Kind::Nothing) {
+        const ExportFolder::Kind kind = m_folder.entry(file.path).kind;
+        if (kind == ExportFolder::Kind::Blocked)
+            return refuse(file, blockedPath);
+        if (kind == ExportFolder::Kind::Nothing) {
             if (isPlaceRecorded && m_request.onlyNew && known->sha256 == hash)
                 file.action = PlannedFile::Skip;
             return;
@@ -409,8 +482,7 @@ private:
         const UniqueFd there = m_folder.open(file.path);
         const QByteArray hashThere =
             there.isOpen() ? sha256OfFile(there.get(), m_cancel) : QByteArray();
-        const bool mayReplace = isPlaceRecorded && (hashThere == known->sha256 ||
-                                                    m_request.update == UpdateChoice::Replace);
+        const bool mayReplace = isPlaceRecorded && hashThere == known->sha256;
         if (hashThere == hash)
             keepSidecar(file, photo, known, hash);
         else if (mayReplace && there.isOpen())

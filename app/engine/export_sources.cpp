@@ -125,7 +125,11 @@ ExportSource ExportSources::original(const Asset &asset) const
 std::vector<ExportSource> ExportSources::ofIosAsset(const Asset &asset)
 {
     std::vector<ExportSource> sources = {original(asset)};
+    bool hasOriginal = false;
+    bool hasFilm = !asset.types.testFlag(AssetType::Live);
     for (const AssetFile &file : m_files.of(asset)) {
+        hasOriginal = hasOriginal || file.role == AssetFileRole::Original;
+        hasFilm = hasFilm || file.role == AssetFileRole::LiveFilm;
         const std::optional<Treatment> treatment = treatmentOf(file.role);
         if (!treatment || file.role == AssetFileRole::Original)
             continue;
@@ -137,6 +141,8 @@ std::vector<ExportSource> ExportSources::ofIosAsset(const Asset &asset)
         source.label = QString::fromUtf8(printable(file.path));
         sources.push_back(source);
     }
+    if (hasOriginal && !hasFilm)
+        sources.push_back(missingFilm(sources.front()));
     const Choice choice(m_request, sources);
     for (ExportSource &source : sources) {
         source.isWanted = choice.includes(source.role);
@@ -144,6 +150,18 @@ std::vector<ExportSource> ExportSources::ofIosAsset(const Asset &asset)
             measure(&source);
     }
     return sources;
+}
+
+// Who exports a Live Photo counts on its film.
+ExportSource ExportSources::missingFilm(const ExportSource &original)
+{
+    ExportSource film;
+    film.role = ExportRole::Live;
+    film.extension = ".MOV";
+    film.source = nameStem(original.source) + film.extension;
+    film.label = QString::fromUtf8(printable(film.source));
+    film.isInCloud = original.isInCloud;
+    return film;
 }
 
 void ExportSources::measure(ExportSource *source)

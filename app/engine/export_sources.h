@@ -50,6 +50,7 @@ public:
 private:
     std::vector<ExportSource> ofIosAsset(const Asset &asset);
     ExportSource original(const Asset &asset) const;
+    static ExportSource missingFilm(const ExportSource &original);
     void measure(ExportSource *source);
 
     LibrarySession &m_session;

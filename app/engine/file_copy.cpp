@@ -85,6 +85,7 @@ FileCopy FileCopier::madeFile(const ExportSource &source, std::optional<qint64> 
     copy.file->write(made.bytes.constData(), made.bytes.size());
     copy.size = made.bytes.size();
     copy.sha256 = sha256Hex(made.bytes);
+    copy.modified = source.info.modified;
     *m_doneBytes += copy.size;
     if (modified)
         copy.file->setModified(*modified);

@@ -351,6 +351,80 @@ TEST_F(LibraryExports, TakeWhatIsThereAlreadyForTheCopyWhereItIsTheSame)
     EXPECT_EQ("Copied 0 files (0 bytes), 2 unchanged", run());
 }
 
+TEST_F(LibraryExports, TakeNothingElseForACopyWhereTheTemplateHasNoExtension)
+{
+    m_request.nameTemplate = "{stem}";
+    addPhoto("a.jpg", "one");
+    m_scratch.write("out/a.jpg", "own");
+    m_scratch.write("out/a", "hers");
+    open();
+    EXPECT_EQ("Copied 1 file (3 bytes), 0 unchanged", run());
+    EXPECT_EQ((QList<QByteArray>{"a", "a (2)", "a.jpg"}), copied());
+    EXPECT_EQ("one", m_scratch.read("out/a (2)"));
+    EXPECT_EQ("Copied 0 files (0 bytes), 1 unchanged", run());
+}
+
+TEST_F(LibraryExports, KnowAPhotoAtAnotherPlaceOfTheDevice)
+{
+    addPhoto("a.jpg", "one");
+    open();
+    run();
+    m_database.rows.assets[0].directory = "DCIM/110APPLE";
+    m_scratch.write("device/DCIM/110APPLE/a.jpg", "one");
+    open();
+    EXPECT_EQ("Copied 0 files (0 bytes), 1 unchanged", run());
+    EXPECT_EQ("Copied 0 files (0 bytes), 1 unchanged", run());
+    EXPECT_EQ(QList<QByteArray>{"a.jpg"}, copied());
+}
+
+TEST_F(LibraryExports, KnowWhatBecameAgainWhatItWas)
+{
+    addPhoto("a.jpg", "one");
+    open();
+    for (const char *content : {"one", "changed", "one", "changed"}) {
+        m_scratch.write(folder + QByteArray("a.jpg"), content);
+        run();
+    }
+    EXPECT_EQ((QList<QByteArray>{"a (2).jpg", "a.jpg"}), copied());
+    EXPECT_EQ("Copied 0 files (0 bytes), 1 unchanged", run());
+}
+
+TEST_F(LibraryExports, CopyNothingThatWasDeletedWhenOnlyItsTimeIsNew)
+{
+    addPhoto("a.jpg", "one");
+    open();
+    run();
+    ASSERT_EQ(0, ::unlink(m_scratch.path("out/a.jpg").constData()));
+    m_scratch.write(folder + QByteArray("a.jpg"), "one");
+    m_request.onlyNew = true;
+    EXPECT_EQ("Copied 0 files (0 bytes), 0 unchanged, 1 moved or deleted since", run());
+}
+
+TEST_F(LibraryExports, TellThatTheFilmOfALivePhotoIsMissing)
+{
+    addPhoto("a.jpg", "one");
+    m_database.rows.assets[0].kindSubtype = 2;
+    open();
+    EXPECT_EQ("Copied 1 file (3 bytes), 0 unchanged, 1 not on the device", run());
+    EXPECT_EQ(QStringList{"DCIM/100APPLE/a.MOV: missing on the device"}, m_heard.missing);
+    ASSERT_EQ(2U, m_result.files.size());
+    EXPECT_EQ(ExportRole::Live, m_result.files[1].role);
+    m_request.live = LiveChoice::Still;
+    EXPECT_EQ("Copied 0 files (0 bytes), 1 unchanged", run());
+}
+
+TEST_F(LibraryExports, KeepASidecarThatSomebodyHasChanged)
+{
+    addPhoto("a.jpg", "one");
+    open();
+    m_request.sidecars = {SidecarFormat::Json};
+    EXPECT_EQ(2, (run(), m_result.counts.copied));
+    m_scratch.write("out/a.jpg.json", "my own");
+    m_request.update = UpdateChoice::Replace;
+    EXPECT_EQ(0, (run(), m_result.counts.copied));
+    EXPECT_EQ("my own", m_scratch.read("out/a.jpg.json"));
+}
+
 TEST_F(LibraryExports, FollowNoLinkInPlaceOfAFileOrAFolder)
 {
     m_request.nameTemplate = "{stem}/{name}";
