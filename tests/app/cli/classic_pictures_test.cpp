@@ -192,8 +192,13 @@ TEST_F(ClassicPictures, AreNotReadAgainToFindThatTheyAreThere)
     const QList<QByteArray> ids = {"100", "104", "105"};
     EXPECT_EQ(0, runExport(ids).exitCode);
     EXPECT_EQ(5, names().size());
-    for (const char *file : {screenFile, "device/Photos/Thumbs/F1081_1.ithmb"})
+    for (const char *file : {screenFile, "device/Photos/Thumbs/F1081_1.ithmb"}) {
+        struct stat status = {};
+        ASSERT_EQ(0, ::stat(m_scratch.path(file).constData(), &status));
         m_scratch.write(file, QByteArray(int(m_scratch.size(file)), 'x'));
+        const timespec times[] = {status.st_atim, status.st_mtim};
+        ASSERT_EQ(0, ::utimensat(AT_FDCWD, m_scratch.path(file).constData(), times, 0));
+    }
     const ProgramResult second = runExport(ids);
     EXPECT_EQ(0, second.exitCode) << second.errors.constData();
     EXPECT_EQ("Copied 0 files (0 bytes), 5 unchanged\n", second.output);

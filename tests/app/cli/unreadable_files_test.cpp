@@ -81,14 +81,16 @@ TEST_F(UnreadableFiles, AreToldByADumpAndASheet)
     EXPECT_TRUE(m_scratch.exists("sheet.png"));
 }
 
+// The folder too: nobody knows which films are in it.
 TEST_F(UnreadableFiles, AreToldOneByOneByAnExport)
 {
     const ProgramResult result = run({"export", "-d", device(), m_scratch.path("out")});
     EXPECT_EQ(1, result.exitCode);
-    EXPECT_EQ("photolib: DCIM/100APPLE/IMG_0001.JPG: Permission denied\n"
+    EXPECT_EQ("photolib: DCIM/100APPLE: Permission denied\n"
+              "photolib: DCIM/100APPLE/IMG_0001.JPG: Permission denied\n"
               "photolib: DCIM/100APPLE/IMG_0002.JPG: Permission denied\n",
               result.errors);
-    EXPECT_TRUE(result.output.endsWith(" 2 failed (see the messages above)\n"))
+    EXPECT_TRUE(result.output.endsWith(" 3 failed (see the messages above)\n"))
         << result.output.constData();
 }
 

@@ -56,7 +56,7 @@ protected:
     {
         if (!m_changes)
             GTEST_SKIP() << "no system calls can be held up here";
-        ASSERT_GE(*m_changes, 50);
+        ASSERT_GE(*m_changes, 40);
         ASSERT_EQ(m_request.albums ? 1U : 0U, m_expected.count("Albums"));
     }
 
