@@ -30,12 +30,14 @@ protected:
                ": damaged; only a part of the library can be read\n";
     }
 
-    // What a command prints all the same; expects that it tells of the damage once and fails.
-    QByteArray shown(const QList<QByteArray> &arguments)
+    // What a command prints all the same; expects that it tells of the damage once, after
+    // `firstErrors`, and fails.
+    QByteArray shown(const QList<QByteArray> &arguments,
+                     const QByteArray &firstErrors = QByteArray())
     {
         const ProgramResult result = run(arguments);
         EXPECT_EQ(1, result.exitCode) << arguments[0].constData();
-        EXPECT_EQ(damage(), result.errors) << arguments[0].constData();
+        EXPECT_EQ(firstErrors + damage(), result.errors) << arguments[0].constData();
         return result.output;
     }
 };
@@ -53,7 +55,9 @@ TEST_F(DamagedDatabase, IsToldByEveryCommandThatLists)
 
 TEST_F(DamagedDatabase, IsToldBesideWhatIsWritten)
 {
-    shown({"sheet", "-d", device(), "-o", m_scratch.path("sheet.png")});
+    shown({"sheet", "-d", device(), "-o", m_scratch.path("sheet.png")},
+          "photolib: 14 videos have no thumbnail on the device, and photolib makes none of "
+          "videos\n");
     EXPECT_TRUE(m_scratch.exists("sheet.png"));
 }
 
