@@ -98,6 +98,22 @@ TEST_F(RepeatedExport, CopiesOnlyWhatIsNewOnRequest)
     EXPECT_EQ("edited", m_scratch.read("out/b.jpg"));
 }
 
+// It could not, whatever it wanted.
+TEST_F(RepeatedExport, OpensNoPhotoThatItHasExported)
+{
+    if (!canRespectPermissions())
+        GTEST_SKIP() << "the superuser can read everything here";
+    m_setup.respectsPermissions = true;
+    writeTwo();
+    output();
+    for (const char *name : {"a.jpg", "b.jpg"})
+        ASSERT_EQ(0, ::chmod(m_scratch.path(folder + QByteArray(name)).constData(), 0));
+    for (const char *option : {"--verify", "--only-new", "--recipe"})
+        EXPECT_EQ("Copied 0 files (0 bytes), 2 unchanged\n", output({option}));
+    ASSERT_EQ(0, ::unlink((out() + "/a.jpg").constData()));
+    EXPECT_EQ("photolib: DCIM/100APPLE/a.jpg: Permission denied\n", runExport().errors);
+}
+
 TEST_F(RepeatedExport, GoesOnInAFolderThatWasMoved)
 {
     writeTwo();
