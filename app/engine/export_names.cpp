@@ -1,7 +1,7 @@
 #include "engine/export_names.h"
 
 #include "base/file_names.h"
-#include "engine/export_sources.h"
+#include "engine/export_source.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 #include "base/error.h"
 #include "base/sha256.h"
 #include "devices/encoded_names.h"
-#include "engine/export_sources.h"
+#include "engine/export_source.h"
 #include "engine/photo_text.h"
 
 #include <algorithm>
