@@ -22,7 +22,7 @@ protected:
     ProgramResult preview(const QList<QByteArray> &further = {})
     {
         const auto before = state();
-        const ProgramResult result = runExport(QList<QByteArray>{"--dry-run"} + further);
+        ProgramResult result = runExport(QList<QByteArray>{"--dry-run"} + further);
         EXPECT_EQ(before, state());
         return result;
     }
