@@ -7,6 +7,7 @@
 #include "support/sample_device.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 
 #include <random>
 

@@ -117,11 +117,11 @@ constexpr PhoneFile phoneFiles[] = {
 PhotosDatabase phoneDatabase()
 {
     constexpr double firstDate = 6e8; // in 2020
-    constexpr double month = 3e6;
+    constexpr double week = 6e5;
     PhotosDatabase database;
     database.schema = Schema::zasset();
     const auto add = [&database](AssetRow row, const char *folder, const char *name) {
-        row.dateCreated = firstDate + month * static_cast<double>(database.rows.assets.size() / 3);
+        row.dateCreated = firstDate + week * static_cast<double>(database.rows.assets.size());
         row.directory = folder;
         row.fileName = name;
         database.rows.assets.push_back(row);
