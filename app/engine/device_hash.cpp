@@ -15,16 +15,17 @@ namespace {
 constexpr int blockSize = 1 << 20;
 
 // Gives `take` the file block by block until that returns false. False when the file cannot be
-// read.
+// read, or has more than the device says: some files never end.
 bool readBlocks(DeviceFileSystem &files, const QByteArray &path, FileError *error,
                 const CancelToken &cancel,
                 const std::function<bool(const char *bytes, qint64 count)> &take)
 {
     const std::unique_ptr<DeviceFile> file = openDeviceFile(files, path, error);
-    if (!file)
+    const qint64 size = file ? file->size(error) : -1;
+    if (size < 0)
         return false;
     QByteArray block(blockSize, Qt::Uninitialized);
-    for (qint64 position = 0;;) {
+    for (qint64 position = 0; position <= size;) {
         if (cancel.isCancelled())
             throw Error(Error::Cancelled, "interrupted");
         const qint64 count = file->read(position, block.data(), block.size(), error);
@@ -34,6 +35,8 @@ bool readBlocks(DeviceFileSystem &files, const QByteArray &path, FileError *erro
             return true;
         position += count;
     }
+    *error = {FileError::Failed, QStringLiteral("changed while it was read")};
+    return false;
 }
 
 // As many bytes as `file` has, up to `count`; fewer when it ends or fails.

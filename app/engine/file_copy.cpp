@@ -102,12 +102,25 @@ bool FileCopier::readInto(FileCopy *copy, const ExportSource &source) const
     FileError error;
     if (!deviceFileInfo(m_files, source.source, &before, &error))
         failToRead(error);
-    const std::unique_ptr<DeviceFile> file = openDeviceFile(m_files, source.source, &error);
+    readContent(copy, source.source, before.size);
+    copy->modified = before.modified;
+    if (deviceFileInfo(m_files, source.source, &after, &error))
+        return copy->size == before.size && after.isSameAs(before);
+    if (!error.isMissing())
+        failToRead(error);
+    return false;
+}
+
+// Some files never end. One that has more than `size` bytes is not read to its end.
+void FileCopier::readContent(FileCopy *copy, const QByteArray &path, qint64 size) const
+{
+    FileError error;
+    const std::unique_ptr<DeviceFile> file = openDeviceFile(m_files, path, &error);
     if (!file)
         failToRead(error);
     Sha256 hash;
     QByteArray block(blockSize, Qt::Uninitialized);
-    for (;;) {
+    while (copy->size <= size) {
         requireGoingOn();
         const qint64 count = file->read(copy->size, block.data(), block.size(), &error);
         if (count < 0)
@@ -120,12 +133,6 @@ bool FileCopier::readInto(FileCopy *copy, const ExportSource &source) const
         *m_doneBytes += count;
     }
     copy->sha256 = hash.takeHex();
-    copy->modified = before.modified;
-    if (deviceFileInfo(m_files, source.source, &after, &error))
-        return copy->size == before.size && after.isSameAs(before);
-    if (!error.isMissing())
-        failToRead(error);
-    return false;
 }
 
 void FileCopier::requireGoingOn() const

@@ -43,6 +43,7 @@ private:
     FileCopy copyFile(const ExportSource &source, std::optional<qint64> modified) const;
     FileCopy madeFile(const ExportSource &source, std::optional<qint64> modified) const;
     bool readInto(FileCopy *copy, const ExportSource &source) const;
+    void readContent(FileCopy *copy, const QByteArray &path, qint64 size) const;
     void requireGoingOn() const;
 
     DeviceFileSystem &m_files;

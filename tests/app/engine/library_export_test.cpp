@@ -115,6 +115,17 @@ protected:
         return "done";
     }
 
+    /// Has a file of the device be longer before each of the first 64 times that anything is read.
+    void growWhileRead(const QByteArray &name)
+    {
+        constexpr int times = 64;
+        m_files->startCounting();
+        m_files->beforeRead = [this, path = folder + name] {
+            if (m_files->count(WatchedFiles::Read) < times)
+                m_scratch.lengthen(path, 1 << 20);
+        };
+    }
+
     /// The exported files, without what the program keeps for itself.
     QList<QByteArray> copied() const
     {
@@ -503,6 +514,18 @@ TEST_F(LibraryExports, WriteNothingToTellWhatTheyWouldDo)
     EXPECT_EQ("a.jpg", plan.files[0].path);
     EXPECT_EQ(3, plan.bytes);
     EXPECT_EQ(PlannedFile::Missing, plan.files[1].action);
+}
+
+TEST_F(LibraryExports, DoNotReadAFileToItsEndThatHasNone)
+{
+    addPhoto("a.jpg", "one");
+    open();
+    growWhileRead("a.jpg");
+    EXPECT_EQ("Copied 0 files (0 bytes), 0 unchanged, 1 failed", run());
+    EXPECT_EQ(QStringList{"DCIM/100APPLE/a.jpg: changed while it was read, twice"},
+              m_heard.failures);
+    EXPECT_GE(10, m_files->count(WatchedFiles::Read));
+    EXPECT_TRUE(copied().isEmpty());
 }
 
 TEST_F(LibraryExports, LeaveNoHalfFileWhenTheyAreCancelledWithinOne)

@@ -81,6 +81,11 @@ qint64 ScratchFolder::writeEndless(const QByteArray &relative) const
     return size;
 }
 
+void ScratchFolder::lengthen(const QByteArray &relative, qint64 count) const
+{
+    ASSERT_EQ(0, ::truncate(path(relative).constData(), size(relative) + count));
+}
+
 void ScratchFolder::makeLink(const QByteArray &relative, const QByteArray &target) const
 {
     ASSERT_EQ(0, ::symlink(target.constData(), path(relative).constData()));

@@ -34,6 +34,9 @@ public:
     /// what is free. Returns its size.
     qint64 writeEndless(const QByteArray &relative) const;
 
+    /// Adds `count` bytes, all zero, to the end of a file.
+    void lengthen(const QByteArray &relative, qint64 count) const;
+
     void makeLink(const QByteArray &relative, const QByteArray &target) const;
     void makePipe(const QByteArray &relative) const;
 
