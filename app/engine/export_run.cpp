@@ -1,6 +1,7 @@
 #include "engine/export_run.h"
 
 #include "base/error.h"
+#include "base/printable.h"
 #include "engine/classic_photos.h"
 #include "engine/library_session.h"
 
@@ -35,6 +36,12 @@ std::optional<qint64> nanoseconds(LibraryDate date)
 std::string causeOf(const std::system_error &error)
 {
     return error.code().message();
+}
+
+QString causeAt(const QByteArray &path, const std::system_error &error)
+{
+    return QString::fromUtf8(printable(path)) + QStringLiteral(": ") +
+           QString::fromStdString(causeOf(error));
 }
 
 ReportedFile reportedFile(const PlannedFile &file, ReportedFile::Status status)
@@ -212,9 +219,9 @@ bool ExportRun::giveName(Written &written)
         else if (!written.copy.file->giveName(folder, name))
             return settleAsFailed(written.index, QString::fromLatin1(takenName)), false;
     } catch (const std::system_error &error) {
-        if (!concernsOneFile(error.code().value()))
+        if (endsExport(error.code().value()))
             throw;
-        settleAsFailed(written.index, QString::fromStdString(causeOf(error)));
+        settleAsFailed(written.index, causeAt(file.path, error));
         return false;
     }
     written.copy.file.reset(); // so many files need not be open

@@ -21,6 +21,21 @@ struct FileFailure {
     QString cause;
 };
 
+// Nor can any other file be made.
+class NoNewFile : public std::system_error
+{
+    using std::system_error::system_error;
+};
+
+std::unique_ptr<AtomicFile> newFile(int folder)
+{
+    try {
+        return std::make_unique<AtomicFile>(folder);
+    } catch (const std::system_error &error) {
+        throw NoNewFile(error.code());
+    }
+}
+
 // Throws what a failure on the device means for the export.
 [[noreturn]] void failToRead(const FileError &error)
 {
@@ -31,9 +46,9 @@ struct FileFailure {
 
 } // namespace
 
-bool concernsOneFile(int code)
+bool endsExport(int code)
 {
-    constexpr int codes[] = {EFBIG, ENAMETOOLONG, EINVAL, EILSEQ, ENOTDIR, EISDIR, ELOOP, EXDEV};
+    constexpr int codes[] = {ENOSPC, EDQUOT, EROFS, EIO, EMFILE, ENFILE, ENOMEM};
     return std::find(std::begin(codes), std::end(codes), code) != std::end(codes);
 }
 
@@ -50,8 +65,10 @@ FileCopy FileCopier::copy(const ExportSource &source, std::optional<qint64> modi
         return source.make ? madeFile(source, modified) : copyFile(source, modified);
     } catch (const FileFailure &failure) {
         failed.failure = failure.cause;
+    } catch (const NoNewFile &) {
+        throw;
     } catch (const std::system_error &error) {
-        if (!concernsOneFile(error.code().value()))
+        if (endsExport(error.code().value()))
             throw;
         failed.failure = QString::fromStdString(error.code().message());
     }
@@ -63,7 +80,7 @@ FileCopy FileCopier::copyFile(const ExportSource &source, std::optional<qint64> 
     constexpr int attempts = 2;
     for (int i = 0; i < attempts; ++i) {
         FileCopy copy;
-        copy.file = std::make_unique<AtomicFile>(m_parts);
+        copy.file = newFile(m_parts);
         if (!readInto(&copy, source)) {
             *m_doneBytes -= copy.size;
             continue;
@@ -81,7 +98,7 @@ FileCopy FileCopier::madeFile(const ExportSource &source, std::optional<qint64> 
     if (made.failure.kind != FileError::None)
         failToRead(made.failure);
     FileCopy copy;
-    copy.file = std::make_unique<AtomicFile>(m_parts);
+    copy.file = newFile(m_parts);
     copy.file->write(made.bytes.constData(), made.bytes.size());
     copy.size = made.bytes.size();
     copy.sha256 = sha256Hex(made.bytes);

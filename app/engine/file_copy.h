@@ -53,8 +53,8 @@ private:
     std::atomic<bool> m_isEnding{false};
 };
 
-/// Whether a disk refuses one file only, for its size or its name, with the error `code` of a
-/// system call.
-bool concernsOneFile(int code);
+/// Whether a disk that fails with the error `code` of a system call takes no other file either:
+/// it is full, or broken, say.
+bool endsExport(int code);
 
 #endif // PHOTOLIB_ENGINE_FILE_COPY_H

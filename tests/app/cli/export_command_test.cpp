@@ -274,6 +274,25 @@ TEST_F(ExportProgramOnBadInput, StopsWhereItMayNotWrite)
     EXPECT_EQ(QList<QByteArray>(), m_scratch.everythingIn("out"));
 }
 
+TEST_F(ExportProgramOnBadInput, GoesOnWhereItMayNotWriteToOneFolder)
+{
+    if (!canRespectPermissions())
+        GTEST_SKIP() << "the superuser can write everywhere here";
+    m_setup.respectsPermissions = true;
+    for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
+        addPhoto(name, name);
+    writeDevice();
+    for (const char *folder : {"out/a", "out/b"})
+        m_scratch.makeFolder(folder);
+    ASSERT_EQ(0, ::chmod(m_scratch.path("out/a").constData(), 0555));
+    const ProgramResult result = runExport({"--name", "{stem}/{stem}/{name}"});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("photolib: DCIM/100APPLE/a.jpg: a/a/a.jpg: Permission denied\n", result.errors);
+    EXPECT_TRUE(result.output.startsWith("Copied 2 files (10 bytes), 0 unchanged, 1 failed"));
+    EXPECT_EQ("b.jpg", m_scratch.read("out/b/b/b.jpg"));
+    EXPECT_EQ("c.jpg", m_scratch.read("out/c/c/c.jpg"));
+}
+
 // A small disk that only the program sees.
 class ExportToASmallDisk : public ExportProgramTest
 {
