@@ -44,7 +44,30 @@ UniqueFd openFolderAt(int parent, const QByteArray &name, bool isMade)
     return UniqueFd(::openat(parent, name.constData(), folderFlags));
 }
 
+ExportFolder::Entry entryOf(ExportFolder::Kind kind)
+{
+    ExportFolder::Entry entry;
+    entry.kind = kind;
+    return entry;
+}
+
+qint64 nanoseconds(const timespec &time)
+{
+    constexpr qint64 second = 1000000000;
+    qint64 whole = 0; // times that no clock shows overflow
+    if (__builtin_mul_overflow(time.tv_sec, second, &whole) ||
+        __builtin_add_overflow(whole, time.tv_nsec, &whole))
+        return std::numeric_limits<qint64>::max();
+    return whole;
+}
+
 } // namespace
+
+bool ExportFolder::Entry::isSameAs(const Entry &other) const
+{
+    return kind == other.kind && size == other.size && disk == other.disk &&
+           number == other.number && modified == other.modified && changed == other.changed;
+}
 
 ExportFolder::ExportFolder(const QByteArray &path) : m_path(path), m_fd(openFolder(path)) {}
 
@@ -73,14 +96,19 @@ ExportFolder::Entry ExportFolder::entry(const QByteArray &path)
     if (!m_fd.isOpen())
         return {};
     if (!enter(folderOf(path), false))
-        return {errno == ENOENT ? Kind::Nothing : Kind::Blocked, 0};
+        return entryOf(errno == ENOENT ? Kind::Nothing : Kind::Blocked);
     struct stat status = {};
     const int folder = m_entered.isOpen() ? m_entered.get() : fd();
     if (::fstatat(folder, nameOf(path).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
-        return {errno == ENOENT ? Kind::Nothing : Kind::Blocked, 0};
+        return entryOf(errno == ENOENT ? Kind::Nothing : Kind::Blocked);
     if (!S_ISREG(status.st_mode))
-        return {Kind::Other, 0};
-    return {Kind::File, status.st_size};
+        return entryOf(Kind::Other);
+    return {Kind::File,
+            status.st_size,
+            status.st_dev,
+            status.st_ino,
+            nanoseconds(status.st_mtim),
+            nanoseconds(status.st_ctim)};
 }
 
 UniqueFd ExportFolder::open(const QByteArray &path)

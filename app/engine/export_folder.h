@@ -6,6 +6,8 @@
 #include <QByteArray>
 #include <QtGlobal>
 
+#include <sys/types.h>
+
 class CancelToken;
 
 /// The folder that photos are exported to. Paths are below it, with "/" between names; no link in
@@ -37,6 +39,15 @@ public:
     struct Entry {
         Kind kind = Kind::Nothing;
         qint64 size = 0; ///< bytes of a file
+
+        // What tells a file from one that was written to or put in its place since:
+        dev_t disk = 0;
+        ino_t number = 0;    ///< on the disk
+        qint64 modified = 0; ///< nanoseconds since 1970-01-01 UTC
+        qint64 changed = 0;  ///< likewise, and nobody can set it
+
+        /// Whether all is as it was when `other` was asked for.
+        bool isSameAs(const Entry &other) const;
     };
 
     Entry entry(const QByteArray &path);

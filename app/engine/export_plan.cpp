@@ -268,7 +268,8 @@ private:
     // was then.
     void planAgain(PlannedFile &file, const RecordedFile &known, Photo &photo, std::size_t i)
     {
-        const bool isGone = m_folder.entry(known.path).kind == ExportFolder::Kind::Nothing;
+        file.replaced = m_folder.entry(known.path);
+        const bool isGone = file.replaced.kind == ExportFolder::Kind::Nothing;
         file.path = known.path;
         if (m_request.onlyNew && isUnchanged(known, file.source)) {
             file.action = PlannedFile::Skip;
@@ -471,10 +472,10 @@ private:
     {
         const RecordedFile *const known = recorded(photo, file.source);
         const bool isPlaceRecorded = known && known->path == file.path;
-        const ExportFolder::Kind kind = m_folder.entry(file.path).kind;
-        if (kind == ExportFolder::Kind::Blocked)
+        file.replaced = m_folder.entry(file.path);
+        if (file.replaced.kind == ExportFolder::Kind::Blocked)
             return refuse(file, blockedPath);
-        if (kind == ExportFolder::Kind::Nothing) {
+        if (file.replaced.kind == ExportFolder::Kind::Nothing) {
             if (isPlaceRecorded && m_request.onlyNew && known->sha256 == hash)
                 file.action = PlannedFile::Skip;
             return;

@@ -29,11 +29,12 @@ struct PlannedFile {
     const Asset *asset = nullptr;
     ExportSource source;
     Action action = Copy;
-    QByteArray path;       ///< below the folder; null where there is none
-    bool replaces = false; ///< the file that has the path
-    qint64 size = 0;       ///< bytes: of a file to copy as foretold
-    QByteArray sha256;     ///< of a file that is kept
-    QString cause;         ///< why it is missing or fails; empty when there is nothing to say
+    QByteArray path;              ///< below the folder; null where there is none
+    bool replaces = false;        ///< the file that has the path
+    ExportFolder::Entry replaced; ///< that file as it was found
+    qint64 size = 0;              ///< bytes: of a file to copy as foretold
+    QByteArray sha256;            ///< of a file that is kept
+    QString cause; ///< why it is missing or fails; empty when there is nothing to say
 };
 
 /// All that an export is going to do, before it has done any of it.

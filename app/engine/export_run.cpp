@@ -21,6 +21,7 @@ constexpr std::size_t batchFiles = 64;
 constexpr qint64 batchBytes = 256 << 20;
 constexpr qint64 secondsTo2001 = 978307200; // from 1970
 constexpr char takenName[] = "a file of another program has its name";
+constexpr char changedCopy[] = "changed by somebody meanwhile: kept";
 constexpr char wrongContent[] = "what was written is not what was read; removed";
 
 // Nothing for a date that no disk holds.
@@ -213,6 +214,8 @@ bool ExportRun::giveName(Written &written)
     const PlannedFile &file = m_plan.files[written.index];
     const QByteArray name = file.path.mid(file.path.lastIndexOf('/') + 1);
     try {
+        if (file.replaces && !m_folder.entry(file.path).isSameAs(file.replaced))
+            return settleAsFailed(written.index, QString::fromLatin1(changedCopy)), false;
         const int folder = m_folder.folderFor(file.path);
         if (file.replaces)
             written.copy.file->replace(folder, name);

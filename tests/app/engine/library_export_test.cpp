@@ -335,6 +335,33 @@ TEST_F(LibraryExports, ReplaceNothingThatSomebodyHasChanged)
     EXPECT_EQ("changed", m_scratch.read("out/a (2).jpg"));
 }
 
+// It takes long to copy what comes before.
+TEST_F(LibraryExports, ReplaceNothingThatSomebodyChangesMeanwhile)
+{
+    addPhoto("a.jpg", "one");
+    addPhoto("b.jpg", "two");
+    m_request.sidecars = {SidecarFormat::Json};
+    open();
+    run();
+    for (const char *name : {"a.jpg", "b.jpg"})
+        m_scratch.write(folder + QByteArray(name), "changed");
+    m_database.rows.assets[0].width = 40;
+    open();
+    m_request.update = UpdateChoice::Replace;
+    m_files->beforeRead = [this] {
+        m_scratch.write("out/a.jpg", "own");
+        m_scratch.write("out/a.jpg.json", "own");
+    };
+    EXPECT_EQ("Copied 1 file (7 bytes), 1 unchanged, 2 failed", run());
+    m_heard.failures.sort();
+    EXPECT_EQ((QStringList{"DCIM/100APPLE/a.jpg: changed by somebody meanwhile: kept",
+                           "a.jpg.json: changed by somebody meanwhile: kept"}),
+              m_heard.failures);
+    EXPECT_EQ("own", m_scratch.read("out/a.jpg"));
+    EXPECT_EQ("own", m_scratch.read("out/a.jpg.json"));
+    EXPECT_EQ("changed", m_scratch.read("out/b.jpg"));
+}
+
 TEST_F(LibraryExports, CopyAgainWhatIsGoneUnlessOnlyNewFilesAreWanted)
 {
     addPhoto("a.jpg", "one");
