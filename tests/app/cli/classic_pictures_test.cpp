@@ -7,6 +7,8 @@
 #include <QImage>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 namespace {
