@@ -176,6 +176,14 @@ bool EnsuredFolder::create(const QByteArray &path, mode_t mode, const Check &che
     return false;
 }
 
+void EnsuredFolder::store() const
+{
+    for (const QByteArray &path : m_created) {
+        const UniqueFd parent(::open(parentFolder(path).constData(), folderFlags));
+        ::fsync(parent.get()); // nothing else can be done where it cannot be opened or stored
+    }
+}
+
 void EnsuredFolder::removeCreated()
 {
     while (!m_created.isEmpty())

@@ -30,6 +30,10 @@ public:
 
     void keep() { m_created.clear(); }
 
+    /// Has the disk store, as far as it does such things, that the folders are there which the
+    /// object had to create.
+    void store() const;
+
 private:
     void createAll(const QByteArray &path, mode_t mode, const Check &check);
     bool createEach(const QByteArray &path, mode_t mode, const Check &check);

@@ -34,12 +34,19 @@ QByteArray nameOf(const QByteArray &path)
     return path.mid(path.lastIndexOf('/') + 1);
 }
 
+bool storeFolder(int folder)
+{
+    return ::fsync(folder) == 0 || errno == EINVAL; // of a disk that cannot be told to
+}
+
+// A new folder must outlast a loss of power like the files that it is for.
 UniqueFd openFolderAt(int parent, const QByteArray &name, bool isMade)
 {
     UniqueFd folder(::openat(parent, name.constData(), folderFlags));
     if (folder.isOpen() || errno != ENOENT || !isMade)
         return folder;
-    if (::mkdirat(parent, name.constData(), usualMode) != 0 && errno != EEXIST)
+    const bool isNew = ::mkdirat(parent, name.constData(), usualMode) == 0;
+    if (isNew ? !storeFolder(parent) : errno != EEXIST)
         return UniqueFd();
     return UniqueFd(::openat(parent, name.constData(), folderFlags));
 }
@@ -133,7 +140,7 @@ int ExportFolder::folderFor(const QByteArray &path)
 
 void ExportFolder::storeNames(const QByteArray &path)
 {
-    if (::fsync(folderFor(path)) != 0 && errno != EINVAL)
+    if (!storeFolder(folderFor(path)))
         fail(errno);
 }
 

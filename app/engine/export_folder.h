@@ -55,11 +55,12 @@ public:
     /// Opens the file `path` for reading; not open when it is none.
     UniqueFd open(const QByteArray &path);
 
-    /// A descriptor of the folder that `path` is in, with the folders made that are missing. Valid
-    /// until the next call of any operation.
+    /// A descriptor of the folder that `path` is in, with the folders made, and stored on the disk,
+    /// that are missing. Valid until the next call of any operation.
     int folderFor(const QByteArray &path);
 
-    /// Has the disk store that the folder of `path` has the names that it has.
+    /// Has the disk store that the folder of `path` has the names that it has: for an empty path
+    /// the folder itself.
     void storeNames(const QByteArray &path);
 
     /// Removes the file `path`, if it is there.

@@ -258,8 +258,8 @@ public:
     Database(const QByteArray &path, const QByteArray &name) : RecordDatabase(path, name)
     {
         const State state = stateOf(*this);
-        // A power cut may cost the last files their place in the record, but nothing else.
-        run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; "
+        // Whoever was told that files were copied may pull the plug.
+        run("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; "
             "PRAGMA cache_size = -32768; PRAGMA wal_autocheckpoint = 8192");
         if (state == State::Empty)
             makeTables(*this);

@@ -44,7 +44,7 @@ struct ExportContents {
 };
 
 /// What was exported to a folder: the SQLite database "export.sqlite" in its ".photolib", with a
-/// write-ahead log. What a crash leaves is a record of all that was stored before it.
+/// write-ahead log. What an operation has written outlasts a crash and a loss of power.
 ///
 /// For one thread at a time. Each operation throws Error when the database cannot be read or
 /// written, is damaged, or was made by a newer version of the program; it is left as it was then.

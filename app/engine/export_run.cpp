@@ -81,6 +81,7 @@ void ExportRun::run()
     m_counts.failed = static_cast<int>(m_plan.unlisted.size()); // the observer has heard of them
     m_record.add(m_plan.found);
     try {
+        m_folder.storeNames(QByteArray()); // that of the record's folder, which may be new
         copyAll();
     } catch (const Error &error) {
         finishAfterFailure(error.kind() == Error::Cancelled);

@@ -104,6 +104,7 @@ public:
         tellCutNames(plan, m_observer);
         if (!record)
             record.emplace(state);
+        m_ensured->store();
         m_ensured->keep();
         copy(plan, folder, *record, state, result);
         if (!m_request.albums)

@@ -4,6 +4,7 @@
 #include "support/device_folder.h"
 #include "support/disk_faults.h"
 #include "support/export_records.h"
+#include "support/watched_stores.h"
 
 #include <gtest/gtest.h>
 
@@ -111,6 +112,14 @@ TEST_F(ExportRecordFile, KeepsAllValuesOfAFile)
     OpenRecord open(m_scratch.root());
     ASSERT_EQ(1U, open.record.contents().files.size());
     EXPECT_EQ(valuesOf(file), valuesOf(open.record.contents().files[0]));
+}
+
+TEST_F(ExportRecordFile, IsStoredWithEachAddition)
+{
+    OpenRecord open(m_scratch.root());
+    const WatchedStores stores;
+    open.record.add({recordedFile("a.JPG", "picture")});
+    EXPECT_TRUE(stores.has(name() + "-wal"));
 }
 
 TEST_F(ExportRecordFile, KeepsNamesInAnyBytesAndEmptyTexts)

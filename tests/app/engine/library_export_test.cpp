@@ -8,6 +8,7 @@
 #include "support/device_folder.h"
 #include "support/environment.h"
 #include "support/watched_files.h"
+#include "support/watched_stores.h"
 
 #include <gtest/gtest.h>
 
@@ -541,6 +542,31 @@ TEST_F(LibraryExports, WriteNothingToTellWhatTheyWouldDo)
     EXPECT_EQ("a.jpg", plan.files[0].path);
     EXPECT_EQ(3, plan.bytes);
     EXPECT_EQ(PlannedFile::Missing, plan.files[1].action);
+}
+
+TEST_F(LibraryExports, HaveTheFoldersStoredThatTheyMake)
+{
+    addPhoto("a.jpg", "one");
+    m_request.folder = m_scratch.path("new/out");
+    m_request.nameTemplate = "2020/{stem}/{name}";
+    open();
+    const WatchedStores stores;
+    EXPECT_EQ("Copied 1 file (3 bytes), 0 unchanged", run());
+    EXPECT_TRUE(stores.has(m_scratch.root()));
+    for (const char *folder : {"new", "new/out", "new/out/2020", "new/out/2020/a"})
+        EXPECT_TRUE(stores.has(m_scratch.path(folder))) << folder;
+}
+
+// Whose folder is new, too.
+TEST_F(LibraryExports, HaveThePlaceOfTheRecordStored)
+{
+    addPhoto("a.jpg", "one");
+    m_scratch.makeFolder("out/a");
+    m_request.nameTemplate = "{stem}/{name}";
+    open();
+    const WatchedStores stores;
+    EXPECT_EQ("Copied 1 file (3 bytes), 0 unchanged", run());
+    EXPECT_TRUE(stores.has(m_scratch.path("out")));
 }
 
 TEST_F(LibraryExports, DoNotReadAFileToItsEndThatHasNone)
