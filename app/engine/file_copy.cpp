@@ -36,6 +36,17 @@ std::unique_ptr<AtomicFile> newFile(int folder)
     }
 }
 
+// The content is worth more than a time that the disk cannot keep.
+void setTime(AtomicFile &file, qint64 nanoseconds)
+{
+    try {
+        file.setModified(nanoseconds);
+    } catch (const std::system_error &error) {
+        if (endsExport(error.code().value()))
+            throw;
+    }
+}
+
 // Throws what a failure on the device means for the export.
 [[noreturn]] void failToRead(const FileError &error)
 {
@@ -85,7 +96,7 @@ FileCopy FileCopier::copyFile(const ExportSource &source, std::optional<qint64> 
             *m_doneBytes -= copy.size;
             continue;
         }
-        copy.file->setModified(modified.value_or(copy.modified));
+        setTime(*copy.file, modified.value_or(copy.modified));
         copy.file->startStoring();
         return copy;
     }
@@ -105,7 +116,7 @@ FileCopy FileCopier::madeFile(const ExportSource &source, std::optional<qint64> 
     copy.modified = source.info.modified;
     *m_doneBytes += copy.size;
     if (modified)
-        copy.file->setModified(*modified);
+        setTime(*copy.file, *modified);
     copy.file->startStoring();
     return copy;
 }

@@ -30,10 +30,10 @@ public:
                std::atomic<qint64> *doneBytes);
 
     /// Copies `source`, or writes what it makes, which is the session's thread's to do, and gives
-    /// the copy the time `modified`, or else that of the source. A file that changes while it is
-    /// read is read once more. What fails of this file alone is in the result. Throws Error when
-    /// the device is gone, and of the kind Cancelled soon after `cancel` or `end` was called; and
-    /// std::system_error when the disk takes no file.
+    /// the copy the time `modified`, or else that of the source, if the disk keeps such times. A
+    /// file that changes while it is read is read once more. What fails of this file alone is in
+    /// the result. Throws Error when the device is gone, and of the kind Cancelled soon after
+    /// `cancel` or `end` was called; and std::system_error when the disk takes no file.
     FileCopy copy(const ExportSource &source, std::optional<qint64> modified) const;
 
     /// Has all copies end soon.

@@ -6,6 +6,7 @@
 #include "base/sha256.h"
 #include "engine/library_session.h"
 #include "support/device_folder.h"
+#include "support/disk_faults.h"
 #include "support/environment.h"
 #include "support/watched_files.h"
 #include "support/watched_stores.h"
@@ -567,6 +568,17 @@ TEST_F(LibraryExports, HaveThePlaceOfTheRecordStored)
     const WatchedStores stores;
     EXPECT_EQ("Copied 1 file (3 bytes), 0 unchanged", run());
     EXPECT_TRUE(stores.has(m_scratch.path("out")));
+}
+
+TEST_F(LibraryExports, CopyFilesToADiskThatTakesNoTimes)
+{
+    addPhoto("a.jpg", "one");
+    m_request.sidecars = {SidecarFormat::Json};
+    open();
+    const LackOfTimes lack;
+    EXPECT_TRUE(QByteArray::fromStdString(run()).startsWith("Copied 2 files"));
+    EXPECT_EQ("one", m_scratch.read("out/a.jpg"));
+    EXPECT_EQ(QStringList(), m_heard.failures);
 }
 
 TEST_F(LibraryExports, DoNotReadAFileToItsEndThatHasNone)

@@ -8,6 +8,7 @@
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -15,6 +16,7 @@ namespace {
 
 std::atomic<bool> lacksLinks{false};
 std::atomic<bool> lacksRenames{false};
+std::atomic<bool> lacksTimes{false};
 
 int failWith(int code)
 {
@@ -49,6 +51,13 @@ IN_PLACE_OF_THE_SYSTEM int linkat(int fromFolder, const char *from, int toFolder
     if (lacksLinks)
         return failWith(EPERM);
     return static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
+}
+
+IN_PLACE_OF_THE_SYSTEM int futimens(int file, const timespec times[2]) noexcept
+{
+    if (lacksTimes)
+        return failWith(EPERM);
+    return static_cast<int>(::syscall(SYS_utimensat, file, nullptr, times, 0));
 }
 
 IN_PLACE_OF_THE_SYSTEM int symlinkat(const char *target, int folder, const char *name) noexcept
@@ -136,4 +145,14 @@ LackOfRenames::LackOfRenames()
 LackOfRenames::~LackOfRenames()
 {
     lacksRenames = false;
+}
+
+LackOfTimes::LackOfTimes()
+{
+    lacksTimes = true;
+}
+
+LackOfTimes::~LackOfTimes()
+{
+    lacksTimes = false;
 }

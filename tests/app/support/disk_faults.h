@@ -1,6 +1,17 @@
 #ifndef PHOTOLIB_TESTS_APP_DISK_FAULTS_H
 #define PHOTOLIB_TESTS_APP_DISK_FAULTS_H
 
+/// While one lives, no disk lets the times of its files be set.
+class LackOfTimes
+{
+public:
+    LackOfTimes();
+    ~LackOfTimes();
+
+    LackOfTimes(const LackOfTimes &) = delete;
+    LackOfTimes &operator=(const LackOfTimes &) = delete;
+};
+
 /// While one lives, every disk lacks what memory cards and some network disks lack: names cannot be
 /// given by a rename that replaces nothing, nor by a link, and no link can be made that says a
 /// path.
