@@ -232,25 +232,45 @@ bool ExportRun::giveName(Written &written)
     return true;
 }
 
+// When it is cancelled, those that are read back by then are recorded before that is thrown.
 void ExportRun::storeNames(const std::vector<const Written *> &named)
 {
+    std::exception_ptr cancelled;
+    std::vector<const Written *> sound;
+    try {
+        storeEach(named, &sound);
+    } catch (const Error &) {
+        cancelled = std::current_exception();
+    }
+    record(sound);
+    if (cancelled)
+        std::rethrow_exception(cancelled);
+}
+
+void ExportRun::storeEach(const std::vector<const Written *> &named,
+                          std::vector<const Written *> *sound)
+{
     std::set<QByteArray> folders;
-    std::vector<RecordedFile> records;
-    records.reserve(named.size());
     for (const Written *written : named) {
         const QByteArray &path = m_plan.files[written->index].path;
         if (folders.insert(path.left(path.lastIndexOf('/') + 1)).second)
             m_folder.storeNames(path);
         if (!m_options.verifies || isVerified(*written))
-            records.push_back(recordOf(*written));
+            sound->push_back(written);
         else
             settleAsFailed(written->index, QString::fromLatin1(wrongContent));
     }
+}
+
+void ExportRun::record(const std::vector<const Written *> &sound)
+{
+    std::vector<RecordedFile> records;
+    records.reserve(sound.size());
+    for (const Written *written : sound)
+        records.push_back(recordOf(*written));
     m_record.add(records);
-    for (const Written *written : named) {
-        if (!m_reported[written->index])
-            settleAsCopied(*written);
-    }
+    for (const Written *written : sound)
+        settleAsCopied(*written);
 }
 
 // Reads the file from the disk, and removes one that is not what it should be.

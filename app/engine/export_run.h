@@ -32,8 +32,9 @@ public:
               const CancelToken &cancel);
 
     /// Does all that is planned. Throws Error when the device is gone and when the disk cannot be
-    /// written, after the files that are whole by then got their names; and of the kind Cancelled
-    /// soon after the token is, with the files of the batch dropped.
+    /// written, after the files that are whole by then got their names and were recorded; and of
+    /// the kind Cancelled soon after the token is, likewise, but what is not stored on the disk
+    /// soon is dropped, and what has its name and is not read back yet is not recorded.
     void run();
 
     /// Of all that was dealt with, also when `run` has thrown.
@@ -53,6 +54,8 @@ private:
     void nameAll(std::vector<Written> &batch);
     bool giveName(Written &written);
     void storeNames(const std::vector<const Written *> &named);
+    void storeEach(const std::vector<const Written *> &named, std::vector<const Written *> *sound);
+    void record(const std::vector<const Written *> &sound);
     bool isVerified(const Written &written);
     RecordedFile recordOf(const Written &written) const;
     void settle(std::size_t index);

@@ -593,6 +593,25 @@ TEST_F(LibraryExports, DoNotReadAFileToItsEndThatHasNone)
     EXPECT_TRUE(copied().isEmpty());
 }
 
+TEST_F(LibraryExports, RecordWhatTheyHaveReadBackWhenTheyAreCancelled)
+{
+    for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
+        addPhoto(name, "one");
+    m_request.nameTemplate = "{stem}/{name}";
+    m_request.verify = true;
+    open();
+    CancelToken cancel;
+    const WatchedStores stores([&](const QByteArray &path) {
+        if (path == m_scratch.path("out/b")) // after "a" was read back
+            cancel.cancel();
+    });
+    EXPECT_EQ("interrupted; copied 1 file (3 bytes), 0 unchanged", cancelled(cancel));
+    const ExportContents record = readExportRecord(m_request.folder);
+    ASSERT_EQ(1U, record.files.size());
+    EXPECT_EQ("a/a.jpg", record.files[0].path);
+    EXPECT_EQ("Copied 0 files (0 bytes), 3 unchanged", run());
+}
+
 TEST_F(LibraryExports, LeaveNoHalfFileWhenTheyAreCancelledWithinOne)
 {
     addPhoto("a.jpg", QByteArray(1 << 20, 'x'));
