@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <set>
 
 namespace {
@@ -47,6 +48,11 @@ std::vector<PlannedAlbumFile> filesOf(const Album &album, const ExportedFiles &e
 QByteArray targetName(const PlannedAlbumFile &file)
 {
     return file.target.mid(file.target.lastIndexOf('/') + 1);
+}
+
+bool isTooLongInAlbum(const PlannedAlbumFile &file)
+{
+    return file.number.size() + 1 + targetName(file).size() > longestOnDisks;
 }
 
 // Gives each album a path of its own.
@@ -112,7 +118,12 @@ QByteArray albumFileName(const PlannedAlbumFile &file, int number)
     return cutName(file.number + ' ' + stem, longestOnDisks - end.size()) + end;
 }
 
-bool isCutInAlbum(const PlannedAlbumFile &file)
+int cutNames(const std::vector<PlannedAlbum> &albums)
 {
-    return file.number.size() + 1 + targetName(file).size() > longestOnDisks;
+    int count = 0;
+    for (const PlannedAlbum &album : albums) {
+        count += album.wasCut ? 1 : 0;
+        count += int(std::count_if(album.files.begin(), album.files.end(), isTooLongInAlbum));
+    }
+    return count;
 }

@@ -33,7 +33,7 @@ std::vector<PlannedAlbum> plannedAlbums(const Catalog &catalog, const ExportedFi
 /// that name; cut to what a disk takes, with the extension kept.
 QByteArray albumFileName(const PlannedAlbumFile &file, int number);
 
-/// Whether that name is too long for a disk.
-bool isCutInAlbum(const PlannedAlbumFile &file);
+/// How many of `albums` and of the files in them have a name that is too long for a disk.
+int cutNames(const std::vector<PlannedAlbum> &albums);
 
 #endif // PHOTOLIB_ENGINE_ALBUM_FILE_PLAN_H

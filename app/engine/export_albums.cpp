@@ -69,6 +69,7 @@ private:
 
     void runToTheEnd()
     {
+        m_result.cut = cutNames(m_albums);
         claimFolders();
         for (const PlannedAlbum &album : m_albums)
             findFilesOf(album);
@@ -82,7 +83,6 @@ private:
     void claimFolders()
     {
         for (const PlannedAlbum &album : m_albums) {
-            m_result.cut += album.wasCut ? 1 : 0;
             for (QByteArray path = album.path; !path.isEmpty(); path = folderOf(path))
                 m_claimed.insert(comparedName(path));
         }
@@ -99,7 +99,6 @@ private:
         m_disk.removeScraps(album.path);
         for (const PlannedAlbumFile &file : album.files) {
             requireGoingOn();
-            m_result.cut += isCutInAlbum(file) ? 1 : 0;
             MissingFile missing = {&album, &file, 1};
             doOrFail(wanted(missing).path, [&] { find(missing); });
         }

@@ -8,12 +8,11 @@
 #include "engine/export_albums.h"
 #include "engine/export_run.h"
 #include "engine/export_state.h"
+#include "engine/exported_files.h"
 #include "engine/library_session.h"
 #include "engine/photo_filter.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <map>
 #include <optional>
 #include <system_error>
 #include <unistd.h>
@@ -37,29 +36,14 @@ void tellCutNames(const ExportPlan &plan, ExportObserver &observer)
         observer.noted(name + QStringLiteral(": its name is too long for the disk, and was cut"));
 }
 
-// What the folders of albums may hold of each photo: all that the folder has, also from earlier
-// exports.
-ExportedFiles exportedFiles(const Catalog &catalog, const ExportContents &contents,
-                            ExportFolder &folder)
+void tellCutInAlbums(qint64 count, ExportObserver &observer)
 {
-    std::map<QByteArray, qint64> ids;
-    for (const Asset &asset : catalog.assets)
-        ids.emplace(recordKey(asset), asset.id);
-    std::map<qint64, std::vector<std::pair<ExportRole, QByteArray>>> files;
-    for (const RecordedFile &file : contents.files) {
-        const auto id = ids.find(file.photo);
-        const bool isShown = file.role != ExportRole::Recipe && file.role != ExportRole::Sidecar;
-        if (file.isCurrent && isShown && id != ids.end() &&
-            folder.entry(file.path).kind == ExportFolder::Kind::File)
-            files[id->second].emplace_back(file.role, file.path);
-    }
-    ExportedFiles result;
-    for (auto &photo : files) {
-        std::sort(photo.second.begin(), photo.second.end());
-        for (const auto &file : photo.second)
-            result[photo.first].push_back(file.second);
-    }
-    return result;
+    if (count == 0)
+        return;
+    const QString text =
+        count == 1 ? QStringLiteral("1 name is too long for a disk, and was cut")
+                   : QStringLiteral("%1 names are too long for a disk, and were cut").arg(count);
+    observer.noted(QStringLiteral("Albums: ") + text);
 }
 
 void requireNothingAt(const QByteArray &path)
@@ -122,13 +106,14 @@ private:
         ExportContents contents = record.contents();
         AlbumsToExport albums;
         albums.catalog = &m_session.catalog();
-        albums.files = exportedFiles(m_session.catalog(), contents, folder);
+        albums.files = filesByPhoto(m_session.catalog(), shownFiles(contents.files, folder));
         albums.kind = *m_request.albums;
         albums.recorded = std::move(contents.albumFiles);
         const AlbumsResult made = exportAlbums(albums, folder.fd(), m_cancel);
         if (albums.kind == RecordedAlbumFile::Copy)
             ::syncfs(folder.fd());
         record.setAlbumFiles(made.files);
+        tellCutInAlbums(made.cut, m_observer);
         for (const ItemFailure &failure : made.failures) {
             ++result->counts.failed;
             m_observer.failed(failure);
@@ -172,15 +157,20 @@ ExportPlan exportPreview(LibrarySession &session, const ExportRequest &request,
 {
     const std::vector<const Asset *> photos = chosenPhotos(session, request.filter);
     session.refuseInDevice(request.folder);
-    if (!isFolder(request.folder)) {
+    const bool isThere = isFolder(request.folder);
+    if (isThere)
+        refuseDeviceAsTarget(request.folder);
+    else
         requireNothingAt(request.folder);
-        ExportFolder nothing;
-        return plannedExport(session, request, photos, nothing, ExportContents(), observer, cancel);
-    }
-    refuseDeviceAsTarget(request.folder);
-    ExportFolder folder(request.folder);
-    ExportPlan plan = plannedExport(session, request, photos, folder,
-                                    readExportRecord(request.folder), observer, cancel);
+    ExportFolder folder = isThere ? ExportFolder(request.folder) : ExportFolder();
+    const ExportContents contents = isThere ? readExportRecord(request.folder) : ExportContents();
+    ExportPlan plan = plannedExport(session, request, photos, folder, contents, observer, cancel);
     requireRoom(folder, plan.bytes);
+    tellCutNames(plan, observer);
+    if (request.albums) {
+        const auto files = shownFilesAfter(plan, contents.files, folder);
+        const Catalog &catalog = session.catalog();
+        tellCutInAlbums(cutNames(plannedAlbums(catalog, filesByPhoto(catalog, files))), observer);
+    }
     return plan;
 }

@@ -490,6 +490,10 @@ TEST_F(LibraryExports, CutNamesThatTheDiskCannotHoldAndSaySo)
     m_database.rows.albums[0].title = QString(200, QChar(0xe9)).toStdString();
     m_database.join().add(7, 1);
     open();
+    const CancelToken cancel;
+    exportPreview(*m_session, m_request, m_heard, cancel);
+    EXPECT_EQ(1, m_heard.notes.size());
+    m_heard.notes.clear();
     EXPECT_EQ("Copied 1 file (3 bytes), 0 unchanged", run());
     QByteArray name;
     for (int i = 0; i < 125; ++i)
@@ -497,6 +501,29 @@ TEST_F(LibraryExports, CutNamesThatTheDiskCannotHoldAndSaySo)
     EXPECT_EQ(QList<QByteArray>{name + ".jpg"}, copied());
     ASSERT_EQ(1, m_heard.notes.size());
     EXPECT_TRUE(m_heard.notes[0].endsWith("its name is too long for the disk, and was cut"));
+}
+
+TEST_F(LibraryExports, SayHowManyNamesInAlbumsTheyCut)
+{
+    m_request.albums = RecordedAlbumFile::Copy;
+    const QByteArray name = QByteArray(250, 'x') + ".jpg";
+    addPhoto(name, "one");
+    addPhoto("b.jpg", "two");
+    m_database.rows.albums = {albumRow(7)};
+    m_database.rows.albums[0].title = std::string(300, 'y');
+    m_database.join().add(7, 1);
+    m_database.join().add(7, 2);
+    open();
+    const QStringList expected = {"Albums: 2 names are too long for a disk, and were cut"};
+    const CancelToken cancel;
+    exportPreview(*m_session, m_request, m_heard, cancel);
+    EXPECT_EQ(expected, m_heard.notes);
+    m_heard.notes.clear();
+    EXPECT_EQ("Copied 2 files (6 bytes), 0 unchanged", run());
+    EXPECT_EQ(expected, m_heard.notes);
+    m_heard.notes.clear();
+    exportPreview(*m_session, m_request, m_heard, cancel); // of what is there
+    EXPECT_EQ(expected, m_heard.notes);
 }
 
 // Such folders are one on a memory card, and the record would know it by two names.
