@@ -127,7 +127,49 @@ UniqueFd openForTrials(int root)
     return folder.isOpen() ? std::move(folder) : openFolderIn(root, ".");
 }
 
+// An error of the system, or 0. Always of one name: what a program that was killed has left is
+// removed with it.
+int tryLink(int folder)
+{
+    constexpr char name[] = ".photolib-trial.part";
+    ::unlinkat(folder, name, 0);
+    if (::symlinkat("x", folder, name) != 0)
+        return errno;
+    ::unlinkat(folder, name, 0);
+    return 0;
+}
+
+// An error of the system, or 0.
+int tryHardLink(int folder)
+{
+    constexpr mode_t mode = S_IRUSR | S_IWUSR;
+    const QByteArray name = scrapName();
+    const QByteArray otherName = scrapName();
+    const int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+    const UniqueFd file(::openat(folder, name.constData(), flags, mode));
+    if (!file.isOpen())
+        return errno;
+    int code = 0;
+    if (::linkat(folder, name.constData(), folder, otherName.constData(), 0) == 0)
+        ::unlinkat(folder, otherName.constData(), 0);
+    else
+        code = errno;
+    ::unlinkat(folder, name.constData(), 0);
+    return code;
+}
+
 } // namespace
+
+void requireLinks(RecordedAlbumFile::Kind kind, int exportFolder)
+{
+    if (kind == RecordedAlbumFile::Copy)
+        return;
+    const UniqueFd folder = openForTrials(exportFolder);
+    const bool isHard = kind == RecordedAlbumFile::HardLink;
+    const int code = isHard ? tryHardLink(folder.get()) : tryLink(folder.get());
+    if (code == EPERM || code == EOPNOTSUPP || code == ENOSYS)
+        throw Error("Albums", "this disk takes no links; use --albums copy");
+}
 
 AlbumDisk::AlbumDisk(int exportFolder, const CancelToken &cancel,
                      std::function<void(qint64)> copied)
@@ -227,26 +269,6 @@ bool AlbumDisk::isRemovable(const RecordedAlbumFile &file) const
     if (file.kind == RecordedAlbumFile::HardLink)
         return entry->st_nlink > 1; // the last name may be the only copy that a person has kept
     return isCopy(file.path, file.target, true);
-}
-
-void AlbumDisk::requireLinks(const RecordedAlbumFile &file) const
-{
-    const UniqueFd folder = openForTrials(m_root);
-    check(folder.get());
-    const QByteArray name = scrapName();
-    int result = 0;
-    if (file.kind == RecordedAlbumFile::Link) {
-        result = ::symlinkat("x", folder.get(), name.constData());
-    } else {
-        const UniqueFd source = openBelow(m_root, folderOf(file.target));
-        result = ::linkat(source.get(), nameOf(file.target).constData(), folder.get(),
-                          name.constData(), 0);
-    }
-    const int code = errno;
-    if (result == 0)
-        ::unlinkat(folder.get(), name.constData(), 0);
-    else if (code == EPERM || code == EOPNOTSUPP || code == ENOSYS)
-        throw Error("Albums", "this disk takes no links; use --albums copy");
 }
 
 void AlbumDisk::makeFolder(const QByteArray &path) const

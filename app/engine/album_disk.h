@@ -13,6 +13,11 @@
 
 class CancelToken;
 
+/// Throws Error when the disk with the export in the folder that `exportFolder` holds open takes no
+/// links of this kind. Leaves nothing there; says nothing of a disk that is full or cannot be
+/// written.
+void requireLinks(RecordedAlbumFile::Kind kind, int exportFolder);
+
 /// The albums' part of an export as it is on the disk. Paths are below the export's folder, and no
 /// link in one is followed.
 ///
@@ -37,9 +42,6 @@ public:
     /// Whether nothing would be lost with the file that was recorded as `file`: a link of that
     /// target, one of several names of a file, or the same as the exported file.
     bool isRemovable(const RecordedAlbumFile &file) const;
-
-    /// Throws Error when the disk does not take what `file` says, which is no copy.
-    void requireLinks(const RecordedAlbumFile &file) const;
 
     /// Makes the folder and those that it lies in.
     void makeFolder(const QByteArray &path) const;

@@ -28,7 +28,8 @@ class AlbumsExporter
 public:
     AlbumsExporter(const AlbumsToExport &albums, int exportFolder, const CancelToken &cancel,
                    const std::function<void(qint64)> &copied)
-        : m_kind(albums.kind), m_cancel(cancel), m_disk(exportFolder, cancel, copied),
+        : m_kind(albums.kind), m_folder(exportFolder), m_cancel(cancel),
+          m_disk(exportFolder, cancel, copied),
           m_albums(plannedAlbums(*albums.catalog, albums.files))
     {
         for (const RecordedAlbumFile &file : albums.recorded) {
@@ -73,8 +74,8 @@ private:
         claimFolders();
         for (const PlannedAlbum &album : m_albums)
             findFilesOf(album);
-        if (!m_missing.empty() && m_kind != RecordedAlbumFile::Copy)
-            m_disk.requireLinks(wanted(m_missing.front()));
+        if (!m_missing.empty())
+            requireLinks(m_kind, m_folder);
         removeUnwanted();
         makeMissing();
     }
@@ -239,6 +240,7 @@ private:
     }
 
     const RecordedAlbumFile::Kind m_kind;
+    const int m_folder;
     const CancelToken &m_cancel;
     const AlbumDisk m_disk;
     const std::vector<PlannedAlbum> m_albums;

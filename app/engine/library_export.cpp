@@ -4,6 +4,7 @@
 #include "base/cancel_token.h"
 #include "base/error.h"
 #include "base/folders.h"
+#include "engine/album_disk.h"
 #include "engine/device_bounds.h"
 #include "engine/export_albums.h"
 #include "engine/export_run.h"
@@ -85,6 +86,8 @@ public:
         const ExportPlan plan =
             plannedExport(m_session, m_request, m_photos, folder, before, m_observer, m_cancel);
         requireRoom(folder, plan.bytes);
+        if (m_request.albums && !albumsAfter(plan, before, folder).empty())
+            requireLinks(*m_request.albums, folder.fd());
         tellCutNames(plan, m_observer);
         if (!record)
             record.emplace(state);
@@ -101,6 +104,14 @@ public:
     }
 
 private:
+    std::vector<PlannedAlbum> albumsAfter(const ExportPlan &plan, const ExportContents &before,
+                                          ExportFolder &folder) const
+    {
+        const Catalog &catalog = m_session.catalog();
+        return plannedAlbums(catalog,
+                             filesByPhoto(catalog, shownFilesAfter(plan, before.files, folder)));
+    }
+
     void makeAlbums(ExportFolder &folder, ExportRecord &record, ExportResult *result)
     {
         ExportContents contents = record.contents();

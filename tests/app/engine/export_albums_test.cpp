@@ -3,6 +3,7 @@
 #include "base/cancel_token.h"
 #include "base/error.h"
 #include "base/unique_fd.h"
+#include "engine/album_disk.h"
 #include "support/catalogs.h"
 #include "support/disk_faults.h"
 
@@ -575,6 +576,29 @@ TEST_F(AlbumsExport, LeavesNoneOfTheCopiesThatNobodyWantsAnyMore)
     EXPECT_EQ(
         QStringList({"Roma"}),
         QDir(inExport("Albums")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden));
+}
+
+TEST_F(AlbumsExport, FindsOutWhetherTheDiskTakesLinksAndLeavesNothing)
+{
+    const auto everything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    ASSERT_TRUE(QDir(inExport("")).mkdir(".photolib"));
+    ASSERT_TRUE(QFile::link("x", inExport(".photolib/.photolib-trial.part"))); // of a killed one
+    for (const Kind kind : kinds) {
+        EXPECT_NO_THROW(requireLinks(kind, m_folder.get()));
+        const LackOfLinks lack;
+        if (kind == RecordedAlbumFile::Copy)
+            EXPECT_NO_THROW(requireLinks(kind, m_folder.get()));
+        else
+            EXPECT_THROW(requireLinks(kind, m_folder.get()), Error);
+    }
+    EXPECT_TRUE(QDir(inExport(".photolib")).isEmpty(everything));
+    EXPECT_EQ(QStringList({".photolib", "2019"}), QDir(inExport("")).entryList(everything));
+}
+
+TEST_F(AlbumsExport, SaysNothingOfLinksWhereNothingCanBeWritten)
+{
+    for (const Kind kind : kinds)
+        EXPECT_NO_THROW(requireLinks(kind, -1));
 }
 
 TEST_F(AlbumsExport, SaysThatTheDiskTakesNoLinksBeforeItChangesAnything)
