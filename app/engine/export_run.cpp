@@ -96,7 +96,7 @@ void ExportRun::run()
 // What ends the run is told, and not what that leads to.
 void ExportRun::finishAfterFailure(bool isHurried)
 {
-    constexpr std::chrono::milliseconds patience(200);
+    constexpr std::chrono::milliseconds patience(75); // for each of the two batches
     try {
         for (int batches = 0; batches < 2; ++batches) {
             if (isHurried && m_storing && !m_storing->waitFor(patience))

@@ -14,6 +14,7 @@
 #include "engine/photo_filter.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <optional>
 #include <system_error>
 #include <unistd.h>
@@ -47,6 +48,12 @@ void tellCutInAlbums(qint64 count, ExportObserver &observer)
     observer.noted(QStringLiteral("Albums: ") + text);
 }
 
+void requireWritable(const ExportFolder &folder)
+{
+    if (::faccessat(folder.fd(), ".", W_OK, AT_EACCESS) != 0)
+        throw Error(folder.path().toStdString(), std::generic_category().message(errno));
+}
+
 void requireNothingAt(const QByteArray &path)
 {
     if (::access(path.constData(), F_OK) == 0)
@@ -78,6 +85,7 @@ public:
     void run(ExportResult *result)
     {
         ExportFolder folder(m_request.folder);
+        requireWritable(folder);
         const ExportState state(m_request.folder, m_cancel, [this] { m_observer.waiting(); });
         std::optional<ExportRecord> record;
         if (hasExportRecord(m_request.folder))
