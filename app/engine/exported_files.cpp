@@ -19,6 +19,7 @@ RecordedFile recordOf(const PlannedFile &file)
     record.source = file.source.source;
     record.size = file.size;
     record.path = file.path;
+    record.sha256 = file.sha256;
     return record;
 }
 
@@ -56,6 +57,11 @@ std::vector<RecordedFile> shownFilesAfter(const ExportPlan &plan,
             files.push_back(std::move(file));
     }
     return files;
+}
+
+bool isToBeCopied(const RecordedFile &file)
+{
+    return file.sha256.isEmpty();
 }
 
 ExportedFiles filesByPhoto(const Catalog &catalog, const std::vector<RecordedFile> &files)

@@ -14,6 +14,9 @@ std::vector<RecordedFile> shownFilesAfter(const ExportPlan &plan,
                                           const std::vector<RecordedFile> &before,
                                           ExportFolder &folder);
 
+/// Whether `file`, which is of those above, is not in the folder yet.
+bool isToBeCopied(const RecordedFile &file);
+
 /// The paths of `files` by the photos of `catalog` that they show; those of a photo by their role.
 ExportedFiles filesByPhoto(const Catalog &catalog, const std::vector<RecordedFile> &files);
 

@@ -5,6 +5,7 @@
 #include "base/error.h"
 #include "base/folders.h"
 #include "engine/album_disk.h"
+#include "engine/albums_ahead.h"
 #include "engine/device_bounds.h"
 #include "engine/export_albums.h"
 #include "engine/export_run.h"
@@ -15,21 +16,36 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <limits>
 #include <optional>
 #include <system_error>
 #include <unistd.h>
 
 namespace {
 
-void requireRoom(const ExportFolder &folder, qint64 bytes)
+void requireRoom(qint64 room, const QByteArray &folder, qint64 bytes)
 {
-    const qint64 room = folder.room();
     if (bytes <= room)
         return;
     const QString amounts = QStringLiteral(" (the files take %1, and %2 are free)")
                                 .arg(byteCountText(bytes), byteCountText(room));
-    throw Error(folder.path().toStdString(),
+    throw Error(folder.toStdString(),
                 std::generic_category().message(ENOSPC) + amounts.toStdString());
+}
+
+// Of the disk that the folder `path`, which is not there yet, would be made on.
+qint64 roomAbove(QByteArray path)
+{
+    while (!isFolder(path)) {
+        while (path.size() > 1 && path.endsWith('/'))
+            path.chop(1);
+        path = parentFolder(path);
+    }
+    try {
+        return ExportFolder(path).room();
+    } catch (const Error &) {
+        return std::numeric_limits<qint64>::max(); // a folder may be made in one that has no list
+    }
 }
 
 void tellCutNames(const ExportPlan &plan, ExportObserver &observer)
@@ -91,11 +107,7 @@ public:
         if (hasExportRecord(m_request.folder))
             record.emplace(state);
         const ExportContents before = record ? record->contents() : ExportContents();
-        const ExportPlan plan =
-            plannedExport(m_session, m_request, m_photos, folder, before, m_observer, m_cancel);
-        requireRoom(folder, plan.bytes);
-        if (m_request.albums && !albumsAfter(plan, before, folder).empty())
-            requireLinks(*m_request.albums, folder.fd());
+        const ExportPlan plan = possiblePlan(folder, before);
         tellCutNames(plan, m_observer);
         if (!record)
             record.emplace(state);
@@ -112,12 +124,20 @@ public:
     }
 
 private:
-    std::vector<PlannedAlbum> albumsAfter(const ExportPlan &plan, const ExportContents &before,
-                                          ExportFolder &folder) const
+    // Throws where the disk cannot take all of it. Its bytes are those of albums, too, so that it
+    // is told how far both are.
+    ExportPlan possiblePlan(ExportFolder &folder, const ExportContents &before)
     {
-        const Catalog &catalog = m_session.catalog();
-        return plannedAlbums(catalog,
-                             filesByPhoto(catalog, shownFilesAfter(plan, before.files, folder)));
+        ExportPlan plan =
+            plannedExport(m_session, m_request, m_photos, folder, before, m_observer, m_cancel);
+        const AlbumsAhead ahead = albumsAhead(m_session.catalog(), m_request, plan, before, folder);
+        const auto files = static_cast<int>(plan.files.size());
+        m_progress = {files, files, plan.bytes, boundedSum(plan.bytes, ahead.bytes)};
+        plan.bytes = m_progress.totalBytes;
+        requireRoom(folder.room(), m_request.folder, plan.bytes);
+        if (!ahead.albums.empty())
+            requireLinks(*m_request.albums, folder.fd());
+        return plan;
     }
 
     void makeAlbums(ExportFolder &folder, ExportRecord &record, ExportResult *result)
@@ -128,7 +148,10 @@ private:
         albums.files = filesByPhoto(m_session.catalog(), shownFiles(contents.files, folder));
         albums.kind = *m_request.albums;
         albums.recorded = std::move(contents.albumFiles);
-        const AlbumsResult made = exportAlbums(albums, folder.fd(), m_cancel);
+        const AlbumsResult made = exportAlbums(albums, folder.fd(), m_cancel, [this](qint64 bytes) {
+            m_progress.doneBytes += bytes;
+            m_observer.copied(m_progress);
+        });
         if (albums.kind == RecordedAlbumFile::Copy)
             ::syncfs(folder.fd());
         record.setAlbumFiles(made.files);
@@ -161,6 +184,7 @@ private:
     const CancelToken &m_cancel;
     const std::vector<const Asset *> m_photos;
     const std::unique_ptr<EnsuredFolder> m_ensured;
+    ExportProgress m_progress; // once all is copied but for albums
 };
 
 } // namespace
@@ -184,12 +208,10 @@ ExportPlan exportPreview(LibrarySession &session, const ExportRequest &request,
     ExportFolder folder = isThere ? ExportFolder(request.folder) : ExportFolder();
     const ExportContents contents = isThere ? readExportRecord(request.folder) : ExportContents();
     ExportPlan plan = plannedExport(session, request, photos, folder, contents, observer, cancel);
-    requireRoom(folder, plan.bytes);
+    const AlbumsAhead ahead = albumsAhead(session.catalog(), request, plan, contents, folder);
+    const qint64 room = isThere ? folder.room() : roomAbove(request.folder);
+    requireRoom(room, request.folder, boundedSum(plan.bytes, ahead.bytes));
     tellCutNames(plan, observer);
-    if (request.albums) {
-        const auto files = shownFilesAfter(plan, contents.files, folder);
-        const Catalog &catalog = session.catalog();
-        tellCutInAlbums(cutNames(plannedAlbums(catalog, filesByPhoto(catalog, files))), observer);
-    }
+    tellCutInAlbums(cutNames(ahead.albums), observer);
     return plan;
 }

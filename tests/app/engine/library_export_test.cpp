@@ -11,6 +11,8 @@
 #include "support/watched_files.h"
 #include "support/watched_stores.h"
 
+#include <QFile>
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -126,6 +128,27 @@ protected:
             if (m_files->count(WatchedFiles::Read) < times)
                 m_scratch.lengthen(path, 1 << 20);
         };
+    }
+
+    void addToTwoAlbums(int photo)
+    {
+        m_database.rows.albums = {albumRow(7), albumRow(8)};
+        m_database.rows.albums[0].title = "One";
+        m_database.rows.albums[1].title = "Two";
+        for (const int album : {7, 8})
+            m_database.join().add(album, photo);
+    }
+
+    /// Why a preview fails; nothing when it does not.
+    std::string refusalOfPreview()
+    {
+        try {
+            const CancelToken cancel;
+            exportPreview(*m_session, m_request, m_heard, cancel);
+        } catch (const Error &error) {
+            return error.what();
+        }
+        return "";
     }
 
     /// The exported files, without what the program keeps for itself.
@@ -637,6 +660,58 @@ TEST_F(LibraryExports, RecordWhatTheyHaveReadBackWhenTheyAreCancelled)
     ASSERT_EQ(1U, record.files.size());
     EXPECT_EQ("a/a.jpg", record.files[0].path);
     EXPECT_EQ("Copied 0 files (0 bytes), 3 unchanged", run());
+}
+
+TEST_F(LibraryExports, CountTheCopiesInAlbumsAsProgress)
+{
+    m_request.albums = RecordedAlbumFile::Copy;
+    addPhoto("a.jpg", "one");
+    addPhoto("b.jpg", "alone");
+    addToTwoAlbums(1);
+    open();
+    EXPECT_EQ("Copied 2 files (8 bytes), 0 unchanged", run());
+    EXPECT_EQ(8 + 2 * 3, m_heard.last.totalBytes);
+    EXPECT_EQ(8 + 2 * 3, m_heard.last.doneBytes);
+    EXPECT_EQ(2, m_heard.last.doneFiles);
+    EXPECT_EQ("Copied 0 files (0 bytes), 2 unchanged", run());
+    EXPECT_EQ(0, m_heard.last.totalBytes);
+    ASSERT_TRUE(QFile::remove(m_scratch.path("out/Albums/Two/001 a.jpg")));
+    EXPECT_EQ("Copied 0 files (0 bytes), 2 unchanged", run());
+    EXPECT_EQ(3, m_heard.last.totalBytes);
+    EXPECT_EQ(3, m_heard.last.doneBytes);
+    m_scratch.write(folder + QByteArray("a.jpg"), "edited");
+    m_request.update = UpdateChoice::Replace;
+    EXPECT_EQ("Copied 1 file (6 bytes), 1 unchanged", run());
+    EXPECT_EQ(3 * 6, m_heard.last.totalBytes);
+}
+
+TEST_F(LibraryExports, NeedRoomForTheCopiesInAlbumsToo)
+{
+    addPhoto("a.jpg", "");
+    const qint64 room = ExportFolder(m_scratch.root()).room();
+    m_scratch.writeSparse(folder + QByteArray("a.jpg"), room / 10 * 4);
+    addToTwoAlbums(1);
+    open();
+    EXPECT_EQ("", refusalOfPreview());
+    m_request.albums = RecordedAlbumFile::Link;
+    EXPECT_EQ("", refusalOfPreview());
+    m_request.albums = RecordedAlbumFile::Copy;
+    ASSERT_NE("", refusalOfPreview());
+    EXPECT_THROW(run(), Error);
+    EXPECT_FALSE(m_scratch.exists("out"));
+}
+
+TEST_F(LibraryExports, FindOutBeforehandThatAFolderWhichIsNotThereYetHasNoRoom)
+{
+    addPhoto("a.jpg", "");
+    const qint64 room = ExportFolder(m_scratch.root()).room();
+    m_scratch.writeSparse(folder + QByteArray("a.jpg"), room / 10 * 11);
+    open();
+    m_request.folder = m_scratch.path("new/folder/");
+    const std::string refusal = refusalOfPreview();
+    EXPECT_NE(std::string::npos, refusal.find("new/folder/: No space left on device (the files "))
+        << refusal;
+    EXPECT_FALSE(m_scratch.exists("new"));
 }
 
 TEST_F(LibraryExports, LeaveNoHalfFileWhenTheyAreCancelledWithinOne)
