@@ -55,6 +55,25 @@ void setTime(AtomicFile &file, qint64 nanoseconds)
     throw FileFailure{failureText(error)};
 }
 
+bool hasNoInfo(DeviceFileSystem &files, const QByteArray &path)
+{
+    FileInfo info;
+    FileError error;
+    return !deviceFileInfo(files, path, &info, &error);
+}
+
+// The same for the file `path`. Some disks that are pulled out say of all that they have what they
+// say of a bad spot.
+[[noreturn]] void failToRead(DeviceFileSystem &files, const QByteArray &path,
+                             const FileError &error)
+{
+    const QByteArray folder = path.left(qMax(path.lastIndexOf('/'), 0));
+    if (error.kind == FileError::Failed && hasNoInfo(files, folder) &&
+        hasNoInfo(files, QByteArray()))
+        failToRead({FileError::Disconnected, error.text});
+    failToRead(error);
+}
+
 } // namespace
 
 bool endsExport(int code)
@@ -129,13 +148,13 @@ bool FileCopier::readInto(FileCopy *copy, const ExportSource &source) const
     FileInfo after;
     FileError error;
     if (!deviceFileInfo(m_files, source.source, &before, &error))
-        failToRead(error);
+        failToRead(m_files, source.source, error);
     readContent(copy, source.source, before.size);
     copy->modified = before.modified;
     if (deviceFileInfo(m_files, source.source, &after, &error))
         return copy->size == before.size && after.isSameAs(before);
     if (!error.isMissing())
-        failToRead(error);
+        failToRead(m_files, source.source, error);
     return false;
 }
 
@@ -145,14 +164,14 @@ void FileCopier::readContent(FileCopy *copy, const QByteArray &path, qint64 size
     FileError error;
     const std::unique_ptr<DeviceFile> file = openDeviceFile(m_files, path, &error);
     if (!file)
-        failToRead(error);
+        failToRead(m_files, path, error);
     Sha256 hash;
     QByteArray block(blockSize, Qt::Uninitialized);
     while (copy->size <= size) {
         requireGoingOn();
         const qint64 count = file->read(copy->size, block.data(), block.size(), &error);
         if (count < 0)
-            failToRead(error);
+            failToRead(m_files, path, error);
         if (count == 0)
             break;
         hash.add(block.constData(), count);

@@ -61,6 +61,26 @@ TEST_P(ExportFromAFaultyDevice, TellsWhatCannotBeReadAndCopiesItInTheNextRun)
                  });
 }
 
+// Some disks that are pulled out say of each file that it cannot be read.
+class ExportFromAPulledDisk : public ProvenExports
+{
+};
+
+TEST_F(ExportFromAPulledDisk, EndsAndGoesOnInTheNextRun)
+{
+    open();
+    findExpected();
+    resetOut();
+    open();
+    m_files->failFrom(WatchedFiles::Read, 1,
+                      {FileError::Failed, QStringLiteral("Input/output error")});
+    const std::string end = exportTo(out());
+    EXPECT_EQ(0U, end.find("the device: Input/output error; copied ")) << end;
+    EXPECT_EQ(0, m_result.counts.failed);
+    open();
+    expectWholeAfterRerun();
+}
+
 INSTANTIATE_TEST_SUITE_P(AtEach, ExportFromAFaultyDevice,
                          testing::Values(OperationRow{"Read", WatchedFiles::Read},
                                          OperationRow{"Info", WatchedFiles::Info},

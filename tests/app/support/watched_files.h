@@ -43,6 +43,13 @@ public:
         startCounting();
     }
 
+    /// The same, and all that comes after it fails with `fault`, too.
+    void failFrom(Operation operation, int number, const FileError &fault)
+    {
+        failAt(operation, number, fault);
+        m_isLasting = true;
+    }
+
     std::unique_ptr<DeviceFile> open(const QByteArray &path, FileError *error) override
     {
         if (fails(Open, error))
@@ -102,7 +109,7 @@ private:
     {
         const int number = ++m_counts[operation];
         const bool isFault = operation == m_failing && number == m_number;
-        if (isFault && m_fault.kind == FileError::Disconnected)
+        if (isFault && (m_isLasting || m_fault.kind == FileError::Disconnected))
             m_isGone = true;
         if (!isFault && !m_isGone)
             return false;
@@ -115,6 +122,7 @@ private:
     Operation m_failing = Read;
     int m_number = 0; // none
     FileError m_fault;
+    bool m_isLasting = false;
     std::atomic<bool> m_isGone{false};
 };
 
