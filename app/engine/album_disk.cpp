@@ -4,6 +4,7 @@
 #include "base/cancel_token.h"
 #include "base/error.h"
 #include "base/folders.h"
+#include "engine/export_folder.h"
 
 #include <QList>
 #include <QRandomGenerator>
@@ -76,6 +77,12 @@ bool isAbsence(int code)
 qint64 modified(const struct stat &status)
 {
     return status.st_mtim.tv_sec * second + status.st_mtim.tv_nsec;
+}
+
+// When its content, times or names last changed: nobody can set that.
+qint64 touched(const struct stat &status)
+{
+    return status.st_ctim.tv_sec * second + status.st_ctim.tv_nsec;
 }
 
 bool isSameFile(const struct stat &one, const struct stat &other)
@@ -234,8 +241,7 @@ bool AlbumDisk::haveSameContent(const QByteArray &path, const QByteArray &other)
     return true;
 }
 
-// `isUnchanged` tells whether the time is enough to know that nobody has changed it since.
-bool AlbumDisk::isCopy(const QByteArray &path, const QByteArray &target, bool isUnchanged) const
+bool AlbumDisk::isCopy(const QByteArray &path, const QByteArray &target, qint64 rightAt) const
 {
     const std::optional<struct stat> copy = status(path);
     const std::optional<struct stat> source = status(target);
@@ -243,10 +249,12 @@ bool AlbumDisk::isCopy(const QByteArray &path, const QByteArray &target, bool is
         return false;
     if (copy->st_size != source->st_size)
         return false;
-    return (isUnchanged && haveSameTime(*copy, *source)) || haveSameContent(path, target);
+    // The time of the last change says little: it is that of the photo, whatever its version.
+    const bool isUntouched = touched(*copy) < rightAt && touched(*source) < rightAt;
+    return (isUntouched && haveSameTime(*copy, *source)) || haveSameContent(path, target);
 }
 
-bool AlbumDisk::holds(const RecordedAlbumFile &file, bool isRecorded) const
+bool AlbumDisk::holds(const RecordedAlbumFile &file, qint64 rightAt) const
 {
     if (file.kind == RecordedAlbumFile::Link)
         return isLinkTo(file.path, file.target);
@@ -256,10 +264,10 @@ bool AlbumDisk::holds(const RecordedAlbumFile &file, bool isRecorded) const
     if (file.kind == RecordedAlbumFile::HardLink)
         return isOneFile && S_ISREG(entry->st_mode);
     // Some programs make one file of files with the same content.
-    return (isRecorded || !isOneFile) && isCopy(file.path, file.target, isRecorded);
+    return (rightAt != 0 || !isOneFile) && isCopy(file.path, file.target, rightAt);
 }
 
-bool AlbumDisk::isRemovable(const RecordedAlbumFile &file) const
+bool AlbumDisk::isRemovable(const RecordedAlbumFile &file, qint64 rightAt) const
 {
     if (file.kind == RecordedAlbumFile::Link)
         return isLinkTo(file.path, file.target);
@@ -268,7 +276,14 @@ bool AlbumDisk::isRemovable(const RecordedAlbumFile &file) const
         return false;
     if (file.kind == RecordedAlbumFile::HardLink)
         return entry->st_nlink > 1; // the last name may be the only copy that a person has kept
-    return isCopy(file.path, file.target, true);
+    return isCopy(file.path, file.target, rightAt);
+}
+
+bool AlbumDisk::hasContent(const QByteArray &path, const QByteArray &sha256) const
+{
+    const std::optional<struct stat> entry = status(path);
+    return entry && S_ISREG(entry->st_mode) &&
+           sha256OfFile(openFile(path).get(), m_cancel) == sha256;
 }
 
 void AlbumDisk::makeFolder(const QByteArray &path) const

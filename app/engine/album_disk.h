@@ -35,13 +35,17 @@ public:
     bool isThere(const QByteArray &path) const;
 
     /// Whether the path of `file` has what `file` says: a link with that target, another name of
-    /// that very file, or a copy of it. A copy that was `recorded` is told by its size and time,
-    /// any other by its content.
-    bool holds(const RecordedAlbumFile &file, bool isRecorded) const;
+    /// that very file, or a copy of it. A copy is told by its content; by its size and time alone
+    /// where neither file has been touched since `rightAt`, when it was a copy: nanoseconds since
+    /// 1970-01-01 UTC by the disk's clock, or 0.
+    bool holds(const RecordedAlbumFile &file, qint64 rightAt) const;
 
     /// Whether nothing would be lost with the file that was recorded as `file`: a link of that
-    /// target, one of several names of a file, or the same as the exported file.
-    bool isRemovable(const RecordedAlbumFile &file) const;
+    /// target, one of several names of a file, or the same as the exported file, told as above.
+    bool isRemovable(const RecordedAlbumFile &file, qint64 rightAt) const;
+
+    /// Whether `path` is a file whose content has that SHA-256.
+    bool hasContent(const QByteArray &path, const QByteArray &sha256) const;
 
     /// Makes the folder and those that it lies in.
     void makeFolder(const QByteArray &path) const;
@@ -67,7 +71,7 @@ public:
 private:
     std::optional<struct stat> status(const QByteArray &path) const;
     bool isLinkTo(const QByteArray &path, const QByteArray &target) const;
-    bool isCopy(const QByteArray &path, const QByteArray &target, bool isUnchanged) const;
+    bool isCopy(const QByteArray &path, const QByteArray &target, qint64 rightAt) const;
     bool haveSameContent(const QByteArray &path, const QByteArray &other) const;
     UniqueFd openFile(const QByteArray &path) const;
     bool copy(const RecordedAlbumFile &file) const;

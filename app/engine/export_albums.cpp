@@ -28,7 +28,8 @@ class AlbumsExporter
 public:
     AlbumsExporter(const AlbumsToExport &albums, int exportFolder, const CancelToken &cancel,
                    const std::function<void(qint64)> &copied)
-        : m_kind(albums.kind), m_folder(exportFolder), m_cancel(cancel),
+        : m_kind(albums.kind), m_rightAt(albums.rightAt), m_newFiles(albums.newFiles),
+          m_replaced(albums.replaced), m_folder(exportFolder), m_cancel(cancel),
           m_disk(exportFolder, cancel, copied),
           m_albums(plannedAlbums(*albums.catalog, albums.files))
     {
@@ -115,19 +116,36 @@ private:
                 continue;
             const auto ours = m_ours.find(key);
             const bool isOurs = ours != m_ours.end();
-            if (m_disk.holds(file, isOurs && isSame(ours->second.file, file))) {
+            if (m_disk.holds(file, isOurs && isSame(ours->second.file, file) ? rightAt(file) : 0)) {
                 m_claimed.insert(key);
                 m_ours[key] = {file, true};
                 ++m_result.unchanged;
                 return;
             }
-            if (!m_disk.isThere(file.path) || (isOurs && m_disk.isRemovable(ours->second.file))) {
+            if (!m_disk.isThere(file.path) || (isOurs && isRemovable(ours->second.file))) {
                 m_claimed.insert(key);
                 m_missing.push_back(missing);
                 m_missingTargets.insert(file.target);
                 return;
             }
         }
+    }
+
+    qint64 rightAt(const RecordedAlbumFile &file) const
+    {
+        return m_newFiles.count(file.target) == 0 ? m_rightAt : 1;
+    }
+
+    bool isRemovable(const RecordedAlbumFile &file) const
+    {
+        return m_disk.isRemovable(file, rightAt(file)) || isCopyOfReplaced(file);
+    }
+
+    bool isCopyOfReplaced(const RecordedAlbumFile &file) const
+    {
+        const auto replaced = m_replaced.find(file.target);
+        return file.kind == RecordedAlbumFile::Copy && replaced != m_replaced.end() &&
+               m_disk.hasContent(file.path, replaced->second);
     }
 
     static bool isSame(const RecordedAlbumFile &one, const RecordedAlbumFile &other)
@@ -149,9 +167,10 @@ private:
     {
         m_touchedFolders.insert(folderOf(file.path));
         return doOrFail(file.path, [&] {
-            if (!m_disk.isRemovable(file))
+            const bool isRight = m_disk.isRemovable(file, rightAt(file));
+            if (!isRight && !isCopyOfReplaced(file))
                 return;
-            if (isOfUse(file))
+            if (isRight && isOfUse(file))
                 m_setAside.emplace(file.target, m_disk.setAside(file.path));
             else
                 m_disk.removeFile(file.path);
@@ -240,6 +259,9 @@ private:
     }
 
     const RecordedAlbumFile::Kind m_kind;
+    const qint64 m_rightAt;
+    const std::set<QByteArray> &m_newFiles;
+    const std::map<QByteArray, QByteArray> &m_replaced;
     const int m_folder;
     const CancelToken &m_cancel;
     const AlbumDisk m_disk;

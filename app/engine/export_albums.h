@@ -6,6 +6,8 @@
 #include "engine/item_work.h"
 
 #include <functional>
+#include <map>
+#include <set>
 #include <vector>
 
 class CancelToken;
@@ -20,6 +22,16 @@ struct AlbumsToExport {
 
     RecordedAlbumFile::Kind kind = RecordedAlbumFile::Link;
     std::vector<RecordedAlbumFile> recorded; ///< by the last run
+
+    /// When all that is recorded was right: nanoseconds since 1970-01-01 UTC by the disk's clock,
+    /// and 1 when that is not known.
+    qint64 rightAt = 1;
+
+    std::set<QByteArray> newFiles; ///< paths of exported files that were written since
+
+    /// The SHA-256 that exported files had before they were replaced, by path: copies of that are
+    /// the program's, too.
+    std::map<QByteArray, QByteArray> replaced;
 };
 
 struct AlbumsResult {

@@ -17,7 +17,9 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <limits>
+#include <map>
 #include <optional>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -70,6 +72,45 @@ void requireWritable(const ExportFolder &folder)
         throw Error(folder.path().toStdString(), std::generic_category().message(errno));
 }
 
+constexpr qint64 second = 1000000000; // nanoseconds
+
+// Its time of change tells when the folders of albums were right, by the clock of the disk.
+constexpr char albumsStamp[] = "export.sqlite-albums";
+
+// 1 when that is not known.
+qint64 albumsRightAt(int stateFolder)
+{
+    struct stat status = {};
+    if (::fstatat(stateFolder, albumsStamp, &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return 1;
+    return status.st_mtim.tv_sec * second + status.st_mtim.tv_nsec;
+}
+
+// Where that cannot be noted, the next export reads all copies.
+void noteAlbumsRight(int stateFolder)
+{
+    constexpr mode_t usualMode = 0666; // less what the umask takes
+    constexpr int flags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const UniqueFd stamp(::openat(stateFolder, albumsStamp, flags, usualMode));
+    if (stamp.isOpen())
+        ::futimens(stamp.get(), nullptr); // now
+}
+
+std::map<QByteArray, QByteArray> replacedFiles(const ExportPlan &plan, const ExportContents &before)
+{
+    std::map<QByteArray, QByteArray> replaced;
+    for (const PlannedFile &file : plan.files) {
+        if (file.replaces)
+            replaced[file.path];
+    }
+    for (const RecordedFile &file : before.files) {
+        const auto found = replaced.find(file.path);
+        if (found != replaced.end())
+            found->second = file.sha256;
+    }
+    return replaced;
+}
+
 void requireNothingAt(const QByteArray &path)
 {
     if (::access(path.constData(), F_OK) == 0)
@@ -117,7 +158,7 @@ public:
         if (!m_request.albums)
             return;
         try {
-            makeAlbums(folder, *record, result);
+            makeAlbums(folder, *record, state, result);
         } catch (const Error &error) {
             rethrowWith(error, result->counts);
         }
@@ -131,6 +172,7 @@ private:
         ExportPlan plan =
             plannedExport(m_session, m_request, m_photos, folder, before, m_observer, m_cancel);
         const AlbumsAhead ahead = albumsAhead(m_session.catalog(), m_request, plan, before, folder);
+        m_replaced = replacedFiles(plan, before);
         const auto files = static_cast<int>(plan.files.size());
         m_progress = {files, files, plan.bytes, boundedSum(plan.bytes, ahead.bytes)};
         plan.bytes = m_progress.totalBytes;
@@ -140,7 +182,8 @@ private:
         return plan;
     }
 
-    void makeAlbums(ExportFolder &folder, ExportRecord &record, ExportResult *result)
+    void makeAlbums(ExportFolder &folder, ExportRecord &record, const ExportState &state,
+                    ExportResult *result)
     {
         ExportContents contents = record.contents();
         AlbumsToExport albums;
@@ -148,6 +191,12 @@ private:
         albums.files = filesByPhoto(m_session.catalog(), shownFiles(contents.files, folder));
         albums.kind = *m_request.albums;
         albums.recorded = std::move(contents.albumFiles);
+        albums.rightAt = albumsRightAt(state.fd());
+        for (const RecordedFile &file : contents.files) {
+            if (file.exported >= albums.rightAt / second)
+                albums.newFiles.insert(file.path);
+        }
+        albums.replaced = m_replaced;
         const AlbumsResult made = exportAlbums(albums, folder.fd(), m_cancel, [this](qint64 bytes) {
             m_progress.doneBytes += bytes;
             m_observer.copied(m_progress);
@@ -155,6 +204,8 @@ private:
         if (albums.kind == RecordedAlbumFile::Copy)
             ::syncfs(folder.fd());
         record.setAlbumFiles(made.files);
+        if (albums.kind == RecordedAlbumFile::Copy && made.isComplete && made.failures.empty())
+            noteAlbumsRight(state.fd());
         tellCutInAlbums(made.cut, m_observer);
         for (const ItemFailure &failure : made.failures) {
             ++result->counts.failed;
@@ -184,7 +235,8 @@ private:
     const CancelToken &m_cancel;
     const std::vector<const Asset *> m_photos;
     const std::unique_ptr<EnsuredFolder> m_ensured;
-    ExportProgress m_progress; // once all is copied but for albums
+    std::map<QByteArray, QByteArray> m_replaced; // SHA-256 of what is replaced, by path
+    ExportProgress m_progress;                   // once all is copied but for albums
 };
 
 } // namespace

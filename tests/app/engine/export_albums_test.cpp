@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -482,6 +483,41 @@ TEST_F(AlbumsExport, LeavesACopyThatAPersonChanged)
     expectCounts(run(), 0, 0, 0);
     EXPECT_EQ("an edit of another size", bytesOf("Albums/Rome/001 IMG_1.JPG"));
     EXPECT_EQ("edited IMG_3.JPG..", bytesOf("Albums/Rome/002 IMG_3.JPG"));
+}
+
+TEST_F(AlbumsExport, TellsCopiesThatWereTouchedByTheirContent)
+{
+    m_catalog.albums = {album(10, "Rome", {1, 3})};
+    runAs(RecordedAlbumFile::Copy);
+    m_albums.rightAt = 2; // before that was made
+    const char *const copy = "Albums/Rome/001 IMG_1.JPG";
+    const struct stat before = statusOf(copy);
+    write(copy, "edited IMG_1.JPG..");
+    const timespec times[] = {before.st_atim, before.st_mtim};
+    ASSERT_EQ(0, ::utimensat(m_folder.get(), copy, times, 0));
+    ASSERT_EQ(before.st_size, statusOf(copy).st_size);
+    expectCounts(run(), 1, 1, 0);
+    EXPECT_EQ("edited IMG_1.JPG..", bytesOf(copy));
+    EXPECT_EQ("bytes of IMG_1.JPG", bytesOf("Albums/Rome/001 IMG_1 (2).JPG"));
+    m_catalog.albums.clear();
+    expectCounts(run(), 0, 0, 2);
+    EXPECT_EQ("edited IMG_1.JPG..", bytesOf(copy));
+}
+
+// Reading thousands of them would take as long as copying them.
+TEST_F(AlbumsExport, TellsCopiesThatNobodyTouchedByTheirTime)
+{
+    m_catalog.albums = {album(10, "Rome", {1, 3})};
+    runAs(RecordedAlbumFile::Copy);
+    const char *const copy = "Albums/Rome/001 IMG_1.JPG";
+    const struct stat before = statusOf(copy);
+    write(copy, "edited IMG_1.JPG..");
+    const timespec times[] = {before.st_atim, before.st_mtim};
+    ASSERT_EQ(0, ::utimensat(m_folder.get(), copy, times, 0));
+    m_albums.rightAt = std::numeric_limits<qint64>::max(); // so that it is not read
+    expectCounts(run(), 0, 2, 0);
+    m_albums.newFiles = {"2019/07/IMG_1.JPG"};
+    expectCounts(run(), 1, 1, 0);
 }
 
 TEST_F(AlbumsExport, TakesNoOtherFileOfTheSameSizeAndTimeForACopy)

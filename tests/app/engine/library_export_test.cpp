@@ -685,6 +685,24 @@ TEST_F(LibraryExports, CountTheCopiesInAlbumsAsProgress)
     EXPECT_EQ(3 * 6, m_heard.last.totalBytes);
 }
 
+TEST_F(LibraryExports, ReplaceTheCopiesInAlbumsOfWhatTheyReplace)
+{
+    m_request.albums = RecordedAlbumFile::Copy;
+    m_request.update = UpdateChoice::Replace;
+    addPhoto("a.jpg", "one");
+    addToTwoAlbums(1);
+    open();
+    EXPECT_EQ("Copied 1 file (3 bytes), 0 unchanged", run());
+    for (const char *const version : {"two", "three"}) {
+        m_scratch.write(folder + QByteArray("a.jpg"), version);
+        run();
+        EXPECT_EQ((QList<QByteArray>{"Albums/One/001 a.jpg", "Albums/Two/001 a.jpg", "a.jpg"}),
+                  copied());
+        for (const QByteArray &path : copied())
+            EXPECT_EQ(version, m_scratch.read("out/" + path)) << path.constData();
+    }
+}
+
 TEST_F(LibraryExports, NeedRoomForTheCopiesInAlbumsToo)
 {
     addPhoto("a.jpg", "");

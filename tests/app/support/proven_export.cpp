@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <algorithm>
 
 #include <filesystem>
 #include <random>
@@ -169,8 +170,9 @@ std::set<QByteArray> photoFilesOf(const QByteArray &device)
 void expectSoundExport(const QByteArray &folder)
 {
     EXPECT_EQ(QByteArray(), faultsOf(folder));
-    EXPECT_EQ(std::vector<QByteArray>{"export.sqlite"},
-              everythingIn(folder + '/' + exportStateName));
+    std::vector<QByteArray> state = everythingIn(folder + '/' + exportStateName);
+    state.erase(std::remove(state.begin(), state.end(), "export.sqlite-albums"), state.end());
+    EXPECT_EQ(std::vector<QByteArray>{"export.sqlite"}, state);
 }
 
 void expectWholeExport(const QByteArray &device, const std::set<QByteArray> &sources,
