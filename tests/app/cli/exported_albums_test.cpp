@@ -107,6 +107,20 @@ TEST_F(ExportedAlbums, ReplaceNothingOfAPersons)
     EXPECT_EQ("../../c.jpg", targetOf(out() + "/Albums/Sea/001 c (2).jpg"));
 }
 
+// No line of the report tells of a folder.
+TEST_F(ExportedAlbums, HaveTheirFailuresLookedForInTheMessages)
+{
+    m_scratch.write("out/Albums", "own");
+    const QByteArray report = m_scratch.path("report.jsonl");
+    const ProgramResult result = runExport({"--albums", "link", "--report", report});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("Copied 3 files (15 bytes), 0 unchanged, 1 failed (see the messages above)\n",
+              result.output);
+    EXPECT_EQ("photolib: Albums/Sea: Not a directory\n", result.errors);
+    EXPECT_FALSE(m_scratch.read("report.jsonl").contains("failed"));
+    EXPECT_EQ("own", m_scratch.read("out/Albums"));
+}
+
 TEST_F(ExportedAlbums, KeepAllFromBeingCopiedToADiskWithoutLinks)
 {
     m_setup.lacksLinks = true;
