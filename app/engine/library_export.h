@@ -17,10 +17,10 @@ class LibrarySession;
 /// and the next export goes on from there.
 ///
 /// Throws Error for what the request names and the library does not have, for a folder that is a
-/// device or lies in one, or is too small, and for a record that cannot be read, with nothing
-/// copied; when the device is gone or the disk refuses to be written, and of the kind Cancelled
-/// soon after `cancel` is. What fails of one file is in the result. On the calling thread, which is
-/// that of `session`.
+/// device or lies in one, whose disk is too small or takes no links where they are wanted, and for
+/// a record that cannot be read, with nothing copied; when the device is gone or the disk refuses
+/// to be written, and of the kind Cancelled soon after `cancel` is. What fails of one file is in
+/// the result. On the calling thread, which is that of `session`.
 void exportPhotos(LibrarySession &session, const ExportRequest &request, ExportObserver &observer,
                   const CancelToken &cancel, ExportResult *result);
 
