@@ -13,6 +13,7 @@
 #include "engine/album_choice.h"
 #include "engine/asset_text.h"
 #include "engine/library_session.h"
+#include "engine/picture_format.h"
 #include "engine/sheet_drawing.h"
 #include "engine/worker_pool.h"
 
@@ -27,6 +28,7 @@ struct SheetArguments {
     std::unique_ptr<FilterOptions> filter;
     std::string target;
     std::string labels = "name";
+    std::string format; ///< empty for what the name says
     SheetOptions options;
 };
 
@@ -69,15 +71,43 @@ int extensionStart(const QByteArray &path)
     return dot > path.lastIndexOf('/') + 1 ? dot : path.size();
 }
 
+// The format that the name of the file `path` promises, or null.
+const PictureFormat *formatOfName(const QByteArray &path)
+{
+    return formatOfExtension(path.mid(extensionStart(path) + 1));
+}
+
+// What the options and the name of the file ask for.
+const PictureFormat &sheetFormat(const SheetArguments &arguments)
+{
+    const bool isJpeg =
+        arguments.format.empty()
+            ? formatOfName(QByteArray::fromStdString(arguments.target)) == &jpegFormat()
+            : arguments.format == "jpeg";
+    return isJpeg ? jpegFormat() : pngFormat();
+}
+
+// Programs that go by the name of the file could not show a picture of another format.
+void requireNameOfSheet(const SheetArguments &arguments, const QByteArray &path)
+{
+    const bool hasExtension = extensionStart(path) < path.size();
+    const PictureFormat *const promised = formatOfName(path);
+    if (hasExtension && promised != &jpegFormat() && promised != &pngFormat())
+        throw CLI::ValidationError(
+            arguments.target, "a sheet is a JPEG or PNG picture; let the name end in .jpg or .png");
+    const PictureFormat &format = sheetFormat(arguments);
+    if (hasExtension && promised != &format)
+        throw CLI::ValidationError(arguments.target, "with --format " + arguments.format +
+                                                         ", let the name end in ." +
+                                                         format.extension());
+}
+
 void checkArguments(const SheetArguments &arguments)
 {
     const auto path = QByteArray::fromStdString(arguments.target);
     if (path.isEmpty())
         throw CLI::ValidationError("--output", "the name is empty");
-    const QByteArray extension = path.mid(extensionStart(path)).toLower();
-    if (!extension.isEmpty() && extension != ".png")
-        throw CLI::ValidationError(arguments.target,
-                                   "a sheet is a PNG picture; let the name end in .png");
+    requireNameOfSheet(arguments, path);
     if (path == FileTarget::standardOutput && Output::isTerminal())
         throw CLI::ValidationError("--output", "a terminal cannot show pictures; redirect standard "
                                                "output, or name a file");
@@ -126,6 +156,7 @@ SheetRequest sheetRequest(const SheetArguments &arguments, const PhotoFilter &fi
     for (const Asset *photo : interruptiblyChosenPhotos(session, filter))
         request.ids.append(static_cast<quint64>(photo->id));
     request.options = arguments.options;
+    request.format = &sheetFormat(arguments);
     request.title = QString::fromUtf8(printable(QByteArray::fromStdString(session.deviceName())));
     request.subtitle =
         QStringLiteral("%1 \u00b7 %2")
@@ -206,10 +237,10 @@ private:
     }
 
     void pageDrawn(int page, int pictures,
-                   const std::function<void(const ByteSink &sink)> &writePng) override
+                   const std::function<void(const ByteSink &sink)> &writeFile) override
     {
         const QByteArray path = pageName(m_path, page);
-        m_target.write(path, writePng);
+        m_target.write(path, writeFile);
         m_written.append(
             QStringLiteral("%1: %2").arg(QString::fromUtf8(printable(path)), countText(pictures)));
     }
@@ -285,11 +316,16 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
     command->add_option("ID", arguments->ids, idsDescription)->option_text("[ID...]");
     command
         ->add_option("-o,--output", arguments->target,
-                     "The PNG file to write, or - for standard output. An existing file is "
-                     "replaced, and its folder is created if necessary. Further pages go to "
-                     "sheet-2.png and so on")
+                     "The file to write, or - for standard output: a JPEG picture where its name "
+                     "ends in .jpg, and else a PNG picture. An existing file is replaced, and its "
+                     "folder is created if necessary. Further pages go to sheet-2.png and so on")
         ->required()
         ->type_name("FILE");
+    command
+        ->add_option("--format", arguments->format,
+                     "The format of the pages, jpeg or png. Default: what the name of FILE says")
+        ->check(CLI::IsMember({"jpeg", "png"}))
+        ->type_name("FORMAT");
     addLookOptions(*command, *arguments);
     arguments->filter = std::make_unique<FilterOptions>(*command, context.options);
     command->footer("What is in the trash is dimmed where it is shown. A picture is never shown "
@@ -302,7 +338,7 @@ void addSheetCommand(CLI::App &app, CommandContext &context)
                     "\n"
                     "Examples:\n"
                     "  photolib sheet -o sheet.png\n"
-                    "  photolib sheet -d /media/phone --album 7 -o album.png\n"
+                    "  photolib sheet -d /media/phone --album 7 -o album.jpg\n"
                     "  photolib sheet -d /media/phone --size 96 --label date,id -o dates.png\n"
                     "  photolib sheet -d /media/phone -o - | display");
     command->callback([&context, arguments] {

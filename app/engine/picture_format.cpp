@@ -85,8 +85,7 @@ QByteArray pngFile(const QImage &picture)
 
 QByteArray jpegFile(const QImage &picture)
 {
-    constexpr int quality = 90;
-    return fileOf(picture.hasAlphaChannel() ? onWhite(picture) : picture, usualFormat, quality);
+    return fileOf(picture.hasAlphaChannel() ? onWhite(picture) : picture, usualFormat, jpegQuality);
 }
 
 qint64 bmpFileBytes(const QSize &size)

@@ -29,7 +29,10 @@ const PictureFormat &pngFormat();
 /// `picture`, which is not null, as a PNG file. Throws std::bad_alloc.
 QByteArray pngFile(const QImage &picture);
 
-/// The same as a JPEG file of good quality; white shows through a picture that is transparent.
+/// The quality of JPEG files, of 100.
+constexpr int jpegQuality = 90;
+
+/// The same as a JPEG file of that quality; white shows through a picture that is transparent.
 QByteArray jpegFile(const QImage &picture);
 
 /// What comes before the rows of a BMP file as the plug-in and the host make them, and how long a

@@ -2,6 +2,7 @@
 
 #include "base/cancel_token.h"
 #include "base/error.h"
+#include "engine/jpeg_file.h"
 #include "engine/library_session.h"
 #include "engine/png_file.h"
 #include "engine/sheet_cell.h"
@@ -68,16 +69,19 @@ private:
 class PageWriter
 {
 public:
-    PageWriter(SheetObserver &observer, const CancelToken &cancel, bool isOverlapping)
-        : m_observer(observer), m_cancel(cancel), m_isOverlapping(isOverlapping), m_thread(1),
-          m_pages(m_thread)
+    PageWriter(SheetObserver &observer, const PictureFormat &format, const CancelToken &cancel,
+               bool isOverlapping)
+        : m_observer(observer), m_writeFile(&format == &jpegFormat() ? writeJpeg : writePng),
+          m_cancel(cancel), m_isOverlapping(isOverlapping), m_thread(1), m_pages(m_thread)
     {
     }
 
     void write(int page, int pictures, const QImage &image)
     {
-        const auto png = [this, image](const ByteSink &sink) { writePng(image, m_cancel, sink); };
-        m_pages.add([this, page, pictures, png] { m_observer.pageDrawn(page, pictures, png); });
+        const auto file = [this, image](const ByteSink &sink) {
+            m_writeFile(image, m_cancel, sink);
+        };
+        m_pages.add([this, page, pictures, file] { m_observer.pageDrawn(page, pictures, file); });
         if (!m_isOverlapping)
             finish();
     }
@@ -90,6 +94,8 @@ public:
 
 private:
     SheetObserver &m_observer;
+    void (*const m_writeFile)(const QImage &picture, const CancelToken &cancel,
+                              const ByteSink &sink);
     const CancelToken &m_cancel;
     const bool m_isOverlapping;
     WorkerPool m_thread;
@@ -104,7 +110,7 @@ public:
         : m_request(request), m_plan(request.options, request.ids.size()), m_observer(observer),
           m_cancel(cancel), m_pool(threads),
           m_cells(session, request, m_plan.style(), m_pool, cancel),
-          m_writer(observer, cancel, m_plan.hasRoomForTwoPages())
+          m_writer(observer, *request.format, cancel, m_plan.hasRoomForTwoPages())
     {
     }
 

@@ -2,6 +2,7 @@
 #define PHOTOLIB_ENGINE_SHEET_DRAWING_H
 
 #include "base/byte_sink.h"
+#include "engine/picture_format.h"
 #include "engine/sheet_plan.h"
 
 #include <QList>
@@ -16,7 +17,8 @@ class LibrarySession;
 struct SheetRequest {
     QList<quint64> ids; ///< of the photos and videos of the library to show, in that order
     SheetOptions options;
-    QString title;    ///< heads each page; empty for none
+    const PictureFormat *format = &pngFormat(); ///< of the pages: JPEG or PNG
+    QString title;                              ///< heads each page; empty for none
     QString subtitle; ///< the same below; where there are some pages, with the page's number
 };
 
@@ -37,11 +39,11 @@ public:
     /// all, on the thread that draws.
     virtual void lacksVideos(int count) { Q_UNUSED(count) }
 
-    /// The page `page`, counted from 0 and with `pictures` pictures, is drawn: `writePng` gives
-    /// the bytes of a PNG file to a sink, and throws what ends the drawing. For one page after the
-    /// other, on a thread that does nothing else.
+    /// The page `page`, counted from 0 and with `pictures` pictures, is drawn: `writeFile` gives
+    /// the bytes of its picture file to a sink, and throws what ends the drawing. For one page
+    /// after the other, on a thread that does nothing else.
     virtual void pageDrawn(int page, int pictures,
-                           const std::function<void(const ByteSink &sink)> &writePng) = 0;
+                           const std::function<void(const ByteSink &sink)> &writeFile) = 0;
 };
 
 /// Draws the contact sheet, with `threads` threads that decode and read originals: the same pages

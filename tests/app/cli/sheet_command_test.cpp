@@ -401,6 +401,46 @@ TEST_F(SheetProgram, ContinuesALargeLibraryOnFurtherPages)
     EXPECT_FALSE(m_scratch.exists("sheet-3.png"));
 }
 
+TEST_F(SheetProgram, IsAJpegPictureInAFileThatIsNamedSo)
+{
+    writeSampleDevice(12);
+    ASSERT_EQ(0, draw().exitCode);
+    for (const char *name : {"sheet.jpg", "sheet.JPEG"}) {
+        const ProgramResult result = run({"sheet", "-d", device(), "-o", m_scratch.path(name)});
+        ASSERT_EQ(0, result.exitCode) << result.errors.constData();
+        QImage page;
+        ASSERT_TRUE(page.loadFromData(m_scratch.read(name), "JPEG")) << name;
+        ASSERT_EQ(sheet().size(), page.size()) << name;
+        EXPECT_LT(difference(page, sheet()), 3) << name;
+    }
+}
+
+TEST_F(SheetProgram, HasFurtherPagesOfTheSameFormat)
+{
+    writeSampleDevice(12, false);
+    const ProgramResult result =
+        run({"sheet", "-d", device(), "--per-page", "8", "-o", m_scratch.path("sheet.jpg")});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ(m_scratch.path("sheet.jpg: 8 pictures\n") +
+                  m_scratch.path("sheet-2.jpg: 4 pictures\n"),
+              result.output);
+    EXPECT_TRUE(QImage().loadFromData(m_scratch.read("sheet-2.jpg"), "JPEG"));
+}
+
+TEST_F(SheetProgram, HasTheFormatThatIsAskedFor)
+{
+    writeTwoPhotos();
+    const ProgramResult result = run({"sheet", "-d", device(), "-o", "-", "--format", "jpeg"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_TRUE(QImage().loadFromData(result.output, "JPEG"));
+    ASSERT_EQ(
+        0, run({"sheet", "-d", device(), "-o", m_scratch.path("s"), "--format", "jpeg"}).exitCode);
+    EXPECT_EQ(result.output, m_scratch.read("s"));
+    ASSERT_EQ(
+        0, run({"sheet", "-d", device(), "-o", m_scratch.path("s"), "--format", "png"}).exitCode);
+    EXPECT_FALSE(sheet("s").isNull());
+}
+
 TEST_F(SheetProgram, HasPagesAsTheyAreWanted)
 {
     writeSampleDevice(12);
@@ -628,14 +668,20 @@ TEST_F(SheetProgram, SaysNothingWhenQuiet)
     EXPECT_FALSE(sheet().isNull());
 }
 
-TEST_F(SheetProgramOnBadInput, ExitsWithTwoForANameThatIsNoPngFile)
+TEST_F(SheetProgramOnBadInput, ExitsWithTwoForANameOfAnotherFormat)
 {
     const QByteArray hint = " (photolib sheet --help shows the usage)";
     expectFailure({"sheet", "-o", ""}, "--output: the name is empty" + hint, 2);
-    for (const char *name : {"s.gif", "folder.png/s.jpg"}) {
-        expectFailure({"sheet", "-o", name},
-                      name + (": a sheet is a PNG picture; let the name end in .png" + hint), 2);
+    for (const char *name : {"s.gif", "folder.png/s.tif", "s.pngx"}) {
+        expectFailure(
+            {"sheet", "-o", name},
+            name + (": a sheet is a JPEG or PNG picture; let the name end in .jpg or .png" + hint),
+            2);
     }
+    expectFailure({"sheet", "-o", "s.png", "--format", "jpeg"},
+                  "s.png: with --format jpeg, let the name end in .jpg" + hint, 2);
+    expectFailure({"sheet", "-o", "s.jpeg", "--format", "png"},
+                  "s.jpeg: with --format png, let the name end in .png" + hint, 2);
     writeTwoPhotos();
     for (const char *name : {"s.PNG", "s"}) {
         EXPECT_EQ(0, run({"sheet", "-d", device(), "-o", m_scratch.path(name)}).exitCode);
@@ -661,10 +707,14 @@ TEST_F(SheetProgramOnBadInput, ExitsWithTwoForALookThatIsNone)
 TEST_F(SheetProgramOnBadInput, ExitsWithTwoForAPageThatIsTooLarge)
 {
     writeTwoPhotos();
-    expectFailure({"sheet", "-d", device(), "-o", m_scratch.path("new/s.png"), "--columns", "1000"},
-                  "a page of 204052 x 354 pixels is too large; choose a smaller --size, --columns "
-                  "or --per-page",
-                  2);
+    for (const char *name : {"new/s.png", "new/s.jpg"}) {
+        expectFailure(
+            {"sheet", "-d", device(), "-o", m_scratch.path(name), "--columns", "1000"},
+            "a page of 204052 x 354 pixels is too large; choose a smaller --size, --columns "
+            "or --per-page",
+            2);
+    }
+    EXPECT_FALSE(m_scratch.exists("new"));
 }
 
 TEST_F(SheetProgramOnBadInput, ExitsWithTwoWithoutAFile)

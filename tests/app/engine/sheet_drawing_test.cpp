@@ -43,21 +43,22 @@ public:
     void damaged(const QString &fault) override { faults.append(fault); }
 
     void pageDrawn(int page, int pictures,
-                   const std::function<void(const ByteSink &sink)> &writePng) override
+                   const std::function<void(const ByteSink &sink)> &writeFile) override
     {
         begun.append(page);
         QByteArray file;
-        writePng([&](const char *bytes, qint64 count) {
+        writeFile([&](const char *bytes, qint64 count) {
             file.append(bytes, int(count));
             if (whenWritten)
                 whenWritten(page, file.size());
         });
-        pages.append(QImage::fromData(file, "PNG"));
+        pages.append(QImage::fromData(file, format));
         counts.append(pictures);
     }
 
     std::function<void(int)> whenDrawn;
     std::function<void(int, int)> whenWritten;
+    const char *format = "PNG"; ///< in which pages are read
     int lastDrawn = 0;
     QStringList faults;
     QList<int> begun;
@@ -113,6 +114,19 @@ protected:
 };
 
 using CancelledSheet = DrawnSheet;
+
+TEST_F(DrawnSheet, HasPagesOfTheFormatThatIsWanted)
+{
+    writePhotos(13);
+    m_request.format = &jpegFormat();
+    KeptPages kept;
+    kept.format = "JPEG";
+    draw(kept);
+    ASSERT_EQ(2, kept.pages.size());
+    const SheetPlan plan(m_request.options, 13);
+    EXPECT_EQ(plan.layout(0).size(), kept.pages[0].size());
+    EXPECT_EQ(plan.layout(1).size(), kept.pages[1].size());
+}
 
 TEST_F(DrawnSheet, IsTheSameWhateverTheNumberOfThreads)
 {
