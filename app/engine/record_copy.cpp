@@ -8,6 +8,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
 
 #include <cerrno>
 #include <chrono>
@@ -124,6 +126,14 @@ bool copyBoth(const RecordFiles &files, const QString &path, bool *exists)
     return files.sumOf(databaseName) == database && files.sumOf(logName) == log;
 }
 
+// Without links, for nobody follows one to the database.
+QByteArray newPath()
+{
+    const QString parent = QFileInfo(QDir::tempPath()).canonicalFilePath();
+    const QByteArray number = QByteArray::number(QRandomGenerator::system()->generate64(), 16);
+    return QFile::encodeName(parent) + '/' + prefix + number;
+}
+
 void removeCopy(int folder)
 {
     for (const char *const name : {databaseName, logName, "export.sqlite-shm"})
@@ -133,12 +143,24 @@ void removeCopy(int folder)
 } // namespace
 
 RecordCopy::RecordCopy(int folder, const QByteArray &name, const CancelToken &cancel)
-    : m_folder(QDir::tempPath() + '/' + prefix + QStringLiteral("XXXXXX"))
+    : m_path(newPath()), m_folder(m_path)
 {
-    if (!m_folder.isValid())
-        throw Error(QDir::tempPath() + QStringLiteral(": ") + m_folder.errorString());
-    m_lock.emplace(QFile::encodeName(m_folder.path()));
     removeDeadFolders(QFile::encodeName(QDir::tempPath()), prefix, removeCopy);
+    try {
+        copy(folder, name, cancel);
+    } catch (...) {
+        removeCopy(m_folder.fd());
+        throw;
+    }
+}
+
+RecordCopy::~RecordCopy()
+{
+    removeCopy(m_folder.fd());
+}
+
+void RecordCopy::copy(int folder, const QByteArray &name, const CancelToken &cancel)
+{
     const RecordFiles files(folder, name, cancel);
     int tries = 1;
     while (!copyBoth(files, QFile::decodeName(path()), &m_exists)) {
@@ -146,9 +168,4 @@ RecordCopy::RecordCopy(int folder, const QByteArray &name, const CancelToken &ca
             throw Error(name.toStdString(), "changes all the time");
         std::this_thread::sleep_for(interval);
     }
-}
-
-QByteArray RecordCopy::path() const
-{
-    return QFile::encodeName(QFileInfo(m_folder.path()).canonicalFilePath()) + '/' + databaseName;
 }

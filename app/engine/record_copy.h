@@ -4,9 +4,6 @@
 #include "base/folders.h"
 
 #include <QByteArray>
-#include <QTemporaryDir>
-
-#include <optional>
 
 class CancelToken;
 
@@ -20,16 +17,22 @@ public:
     /// `name`. Throws Error, also when one of the files is a link or no regular file, and of the
     /// kind Cancelled soon after `cancel` is.
     RecordCopy(int folder, const QByteArray &name, const CancelToken &cancel);
+    ~RecordCopy();
+
+    RecordCopy(const RecordCopy &) = delete;
+    RecordCopy &operator=(const RecordCopy &) = delete;
 
     /// Whether there was a database to be copied.
     bool exists() const { return m_exists; }
 
     /// Where the copied database is.
-    QByteArray path() const;
+    QByteArray path() const { return m_path + "/export.sqlite"; }
 
 private:
-    QTemporaryDir m_folder;
-    std::optional<LockedFolder> m_lock; // of that folder
+    void copy(int folder, const QByteArray &name, const CancelToken &cancel);
+
+    const QByteArray m_path;
+    LockedFolder m_folder; // of that path: a program that clears up leaves it alone
     bool m_exists = false;
 };
 

@@ -269,7 +269,7 @@ TEST_F(ExportProgramOnBadInput, StopsWhereItMayNotWrite)
     ASSERT_EQ(0, ::chmod(out().constData(), 0555));
     const ProgramResult result = runExport();
     EXPECT_EQ(1, result.exitCode);
-    EXPECT_EQ("photolib: " + out() + "/.photolib: Permission denied\n", result.errors);
+    EXPECT_EQ("photolib: " + out() + ": Permission denied\n", result.errors);
     EXPECT_EQ(QByteArray(), result.output);
     EXPECT_EQ(QList<QByteArray>(), m_scratch.everythingIn("out"));
 }
