@@ -83,6 +83,13 @@ const PictureFormat *promisedFormat(const QByteArray &path)
     return formatOfExtension(name.mid(nameStem(name).size() + 1));
 }
 
+// The same, if pictures are converted to it.
+const PictureFormat *convertibleFormat(const QByteArray &path)
+{
+    const PictureFormat *const promised = promisedFormat(path);
+    return promised == &jpegFormat() || promised == &pngFormat() ? promised : nullptr;
+}
+
 // How many thumbnails there will be is not known to a person who asks for those of an album, say.
 ThumbPlace placeFor(const ThumbArguments &arguments, int thumbnails)
 {
@@ -228,8 +235,8 @@ ThumbnailRequest thumbnailRequest(const ThumbArguments &arguments, const ThumbPl
     request.longestEdge = arguments.size;
     if (!arguments.format.empty())
         request.format = arguments.format == "png" ? &pngFormat() : &jpegFormat();
-    else if (!place.isFolder && promisedFormat(place.path) == &pngFormat())
-        request.format = &pngFormat();
+    else if (!place.isFolder)
+        request.format = convertibleFormat(place.path);
     return request;
 }
 
@@ -273,8 +280,9 @@ void addOptions(CLI::App &command, ThumbArguments &arguments)
         ->type_name("[DIR]");
     command
         .add_option("--format", arguments.format,
-                    "Convert to this format. Default: as stored, JPEG or BMP, unless FILE ends in "
-                    "\".png\"; with --size, and for thumbnails that are made, JPEG")
+                    "Convert to this format. Default: what the name of FILE says, JPEG or PNG; "
+                    "else as stored, JPEG or BMP; with --size, and for thumbnails that are made, "
+                    "JPEG")
         ->check(CLI::IsMember({"jpeg", "png"}))
         ->type_name("FORMAT");
     command

@@ -89,8 +89,28 @@ TEST_F(ClassicPictures, AreWrittenAsTheThumbnailFileThatIsNamed)
     const QByteArray png = m_scratch.path("thumb.png");
     EXPECT_EQ(0, run({"thumb", "-d", device(), "101", "-o", png}).exitCode);
     expectPicture("thumb.png", {50, 41}, Qt::green, "PNG");
-    expectFailure({"thumb", "-d", device(), "101", "-o", m_scratch.path("thumb.jpg")},
-                  m_scratch.path("thumb.jpg") + ": the thumbnail is a BMP picture");
+    const QByteArray bmp = m_scratch.path("thumb.bmp");
+    EXPECT_EQ(0, run({"thumb", "-d", device(), "101", "-o", bmp}).exitCode);
+    expectPicture("thumb.bmp", {50, 41}, Qt::green);
+    expectFailure({"thumb", "-d", device(), "101", "-o", m_scratch.path("thumb.tiff")},
+                  m_scratch.path("thumb.tiff") + ": the thumbnail is a BMP picture");
+}
+
+TEST_F(ClassicPictures, AreConvertedToTheJpegFileThatIsNamed)
+{
+    writeThreePhotos();
+    for (const char *name : {"thumb.jpg", "thumb.JPEG"}) {
+        const ProgramResult result =
+            run({"thumb", "-d", device(), "101", "-o", m_scratch.path(name)});
+        EXPECT_EQ(0, result.exitCode) << result.errors.constData();
+        QImage image;
+        ASSERT_TRUE(image.loadFromData(m_scratch.read(name), "JPEG")) << name;
+        EXPECT_EQ(QSize(50, 41), image.size());
+        const QColor middle = image.pixelColor(25, 20);
+        EXPECT_LT(middle.red(), 10);
+        EXPECT_GT(middle.green(), 245);
+        EXPECT_LT(middle.blue(), 10);
+    }
 }
 
 TEST_F(ClassicPictures, AreWrittenAsTheyAreWhenTheyAreJpeg)
