@@ -2,6 +2,7 @@
 
 #include "base/cancel_token.h"
 #include "base/error.h"
+#include "base/qt_messages.h"
 #include "engine/picture_format.h"
 
 #include <QIODevice>
@@ -52,6 +53,7 @@ private:
 
 void writeJpeg(const QImage &picture, const CancelToken &cancel, const ByteSink &sink)
 {
+    const QtMessages messages; // of a file that is not completed
     SinkDevice device(cancel, sink);
     const bool isComplete = picture.save(&device, jpegFormat().name, jpegQuality);
     if (device.failure())

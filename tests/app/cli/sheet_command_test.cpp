@@ -767,4 +767,22 @@ TEST_F(InterruptedSheet, LeavesWholePagesOnly)
     }
 }
 
+TEST_F(InterruptedSheet, LeavesWholePagesOnlyAlsoOfJpegFormat)
+{
+    writeSampleDevice(3000, false);
+    Terminal terminal;
+    if (!terminal.isOpen())
+        GTEST_SKIP() << "there are no pseudo-terminals here";
+    m_setup.errorFd = terminal.slave();
+    m_scratch.makeFolder("out");
+    Program program(m_setup, {"sheet", "-d", device(), "-o", m_scratch.path("out/sheet.jpg")});
+    terminal.shownUntil("Drawing the sheet [");
+    ASSERT_EQ(0, ::kill(static_cast<pid_t>(program.processId()), SIGINT));
+    EXPECT_EQ(130, program.waitForExitCode());
+    const QList<QByteArray> pages = m_scratch.everythingIn("out");
+    EXPECT_LT(pages.size(), 8);
+    for (const QByteArray &path : pages)
+        EXPECT_TRUE(m_scratch.read(path.mid(m_scratch.root().size() + 1)).endsWith("\xff\xd9"));
+}
+
 } // namespace

@@ -63,6 +63,7 @@ TEST(WrittenJpeg, EndsAtOnceWhenItIsCancelled)
         ++pieces;
         cancel.cancel();
     };
+    testing::internal::CaptureStderr();
     try {
         writeJpeg(noise(900, 900), cancel, cancelAtTheFirst);
         FAIL() << "it is written";
@@ -70,6 +71,7 @@ TEST(WrittenJpeg, EndsAtOnceWhenItIsCancelled)
         EXPECT_EQ(Error::Cancelled, error.kind());
     }
     EXPECT_EQ(1, pieces);
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
 TEST(WrittenJpeg, EndsWithWhatItsSinkThrows)
