@@ -1,9 +1,9 @@
 #!/bin/sh
 # Compares the names that a library exports, data and functions, with the list of those
-# that hosts may use.
+# that hosts may use. The linker may leave local names, which nothing can use, among them.
 # usage: check_exports.sh LIBRARY LIST
 set -eu
-exported=$(nm -DC --defined-only "$1" | sed 's/^[0-9a-f]* //' | LC_ALL=C sort -u)
+exported=$(nm -DCg --defined-only "$1" | sed 's/^[0-9a-f]* //' | LC_ALL=C sort -u)
 expected=$(sed 's/^/T /' "$2" | LC_ALL=C sort -u)
 [ "$exported" = "$expected" ] && exit 0
 echo "exported (<) and expected (>) names differ:" >&2
