@@ -507,6 +507,7 @@ private:
     static void keepChanged(PlannedFile &file, const QByteArray &hash)
     {
         file.action = PlannedFile::Keep;
+        file.size = file.replaced.size;
         file.sha256 = hash;
         file.cause = QString::fromLatin1(changedSidecar);
     }

@@ -486,6 +486,9 @@ TEST_F(LibraryExports, KeepASidecarThatSomebodyHasChanged)
     m_request.update = UpdateChoice::Replace;
     EXPECT_EQ(0, (run(), m_result.counts.copied));
     EXPECT_EQ("my own", m_scratch.read("out/a.jpg.json"));
+    ASSERT_EQ(2U, m_result.files.size());
+    EXPECT_EQ(6, m_result.files[1].bytes);
+    EXPECT_EQ(sha256Hex("my own"), m_result.files[1].sha256);
 }
 
 TEST_F(LibraryExports, FollowNoLinkInPlaceOfAFileOrAFolder)
